@@ -24,8 +24,7 @@ extern "C" {
 #define VEX_ENUM_NAME(name) typedef enum name name;
 #endif
 
-/* ---- Connection
- * ------------------------------------------------------------------------------------------------ */
+/* ---- Connection ---- */
 
 /**
  * Connects to the switch `host` as `client`; the meaning of the third text is the library's own, callers pass
@@ -33,8 +32,7 @@ extern "C" {
  */
 int32_t vex_IPConnect(const char* host, const char* client, const char* options, uint32_t* handle);
 
-/* ---- Events
- * ---------------------------------------------------------------------------------------------------- */
+/* ---- Events ---- */
 
 /** Codes of the switch events. The codes 74 to 77 have no name in the library. */
 VEX_ENUM(vex_eventcode_e){
@@ -141,8 +139,7 @@ typedef struct vex_eventreg_s {
 int32_t vex_enRegisterForEventList(uint32_t handle, vex_notification_cb callback, void* context,
                                    vex_eventreg_s* list, int32_t count);
 
-/* ---- Switch management layer (SML)
- * ----------------------------------------------------------------------------- */
+/* ---- Switch management layer (SML) ---- */
 
 enum { VEX_SML_KEY_SIZE = 256, VEX_SML_VALUE_SIZE = 256 };
 
@@ -171,8 +168,7 @@ int32_t vex_smlSet(uint32_t handle, const char* key, void** reply);
 /** Releases a text that vex_smlGet handed out. Returns 0 for success. */
 int32_t vex_libFreeMemory(void* memory);
 
-/* ---- Zoning
- * ---------------------------------------------------------------------------------------------------- */
+/* ---- Zoning ---- */
 /*
  * Zonesets, zones, aliases and members are opaque objects. A container owns what was added to it: an Add that
  * succeeds takes the object over, one that fails leaves it with the caller; a Remove or Delete destroys the
@@ -276,8 +272,7 @@ int32_t vex_MemberGetAttr(void* member, vex_fzs_zonemember_type_e* type, vex_mem
  * malformed. */
 int32_t vex_strToMemberIdentifier(const char* text, vex_fzs_zonemember_type_e type, vex_memberid_u* id);
 
-/* ---- Host platform
- * --------------------------------------------------------------------------------------------- */
+/* ---- Host platform ---- */
 
 /** Stores the seconds since the system started. Provided by the host platform, beside the library. */
 void uptime(long* seconds);
