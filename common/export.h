@@ -6,7 +6,7 @@
 #define DC_EXPORT __attribute__((visibility("default")))
 
 /** Checks printf-style arguments: position of the format and of its first argument, counted from 1. */
-#define DC_PRINTF(format, first) __attribute__((format(printf, format, first)))
+#define DC_PRINTF(text, first) __attribute__((__format__(__printf__, text, first)))
 
 #ifdef __cplusplus
 #define DC_BEGIN_C extern "C" {

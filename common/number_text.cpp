@@ -1,0 +1,36 @@
+#include "common/number_text.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdlib>
+#include <limits>
+
+int32_t toInt(const std::string& text) {
+    const long long value = std::strtoll(text.c_str(), nullptr, 10);
+    return static_cast<int32_t>(std::clamp<long long>(value, std::numeric_limits<int32_t>::min(),
+                                                      std::numeric_limits<int32_t>::max()));
+}
+
+uint16_t toUint16(const std::string& text) {
+    return static_cast<uint16_t>(toInt(text));
+}
+
+uint8_t toUint8(const std::string& text) {
+    return static_cast<uint8_t>(toInt(text));
+}
+
+uint32_t strtoul32(const std::string& text, int base) {
+    constexpr uint32_t kOverflow = std::numeric_limits<uint32_t>::max();
+    const size_t start = text.find_first_not_of(" \t\n\v\f\r");
+    if (start == std::string::npos) return 0;
+    const bool negative = text[start] == '-';
+    const size_t digits = start + (negative || text[start] == '+' ? 1 : 0);
+    // A second sign is no number; strtoull would take it.
+    if (digits >= text.size() || std::isalnum(static_cast<unsigned char>(text[digits])) == 0) return 0;
+    errno = 0;
+    const unsigned long long magnitude = std::strtoull(text.c_str() + digits, nullptr, base);
+    if (errno == ERANGE || magnitude > kOverflow) return kOverflow;
+    const auto value = static_cast<uint32_t>(magnitude);
+    return negative ? 0U - value : value;
+}
