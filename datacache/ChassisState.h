@@ -1,0 +1,26 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+/** State of a fan or a power supply. */
+enum HardwareStatus : uint16_t {
+    HARDWARE_UNKNOWN = 0,
+    HARDWARE_GOOD = 1,
+    HARDWARE_BAD = 2,
+    HARDWARE_NOT_INSTALLED = 3,
+};
+
+/** Fans and power supplies that the cache holds; a switch that reports more is cut to the first 16. */
+constexpr uint16_t kMaxChassisParts = 16;
+
+/** What the cache knows of the chassis. Held twice: as read last, and as read before that. */
+struct ChassisState {
+    bool loaded = false;  ///< read completely at least once
+    uint16_t fanCount = 0;
+    std::array<HardwareStatus, kMaxChassisParts> fanStatus{};
+    uint16_t powerSupplyCount = 0;
+    std::array<HardwareStatus, kMaxChassisParts> powerSupplyStatus{};
+    std::vector<unsigned short> switchFaults;  ///< once loaded: 0 or 32768, then 0 or 32769
+};

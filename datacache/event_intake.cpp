@@ -1,0 +1,68 @@
+#include <cstdio>
+#include <memory>
+
+#include "datacache/DataCache.h"
+#include "datacache/event_codes.h"
+
+namespace {
+
+/** Four bytes less than the text field holds; meant so. */
+constexpr size_t kKickTextBytes = 1396;
+
+}  // namespace
+
+const char* DataCache::_tagToString(int code) {
+    return eventCodeName(code);
+}
+
+bool DataCache::startEventMonitor(DataCacheCallback callback) {
+    {
+        const AccessGuard guard;
+        _callback = callback;
+    }
+    EventRegistrations list = eventRegistrations();
+    if (vex_enRegisterForEventList(_handle, vexlibNotificationCB, nullptr, list.data(),
+                                   static_cast<int32_t>(list.size())) != 0) {
+        cim_log(CIM_LOG_TRACE, "DCACHE: Unable to register for events via vex_enRegisterForEvents\n");
+    }
+    for (const vex_eventreg_s& entry : list) {
+        if (entry.result != 0)
+            cim_log(CIM_LOG_TRACE, "DCACHE: Unable to register for event %d\n", entry.code);
+    }
+    return true;
+}
+
+void DataCache::vexlibNotificationCB(void*, vex_event_s* event, void*) {
+    const AccessGuard guard;
+    if (instance == nullptr || event == nullptr) return;
+    const int32_t(&source)[3] = event->source.word;
+    if (!isQueuedEvent(event->code)) {
+        cim_log(CIM_LOG_TRACE, "DCACHE: Unhandled event, VEX_EVENT_T[%d:%d:%d] (%d)%s : %.*s\n", source[0],
+                source[1], source[2], event->code, _tagToString(event->code), VEX_EVENT_TEXT_SIZE,
+                event->text);
+        return;
+    }
+    auto copy = std::make_unique<vex_event_s>(*event);
+    cim_log(CIM_LOG_TRACE, "DCACHE: queueing VEX_EVENT_T[%d:%d:%d] (%d)%s : %.*s\n", source[0], source[1],
+            source[2], event->code, _tagToString(event->code), VEX_EVENT_TEXT_SIZE, event->text);
+    instance->queueVexlibEvent(copy.get());
+    copy.release();
+    wakeEvaluation();
+}
+
+void DataCache::queueVexlibEvent(vex_event_s* event) {
+    const AccessGuard guard;
+    _eventQueue.push_back(event);
+}
+
+void DataCache::vexlibEventKick(vex_eventcode_e code, vex_eventsource_s* source, char* text) {
+    auto event = std::make_unique<vex_event_s>();
+    event->code = code;
+    if (source != nullptr) event->source = *source;
+    if (text != nullptr) std::snprintf(event->text, kKickTextBytes, "%s", text);
+    const int32_t(&words)[3] = event->source.word;
+    cim_log(CIM_LOG_TRACE, "DCACHE: queueing - kick - VEX_EVENT_T[%d:%d:%d] (%d)%s : %s\n", words[0],
+            words[1], words[2], event->code, _tagToString(event->code), event->text);
+    queueVexlibEvent(event.get());
+    event.release();
+}

@@ -1,0 +1,87 @@
+#include "datacache/DataCache.h"
+#include "datacache/cim_status.h"
+#include "datacache/update_failed.h"
+#include "switchlib/SmlBatch.h"
+
+int DataCache::_getSwitchInfo() {
+    cim_log(CIM_LOG_TRACE, "DCACHE: _getSwitchInfo()\n");
+    SmlBatch batch;
+    const size_t principalKey = batch.add("Oper.Switch.WhoIsPrincipal");
+    const size_t wwnKey = batch.add("Oper.Switch.WWN");
+    const size_t stateKey = batch.add("Oper.Switch.OperState");
+    const size_t transparentFeatureKey = batch.add("Oper.Switch.TransparentModeFeature");
+    const size_t transparentModeKey = batch.add("Config.Switch.TransparentMode");
+    batch.add("Config.Mfg.ProductFeatureType");  // part of the request, read by nobody
+    const size_t fcoeKey = batch.add("Oper.Switch.FCOEFeature");
+    const size_t passthroughKey = batch.add("Oper.Switch.EthernetPassthroughFeature");
+    if (!batch.read(_handle)) {
+        logUpdateFailed("_getSwitchInfo", 1351);
+        return 0;
+    }
+    const Wwn principal(batch.text(principalKey));
+    const Wwn name(batch.text(wwnKey));
+    if (name.isNull()) {
+        logUpdateFailed("_getSwitchInfo", 1364);
+        return 0;
+    }
+
+    _prevSwitchState = _switchState;
+    _switchState.switchWwn = name;
+    // The chassis is read after the switch, so these are the faults of the pass before.
+    _switchState.operationalStatus = smlSwitchStateToCIMOperationalStatus(
+        batch.text(stateKey).c_str(), _chassisState.loaded ? getSwitchFaults() : StatusList{});
+    _switchState.transparent = batch.isTrue(transparentFeatureKey) && batch.isTrue(transparentModeKey);
+    _switchState.fcoe = batch.isTrue(fcoeKey);
+    _switchState.ethernetPassthrough = batch.isTrue(passthroughKey);
+
+    const StatusList& before = _prevSwitchState.operationalStatus;
+    const StatusList& now = _switchState.operationalStatus;
+    if (_prevSwitchState.loaded && now != before) {
+        DCEventSwitchStatusChange event(name, principal, before, now);
+        _notifyHost(event);
+    }
+    _switchState.loaded = true;
+    return 1;
+}
+
+bool DataCache::isTransparentSwitch() const {
+    const AccessGuard guard;
+    return _switchState.transparent;
+}
+
+bool DataCache::isFCOESwitch() const {
+    const AccessGuard guard;
+    return _switchState.fcoe;
+}
+
+Wwn DataCache::getRootSwitchWorldWideName() const {
+    const AccessGuard guard;
+    return _switchState.switchWwn;
+}
+
+std::string DataCache::getRootSwitchWwn() const {
+    return getRootSwitchWorldWideName().tostring();
+}
+
+StatusList DataCache::smlSwitchStateToCIMOperationalStatus(const char* operState, const StatusList& faults) {
+    return cimSwitchStatus(operState == nullptr ? "" : operState, faults);
+}
+
+StatusList DataCache::smlIOBladeStateToCIMOperationalStatus(const std::string& operState,
+                                                            const std::string& adminState,
+                                                            const std::string& diagStatus) {
+    return cimBladeStatus(operState, adminState, diagStatus);
+}
+
+StatusList DataCache::smlPortStateToCIMOperationalStatus(const std::string& operState,
+                                                         const std::string& adminState) {
+    return cimPortStatus(operState, adminState);
+}
+
+uint16_t DataCache::smlTypeToCIMType(const std::string& type) {
+    return cimPortType(type);
+}
+
+uint16_t DataCache::smlHWTypeToCIMHWType(const std::string& type) {
+    return cimPortHardwareType(type);
+}
