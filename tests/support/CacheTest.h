@@ -1,0 +1,53 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "datacache/DataCache.h"
+#include "simulator/Simulator.h"
+#include "tests/support/LogCapture.h"
+
+/**
+ * The real library over the simulated switch, without threads: "given this switch, when this happens, then
+ * these events, these calls, these answers".
+ *
+ *     load(kSwitch);                                   // given: init() and registration, no pass yet
+ *     settle();                                        // first load
+ *     sim.run("do = \"power_supply\" ...");            // when
+ *     settle();                                        // notifications delivered, passes run until all is
+ * quiet EXPECT_THAT(events(), ElementsAre(...));         // then
+ */
+class CacheTest : public ::testing::Test {
+  protected:
+    CacheTest();
+    ~CacheTest() override;
+
+    /** Loads a switch file's text, then does what a host does at start-up, less the evaluation thread. */
+    void load(const std::string& switchToml);
+    /** One evaluation pass; returns whether the cache is ready. */
+    bool pass();
+    /** Delivers notifications and runs the passes that they ask for until nothing is left; returns their
+     * number. */
+    int settle();
+    /** Runs scenario steps, then settles. */
+    void step(const std::string& steps);
+    /** Host events since the last call, one line each as eventLine() prints them, less update-complete
+     * events. */
+    std::vector<std::string> events();
+    /** The same with the update-complete events. */
+    std::vector<std::string> allEvents();
+    /** Calls to vexlib since the last call of this, as "function detail". */
+    std::vector<std::string> calls();
+    /** Log messages since the last call, "LEVEL MESSAGE". */
+    std::vector<std::string> log() { return _log.take(); }
+
+    DataCache& cache() { return *DataCache::instance; }
+
+    vexsim::Simulator& sim = vexsim::Simulator::instance();
+
+  private:
+    LogCapture _log;
+};

@@ -1,0 +1,55 @@
+#include "tests/support/LogCapture.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <mutex>
+#include <utility>
+
+#include "common/log_writer.h"
+
+namespace {
+
+std::mutex linesMutex;
+std::vector<std::string> lines;
+
+void capture(void*, unsigned int level, const char* line, size_t length, size_t message) {
+    std::string text(line + message, length - message);
+    if (!text.empty() && text.back() == '\n') text.pop_back();
+    const std::lock_guard<std::mutex> guard(linesMutex);
+    lines.push_back(std::to_string(level) + ' ' + text);
+}
+
+/** The process's own log files, removed at its end. */
+struct OwnLog {
+    OwnLog() {
+        folder = std::filesystem::temp_directory_path() / ("datacache-test-" + std::to_string(getpid()));
+        std::filesystem::create_directories(folder);
+        main = folder / "cim.out";
+        critical = folder / "cim.crit.out";
+        redirect_log(main.c_str(), critical.c_str());
+    }
+    ~OwnLog() {
+        redirect_log("/dev/null", "/dev/null");
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+    std::filesystem::path folder, main, critical;
+};
+
+}  // namespace
+
+LogCapture::LogCapture() {
+    static const OwnLog own;
+    observe_log(capture, nullptr);
+    take();
+}
+
+LogCapture::~LogCapture() {
+    observe_log(nullptr, nullptr);
+}
+
+std::vector<std::string> LogCapture::take() {
+    const std::lock_guard<std::mutex> guard(linesMutex);
+    return std::exchange(lines, {});
+}
