@@ -1,0 +1,126 @@
+#include "common/log_writer.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+
+#include "common/cim_log.h"
+
+namespace {
+
+static_assert(kLogPrefixRoom < LogWriter::kLongestLine, "the prefix leaves room for a message");
+
+void set_close_on_exec(int file) {
+    const int flags = fcntl(file, F_GETFD);
+    if (flags != -1 && (flags & FD_CLOEXEC) != 0) return;
+    if (fcntl(file, F_SETFD, FD_CLOEXEC) == -1) syslog(LOG_INFO, "fcntl failed, errno = %d\n", errno);
+}
+
+int open_emptied(const char* path) {
+    // Never through a link that somebody else left there, nor waiting for the reader of a FIFO.
+    const int flags = O_RDWR | O_CREAT | O_TRUNC | O_APPEND | O_NOFOLLOW | O_NONBLOCK;
+    int file = -1;
+    do {
+        file = open(path, flags, 0666);
+    } while (file == -1 && errno == EINTR);
+    if (file != -1) set_close_on_exec(file);
+    return file;
+}
+
+void close_file(int& file) {
+    if (file != -1) close(file);
+    file = -1;
+}
+
+/** Writes it all unless there is an error, which is ignored: there is nowhere to report it. */
+void write_whole(int file, const char* text, std::size_t length) {
+    while (length > 0) {
+        const ssize_t written = ::write(file, text, length);
+        if (written == -1 && errno == EINTR) continue;
+        if (written <= 0) return;
+        text += written;
+        length -= static_cast<std::size_t>(written);
+    }
+}
+
+/** The name of one generation of a file. */
+class GenerationName {
+  public:
+    GenerationName(const char* path, int generation) {
+        std::snprintf(name_, sizeof name_, "%s.%d", path, generation);
+    }
+    const char* c_str() const { return name_; }
+
+  private:
+    char name_[100];
+};
+
+}  // namespace
+
+void LogWriter::write(unsigned int level, std::string_view ids, const char* format, std::va_list arguments) {
+    const int callers_errno = errno;
+    timeval now{};
+    gettimeofday(&now, nullptr);
+    const std::size_t message = put_log_prefix(line_, second_.text(now.tv_sec), now.tv_usec / 1000, ids);
+    errno = callers_errno;  // for %m
+    const int formatted = std::vsnprintf(line_ + message, sizeof line_ - message, format, arguments);
+    // A message that cannot be formatted leaves the prefix alone on the line.
+    const std::size_t wanted = message + static_cast<std::size_t>(std::max(formatted, 0));
+    const std::size_t length = std::min(wanted, kLongestLine);
+    line_[length] = '\0';
+
+    if (main_ == -1 || critical_ == -1) open_files();
+    // Before the rotation, which empties the critical file: a critical line that rotates stays in the main
+    // file only.
+    if ((level & CIM_LOG_CRITICAL) != 0 && critical_ != -1) write_whole(critical_, line_, length);
+    if (lines_ == kLinesPerFile) {
+        lines_ = 0;  // the line that rotates is not counted, by intention
+        rotate();
+    } else {
+        ++lines_;
+    }
+    if (main_ != -1) write_whole(main_, line_, length);
+    if (observer_ != nullptr) observer_(observer_context_, level, line_, length, message);
+    errno = callers_errno;
+}
+
+void LogWriter::close_files() {
+    close_file(main_);
+    close_file(critical_);
+}
+
+void LogWriter::redirect(const char* main_path, const char* critical_path) {
+    close_files();
+    main_path_ = main_path;
+    critical_path_ = critical_path;
+    lines_ = 0;
+}
+
+void LogWriter::observe(LogObserver observer, void* context) {
+    observer_ = observer;
+    observer_context_ = context;
+}
+
+void LogWriter::open_files() {
+    const mode_t previous = umask(0);
+    if (main_ == -1) main_ = open_emptied(main_path_);
+    if (critical_ == -1) critical_ = open_emptied(critical_path_);
+    umask(previous);
+}
+
+void LogWriter::rotate() {
+    close_files();
+    unlink(GenerationName(main_path_, kGenerations).c_str());
+    for (int generation = kGenerations; generation > 1; --generation) {
+        std::rename(GenerationName(main_path_, generation - 1).c_str(),
+                    GenerationName(main_path_, generation).c_str());
+    }
+    std::rename(main_path_, GenerationName(main_path_, 1).c_str());
+    open_files();  // empties the critical file too, by intention
+}

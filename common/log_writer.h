@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdarg>
+#include <cstddef>
+#include <string_view>
+
+#include "common/export.h"
+#include "common/log_prefix.h"
+#include "common/thread_annotations.h"
+
+/** The log mutex, the library's innermost lock: held while a line is written and around a fork. */
+extern LockToken log_token;
+
+/**
+ * Sees each finished line after it was written: `length` bytes, prefix included, whose message begins at
+ * `message` (0 to length). Called with the log mutex held; it must not log, and must not keep `line`, which
+ * is not necessarily terminated by a line feed but always by a zero byte at line[length].
+ */
+using LogObserver = void (*)(void* context, unsigned int level, const char* line, std::size_t length,
+                             std::size_t message);
+
+/**
+ * Writes log lines to a main file, rotated every 1000 lines through five generations, and to a critical
+ * file.
+ *
+ * Files are opened at the first line, and again at each following line for as long as they cannot be
+ * opened. A symbolic link at either path counts as a file that cannot be opened: the folder is open to
+ * everybody. The one line buffer lives in the object, because a logging thread may have little stack; so
+ * every call needs the log mutex. The process's own writer is never destroyed, since threads may log while
+ * the process ends: hence no destructor; an object that goes away earlier is closed by close_files().
+ */
+class LogWriter {
+  public:
+    /** Longest line in bytes, prefix included; the rest of the buffer is its terminator. */
+    static constexpr std::size_t kLongestLine = 2055;
+    /** Lines that the main file takes before the next one rotates it. */
+    static constexpr unsigned int kLinesPerFile = 1000;
+    /** Number of the oldest generation of the main file that is kept. */
+    static constexpr int kGenerations = 5;
+
+    /** The paths are not copied and outlive the object; the main path has at most 97 characters. */
+    constexpr LogWriter(const char* main_path, const char* critical_path)
+        : main_path_(main_path), critical_path_(critical_path) {}
+
+    /**
+     * Formats one line behind its prefix, with `ids` as "PID/TID ", and writes it to the files that `level`
+     * asks for. Keeps errno, and shows the caller's to the format.
+     */
+    void write(unsigned int level, std::string_view ids, const char* format, std::va_list arguments)
+        DC_PRINTF(4, 0) DC_REQUIRES(log_token);
+
+    /** Closes the files, which the next line opens, and so empties, again. */
+    void close_files() DC_REQUIRES(log_token);
+
+    /** Goes on at other paths, with a new count of lines. */
+    void redirect(const char* main_path, const char* critical_path) DC_REQUIRES(log_token);
+
+    /** Sets or, with null, takes away the observer. */
+    void observe(LogObserver observer, void* context) DC_REQUIRES(log_token);
+
+  private:
+    void open_files() DC_REQUIRES(log_token);
+    void rotate() DC_REQUIRES(log_token);
+
+    int main_ = -1;
+    int critical_ = -1;
+    unsigned int lines_ = 0;
+    const char* main_path_;
+    const char* critical_path_;
+    LogObserver observer_ = nullptr;
+    void* observer_context_ = nullptr;
+    LogSecond second_;
+    char line_[kLongestLine + 1] = {};
+};
+
+/** What cim_log() and DataCacheLogger() share: one line of the process's log. */
+void write_log(unsigned int level, const char* format, std::va_list arguments) DC_PRINTF(2, 0)
+    DC_EXCLUDES(log_token);
+
+/** For tests: moves the process's log to two other paths, which are not copied; see LogWriter::redirect().
+ */
+void redirect_log(const char* main_path, const char* critical_path) DC_EXCLUDES(log_token);
+
+/** For tests: observes the process's log, until null is set; the observer before is not called any more. */
+void observe_log(LogObserver observer, void* context) DC_EXCLUDES(log_token);

@@ -1,0 +1,308 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "common/cim_log.h"
+#include "common/log_prefix.h"
+#include "common/log_writer.h"
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+
+namespace {
+
+std::vector<std::string> lines(const std::string& path) {
+    std::vector<std::string> found;
+    std::ifstream in(path);
+    for (std::string line; std::getline(in, line);) found.push_back(line);
+    return found;
+}
+
+/** Without the prefix: what follows date, time and numbers. */
+std::vector<std::string> messages(const std::string& path) {
+    std::vector<std::string> found = lines(path);
+    for (std::string& line : found) line.erase(0, line.find(' ', line.find(' ', line.find(' ') + 1) + 1) + 1);
+    return found;
+}
+
+std::string local_second() {
+    char text[32];
+    const std::time_t now = std::time(nullptr);
+    std::strftime(text, sizeof text, "%m/%d %H:%M:%S", std::localtime(&now));
+    return text;
+}
+
+std::string numbers() {
+    return std::to_string(getpid()) + "/" + std::to_string(syscall(SYS_gettid));
+}
+
+/** This process's descriptors that are open on a file of that name. */
+std::vector<int> descriptors_of(const std::string& path) {
+    std::vector<int> found;
+    for (int file = 0; file < 256; ++file) {
+        std::error_code error;
+        if (fs::read_symlink("/proc/self/fd/" + std::to_string(file), error) == path) found.push_back(file);
+    }
+    return found;
+}
+
+/** Runs `work` in a forked child; true when it ends by itself within 20 seconds. */
+template <class Work>
+bool child_ends(Work work) {
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(20);
+        work();
+        _exit(0);
+    }
+    int status = -1;
+    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+class CimLog : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string pattern = testing::TempDir() + "datacache_log_XXXXXX";
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        folder = pattern;
+        main = folder + "/cim.out";
+        critical = folder + "/cim.crit.out";
+        redirect_log(main.c_str(), critical.c_str());
+    }
+    void TearDown() override {
+        redirect_log("/dev/null", "/dev/null");  // closes the files
+        observe_log(nullptr, nullptr);
+        fs::remove_all(folder);
+    }
+    std::string generation(int number) const { return main + "." + std::to_string(number); }
+
+    std::string folder;
+    std::string main;
+    std::string critical;
+};
+
+}  // namespace
+
+// First, while no other case has redirected the log of this process.
+TEST(CimLogPaths, LieInTmp) {
+    for (const char* path : {"/tmp/cim.out", "/tmp/cim.crit.out"}) {
+        struct stat status {};
+        if (lstat(path, &status) == 0 && status.st_uid != geteuid())
+            GTEST_SKIP() << path << " is another user's";
+    }
+    cim_log(CIM_LOG_TRACE, "paths\n");
+    EXPECT_EQ(descriptors_of("/tmp/cim.out").size(), 1U);
+    EXPECT_EQ(descriptors_of("/tmp/cim.crit.out").size(), 1U);
+}
+
+TEST_F(CimLog, LevelsChooseTheFiles) {
+    std::ofstream(main) << "left from another process\n";
+    std::ofstream(critical) << "left from another process\n";
+    for (const unsigned int level : {0U, 1U, 2U, 4U, 6U, 8U, 15U, 16U, 20U, 0xfffffff0U, 0xfffffff4U})
+        cim_log(level, "%u\n", level);
+    DataCacheLogger("%s%c", "host 100%n", '\n');
+    EXPECT_THAT(messages(main), ElementsAre("1", "2", "4", "6", "8", "15", "20", "4294967284", "host 100%n"));
+    EXPECT_THAT(messages(critical), ElementsAre("4", "6", "15", "20", "4294967284"));
+    EXPECT_EQ(lines(critical)[0], lines(main)[2]);
+}
+
+TEST_F(CimLog, LineCarriesLocalTimeAndTheNumbersOfItsThread) {
+    std::string before;
+    do {
+        before = local_second();
+        redirect_log(main.c_str(), critical.c_str());
+        cim_log(CIM_LOG_TRACE, "DCACHE: x\n");
+    } while (before != local_second());
+    EXPECT_THAT(lines(main), ElementsAre(MatchesRegex(before + "\\.[0-9]{3} " + numbers() + " DCACHE: x")));
+
+    const auto name_numbers = [] { cim_log(CIM_LOG_TRACE, "%s\n", numbers().c_str()); };
+    std::thread(name_numbers).join();
+    EXPECT_TRUE(child_ends(name_numbers));
+    for (const std::size_t other : {1U, 2U}) {
+        const std::string own = messages(main).at(other);
+        EXPECT_NE(own, numbers());
+        EXPECT_THAT(lines(main).at(other), EndsWith(" " + own + " " + own));
+    }
+}
+
+TEST(LogPrefix, LeavesOutATimeThatIsNotKnown) {
+    char line[kLogPrefixRoom];
+    LogIds ids;
+    ids.set(std::numeric_limits<pid_t>::min(), std::numeric_limits<pid_t>::max());
+    const auto prefix = [&](std::string_view second, long milliseconds) {
+        return std::string(line, put_log_prefix(line, second, milliseconds, ids.text()));
+    };
+    EXPECT_EQ(prefix("02/29 23:59:59", 7), "02/29 23:59:59.007 -2147483648/2147483647 ");
+    EXPECT_EQ(prefix("02/29 23:59:59", 999), "02/29 23:59:59.999 -2147483648/2147483647 ");
+    EXPECT_EQ(prefix("", 7), "-2147483648/2147483647 ");
+    if (sizeof(std::time_t) > 4) {  // years beyond an int exist only there
+        EXPECT_EQ(LogSecond().text(std::numeric_limits<std::time_t>::max()), "");
+    }
+}
+
+TEST(LogPrefix, FollowsClockAndTimeZone) {
+    LogSecond second;
+    setenv("TZ", "UTC0", 1);
+    for (const auto& [time, text] : std::vector<std::pair<std::time_t, const char*>>{
+             {0, "01/01 00:00:00"}, {61, "01/01 00:01:01"}, {60, "01/01 00:01:00"}, {60, "01/01 00:01:00"}})
+        EXPECT_EQ(second.text(time), text);
+    setenv("TZ", "EAST-2", 1);
+    EXPECT_EQ(second.text(61), "01/01 02:01:01");
+    unsetenv("TZ");
+}
+
+TEST_F(CimLog, RotatesAtTheLineAfterAThousand) {
+    for (int line = 1; line <= 1000; ++line)
+        cim_log(line == 500 ? CIM_LOG_CRITICAL : CIM_LOG_TRACE, "%d\n", line);
+    EXPECT_EQ(lines(main).size(), 1000U);
+    EXPECT_FALSE(fs::exists(generation(1)));
+    EXPECT_THAT(messages(critical), ElementsAre("500"));
+
+    cim_log(CIM_LOG_CRITICAL, "1001\n");  // written to the critical file before that is emptied
+    EXPECT_EQ(messages(generation(1)).back(), "1000");
+    EXPECT_THAT(messages(main), ElementsAre("1001"));
+    EXPECT_THAT(lines(critical), IsEmpty());
+
+    // The line that rotated was not counted, so each later file takes 1001.
+    for (int line = 1002; line <= 6006; ++line) cim_log(CIM_LOG_TRACE, "%d\n", line);
+    EXPECT_THAT(messages(main), ElementsAre("6006"));
+    for (int number = 1; number <= 5; ++number) {
+        const std::vector<std::string> kept = messages(generation(number));
+        ASSERT_EQ(kept.size(), 1001U) << number;
+        EXPECT_EQ(kept.front(), std::to_string(6006 - 1001 * number)) << number;
+    }
+    EXPECT_FALSE(fs::exists(generation(6)));
+}
+
+TEST_F(CimLog, CutsLinesAt2055BytesAndShowsThemToTheObserver) {
+    struct Seen {
+        std::string line;
+        std::size_t message;
+        unsigned int level;
+    } seen{};
+    observe_log(
+        [](void* context, unsigned int level, const char* line, std::size_t length, std::size_t message) {
+            *static_cast<Seen*>(context) = {{line, length}, message, level};
+        },
+        &seen);
+    cim_log(CIM_LOG_TRACE, "%s", "");
+    const std::size_t room = 2055 - seen.message;
+    for (const std::size_t length : {room - 1, room, room + 1, std::size_t{5000}}) {
+        redirect_log(main.c_str(), critical.c_str());
+        const std::string text = std::string(length - 1, 'a') + '\n';
+        cim_log(CIM_LOG_CRITICAL, "%s", text.c_str());
+        EXPECT_EQ(fs::file_size(main), seen.message + std::min(length, room));
+        EXPECT_EQ(fs::file_size(critical), fs::file_size(main));
+        EXPECT_EQ(seen.line.substr(seen.message), text.substr(0, room));
+        EXPECT_EQ(seen.level, 4U);
+    }
+}
+
+TEST_F(CimLog, OpensFilesForAllUsersAndForThisProgramOnly) {
+    const mode_t previous = umask(077);
+    cim_log(CIM_LOG_CRITICAL, "x\n");
+    EXPECT_EQ(umask(previous), 077U);
+    for (const std::string& path : {main, critical}) {
+        struct stat status {};
+        ASSERT_EQ(stat(path.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777U, 0666U) << path;
+        ASSERT_EQ(descriptors_of(path).size(), 1U) << path;
+        const int file = descriptors_of(path)[0];
+        EXPECT_NE(fcntl(file, F_GETFD) & FD_CLOEXEC, 0) << path;
+        EXPECT_NE(fcntl(file, F_GETFL) & O_APPEND, 0) << path;
+    }
+}
+
+TEST_F(CimLog, KeepsTryingAPathItMustNotOrCannotOpen) {
+    const std::string victim = folder + "/victim";
+    std::ofstream(victim) << "precious\n";
+    for (const auto& [blocked, other] : {std::pair(main, critical), std::pair(critical, main)}) {
+        for (const bool link : {true, false}) {
+            redirect_log(main.c_str(), critical.c_str());
+            fs::remove(blocked);
+            if (link)
+                fs::create_symlink(victim, blocked);
+            else
+                fs::create_directory(blocked);
+            cim_log(CIM_LOG_CRITICAL, "first\n");
+            errno = EXDEV;
+            cim_log(CIM_LOG_CRITICAL, "second\n");
+            EXPECT_EQ(errno, EXDEV);
+            fs::remove(blocked);
+            cim_log(CIM_LOG_CRITICAL, "third\n");
+            EXPECT_THAT(messages(blocked), ElementsAre("third"));
+            EXPECT_THAT(messages(other), ElementsAre("first", "second", "third"));
+        }
+    }
+    EXPECT_THAT(lines(victim), ElementsAre("precious"));
+}
+
+TEST_F(CimLog, LosesLinesThatCannotBeWrittenWithoutWaiting) {
+    ASSERT_EQ(mkfifo(main.c_str(), 0666), 0);
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small{60, limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    errno = EXDEV;
+    alarm(60);  // a FIFO that nobody reads is full after less than these lines
+    for (int line = 0; line < 999; ++line) cim_log(CIM_LOG_CRITICAL, "%0200d\n", line);
+    alarm(0);
+    EXPECT_EQ(errno, EXDEV);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ(fs::file_size(critical), 60U);
+}
+
+TEST_F(CimLog, ThreadsLoseNoLineAndKeepTheirOrder) {
+    constexpr int kThreads = 4;
+    constexpr int kLines = 1400;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread)
+        threads.emplace_back([thread] {
+            for (int line = 0; line < kLines; ++line) cim_log(CIM_LOG_TRACE, "%d %d end\n", thread, line);
+        });
+    for (std::thread& thread : threads) thread.join();
+
+    int next[kThreads] = {};
+    for (const std::string& path :
+         {generation(5), generation(4), generation(3), generation(2), generation(1), main}) {
+        for (const std::string& message : messages(path)) {
+            const auto thread = static_cast<std::size_t>(message.at(0) - '0');
+            ASSERT_LT(thread, std::size(next)) << message;
+            ASSERT_EQ(message, std::to_string(thread) + " " + std::to_string(next[thread]++) + " end");
+        }
+    }
+    EXPECT_THAT(next, testing::Each(kLines));
+}
+
+TEST_F(CimLog, ForkedChildLogsWhateverTheOtherThreadsDid) {
+    std::atomic<bool> stop{false};
+    std::thread logging([&] {
+        while (!stop) cim_log(CIM_LOG_TRACE, "parent\n");
+    });
+    int ended = 0;
+    while (ended < 50 && child_ends([] { cim_log(CIM_LOG_TRACE, "child\n"); })) ++ended;
+    stop = true;
+    logging.join();
+    EXPECT_EQ(ended, 50);
+}
