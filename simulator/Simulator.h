@@ -2,29 +2,32 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "common/export.h"
+
 /**
  * The simulated switch, as tests and benchmarks drive it.
  *
- * One simulated switch lives in the process; it stands behind every vex_* function and behind uptime(). Its state is
- * a store of SML keys and values, which a switch file fills and scenario steps change; areas with objects of their
- * own (zoning) hang off it. Everything a test can do here a scenario file can do too: run() takes the same steps.
+ * One simulated switch lives in the process; it stands behind every vex_* function and behind uptime(). Its
+ * state is a store of SML keys and values, which a switch file fills and scenario steps change; areas with
+ * objects of their own (zoning) hang off it. Everything a test can do here a scenario file can do too: run()
+ * takes the same steps. docs/simulator.md describes the files.
  *
- * All members may be called from any thread. None may be called from inside a notification.
+ * All members may be called from any thread. None may be called from inside a notification, and reset(),
+ * waitDelivered() and waitScenario() wait for callbacks, so not while holding a lock that a callback takes.
  */
 namespace vexsim {
 
-/** A switch file, a scenario or a step that cannot be understood; what() is "FILE:LINE: message". */
-struct InputError : std::runtime_error {
+/** A switch file, a scenario or a step that cannot be understood; what() is one line "FILE:LINE: message". */
+struct DC_EXPORT InputError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/** One call that the library under test made. */
+/** One call that the library under test made, or a scenario's note (function "note"). */
 struct Call {
     std::string function; /**< "vex_smlGetBatch" */
     std::string detail;   /**< arguments in short: keys joined by "," for SML calls, names for zoning calls */
@@ -44,37 +47,54 @@ struct Live {
     size_t zones = 0;
     size_t aliases = 0;
     size_t members = 0;
+    size_t wrong_frees = 0; /**< releases of memory that was not the library's to release; always an error */
 };
 
-class Simulator {
+class DC_EXPORT Simulator {
   public:
     /** The one simulated switch of the process. */
     static Simulator& instance();
 
-    /** Back to an empty switch: no keys, no faults, no registration, no transcript, thread delivery, clock offset 0. */
+    /**
+     * Back to an empty switch: no keys, no faults, no connection, no registration, no transcript, no scenario,
+     * thread delivery, clock offset 0, all counts of live memory 0.
+     */
     void reset();
 
-    /** Replaces the state by a switch file's. Throws InputError and changes nothing when the file is malformed. */
+    /**
+     * Replaces the state (keys, faults, sessions, limits) by a switch file's. Connections, registration,
+     * transcript and clock stay. Throws InputError and changes nothing when the file is malformed.
+     */
     void loadSwitchFile(const std::string& path);
     void loadSwitchText(const std::string& toml, const std::string& name = "switch");
 
-    /** One SML key, as vex_smlGet would read it (without faults); nullopt when the switch does not know the key. */
+    /** One SML key, as vex_smlGet would read it (without faults); nullopt when that would fail. */
     std::optional<std::string> get(const std::string& key) const;
     /** Sets or removes one key, without raising an event. */
     void set(const std::string& key, const std::string& value);
     void erase(const std::string& key);
 
-    /** Runs scenario steps at once, in order, without their waits. Throws InputError. */
-    void run(const std::string& steps);
+    /**
+     * Runs scenario steps at once, in order, without their waits. Throws InputError: before the first step for
+     * text that is malformed, in the middle for a step that the switch as it stands cannot carry out.
+     */
+    void run(const std::string& steps, const std::string& name = "steps");
 
-    /** Loads a scenario; start runs it with its waits on a thread of its own; wait returns at its end. */
+    /**
+     * Loads a scenario; start runs it with its waits on a thread of its own; wait returns at its end, when its
+     * notifications have been delivered. A step that cannot be carried out ends it; wait then throws InputError.
+     */
     void loadScenarioFile(const std::string& path);
+    void loadScenarioText(const std::string& toml, const std::string& name = "scenario");
     void startScenario();
     void waitScenario();
+    /** As waitScenario, but gives up after that time; true when the scenario has ended. */
+    bool waitScenario(int32_t timeout_ms);
     bool scenarioDone() const;
 
     void setDelivery(Delivery delivery);
-    /** Queues a notification. Codes that nobody registered for are dropped unless `forced`. */
+    /** Queues a notification. Codes that nobody registered for are dropped unless `forced`. A text of 1400 bytes
+     *  or more fills its field whole, without a terminator. */
     void raise(int32_t code, const int32_t (&source)[3], const std::string& text, bool forced = false);
     /** Manual delivery: calls the callback for every queued notification; returns how many. */
     size_t deliverPending();
@@ -83,7 +103,10 @@ class Simulator {
 
     std::vector<Call> transcript() const;
     void clearTranscript();
-    /** Every call from now on is also appended to this file, one line each; an empty path ends that. */
+    /** Keeps calls in memory (the default) or not: a long measurement would only fill it. */
+    void keepTranscript(bool on);
+    /** Every call, event and step from now on is also appended to this file, one line each; an empty path ends
+     *  that. Throws std::runtime_error when the file cannot be opened. */
     void writeTranscript(const std::string& path);
 
     Live live() const;
@@ -92,10 +115,7 @@ class Simulator {
     void advanceClock(long seconds);
 
   private:
-    Simulator();
-    ~Simulator();
-    struct Impl;
-    std::unique_ptr<Impl> _impl;
+    Simulator() = default;
 };
 
 }  // namespace vexsim

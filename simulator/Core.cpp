@@ -1,0 +1,78 @@
+#include "simulator/Core.h"
+
+#include <chrono>
+#include <thread>
+#include <utility>
+
+namespace vexsim {
+namespace {
+
+/** The keys with commas between; a control character of hostile input stays in, the transcript copes. */
+std::string join(const std::vector<std::string>& keys) {
+    std::string joined;
+    for (const std::string& key : keys) {
+        if (!joined.empty()) joined += ',';
+        joined += key;
+    }
+    return joined;
+}
+
+}  // namespace
+
+Core& Core::instance() {
+    // Never destroyed: threads of the library and of the simulator run until the process is gone.
+    static Core* const core = new Core;
+    return *core;
+}
+
+void Core::perform(const Action& action) {
+    const Lock lock(mutex);
+    try {
+        action(device);
+    } catch (const StepError&) {
+        sendOutbox();
+        throw;
+    }
+    sendOutbox();
+}
+
+void Core::sendOutbox() {
+    Switch::Outbox outbox = device.takeOutbox();
+    for (std::string& note : outbox.notes) transcript.add({"note", std::move(note), 0});
+    for (Event& event : outbox.events) notifier.raise(std::move(event));
+}
+
+ApiCall::ApiCall(const char* function, std::vector<std::string> keys) DC_NO_THREAD_SAFETY_ANALYSIS
+    : _core(Core::instance()),
+      _lock(_core.mutex),
+      _function(function),
+      _keys(std::move(keys)),
+      _hits(_core.device.faults.hit(function, _keys)),
+      _effect(_hits.onCall()) {
+    if (_effect.delay_ms > 0) {
+        _lock.unlock();
+        std::this_thread::sleep_for(std::chrono::milliseconds(_effect.delay_ms));
+        _lock.lock();
+    }
+}
+
+ApiCall::~ApiCall() = default;
+
+bool ApiCall::refused(uint32_t handle) DC_NO_THREAD_SAFETY_ANALYSIS {
+    if (!refused() && _core.handles.count(handle) == 0) _effect.result = static_cast<int32_t>(BadHandle);
+    return refused();
+}
+
+int32_t ApiCall::done(int32_t result) DC_NO_THREAD_SAFETY_ANALYSIS {
+    _core.transcript.add({_function, join(_keys), result});
+    _core.sendOutbox();
+    return result;
+}
+
+void* ApiCall::doneHandle(void* handle) DC_NO_THREAD_SAFETY_ANALYSIS {
+    _core.transcript.add({_function, join(_keys), handle == nullptr ? 1 : 0});
+    _core.sendOutbox();
+    return handle;
+}
+
+}  // namespace vexsim

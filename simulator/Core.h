@@ -1,0 +1,93 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "simulator/Mutex.h"
+#include "simulator/Notifier.h"
+#include "simulator/ScenarioRunner.h"
+#include "simulator/Simulator.h"
+#include "simulator/Switch.h"
+#include "simulator/TextHeap.h"
+#include "simulator/Transcript.h"
+
+namespace vexsim {
+
+/**
+ * What the one simulated switch of the process consists of.
+ *
+ * `mutex` guards the switch. Notifier, transcript, texts and scenario guard themselves with locks that are taken
+ * after it, and call nothing of the switch while they hold them.
+ */
+struct Core {
+    static Core& instance();
+
+    /** Runs one action and sends off what it gave off. Throws StepError. */
+    void perform(const Action& action) DC_EXCLUDES(mutex);
+    void sendOutbox() DC_REQUIRES(mutex);
+
+    Mutex mutex;
+    Switch device DC_GUARDED_BY(mutex);
+    std::set<uint32_t> handles DC_GUARDED_BY(mutex); /**< connections handed out */
+
+    Transcript transcript;
+    Notifier notifier{transcript};
+    TextHeap texts;
+    ScenarioRunner scenario;
+
+  private:
+    Core() = default;
+};
+
+/**
+ * One call of the library, from entry to return: takes the lock, waits as long as faults delay it, says what faults
+ * do to it, and records it.
+ *
+ *     ApiCall call("vex_fzsGetZoneset", {name});
+ *     if (call.refused(handle)) return call.refusal();
+ *     ... call.device() ...
+ *     return call.done(0);
+ */
+class DC_SCOPED_CAPABILITY ApiCall {
+  public:
+    /** `keys` are what fault rules match with their key pattern; joined by "," they are the recorded detail. */
+    ApiCall(const char* function, std::vector<std::string> keys) DC_ACQUIRE(Core::instance().mutex);
+    ~ApiCall() DC_RELEASE();
+    ApiCall(const ApiCall&) = delete;
+    ApiCall& operator=(const ApiCall&) = delete;
+
+    /** True when a fault gives the call its result; refusal() then records and returns that. */
+    bool refused() const { return _effect.result.has_value(); }
+    /** The same, and true for a handle that no connection has. */
+    bool refused(uint32_t handle);
+    int32_t refusal() { return done(*_effect.result); }
+
+    /** True when a fault makes the call return no handle or no text; ask before making one. */
+    bool nulled() const { return _effect.null; }
+    /** The fault that gives a connection its handle. */
+    std::optional<uint32_t> scriptedHandle() const { return _effect.handle; }
+    /** Faults on one of the keys; with faultless() there are none on any. */
+    Effect onKey(const std::string& key) const { return _hits.onKey(key); }
+    bool faultless() const { return _hits.none(); }
+
+    const std::vector<std::string>& keys() const { return _keys; }
+    Switch& device() { return _core.device; }
+    std::set<uint32_t>& handles() { return _core.handles; }
+
+    /** Records the call with this result and returns it. */
+    int32_t done(int32_t result);
+    int32_t done(Status status) { return done(static_cast<int32_t>(status)); }
+    /** The same for a call that returns a handle. */
+    void* doneHandle(void* handle);
+
+  private:
+    Core& _core;
+    Lock _lock;
+    const char* _function;
+    std::vector<std::string> _keys;
+    Hits _hits;
+    Effect _effect;
+};
+
+}  // namespace vexsim

@@ -1,0 +1,44 @@
+#include "simulator/TextHeap.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace vexsim {
+
+char* TextHeap::give(const std::string& text) {
+    void* const memory = std::malloc(text.size() + 1);
+    if (memory == nullptr) return nullptr;
+    std::memcpy(memory, text.c_str(), text.size() + 1);
+    const Lock lock(_mutex);
+    _texts.insert(memory);
+    return static_cast<char*>(memory);
+}
+
+bool TextHeap::take(void* memory) {
+    const Lock lock(_mutex);
+    if (_texts.erase(memory) == 0 && _earlier.erase(memory) == 0) {
+        ++_wrongFrees;
+        return false;
+    }
+    std::free(memory);
+    return true;
+}
+
+size_t TextHeap::live() const {
+    const Lock lock(_mutex);
+    return _texts.size();
+}
+
+size_t TextHeap::wrongFrees() const {
+    const Lock lock(_mutex);
+    return _wrongFrees;
+}
+
+void TextHeap::restartCounts() {
+    const Lock lock(_mutex);
+    _earlier.merge(_texts);
+    _texts.clear();
+    _wrongFrees = 0;
+}
+
+}  // namespace vexsim

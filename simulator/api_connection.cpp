@@ -1,0 +1,65 @@
+#include <chrono>
+#include <set>
+
+#include "common/export.h"
+#include "simulator/Core.h"
+
+using namespace vexsim;
+
+namespace {
+
+constexpr uint32_t first_handle = 0x5e000001;
+
+std::string text(const char* given) { return given == nullptr ? "(null)" : given; }
+
+}  // namespace
+
+DC_EXPORT int32_t vex_IPConnect(const char* host, const char* client, const char* options, uint32_t* handle) {
+    ApiCall call("vex_IPConnect", {text(host), text(client), text(options)});
+    if (call.refused()) return call.refusal();
+    if (handle == nullptr) return call.done(BadArgument);
+    if (const std::optional<uint32_t> scripted = call.scriptedHandle()) {
+        if (*scripted != 0) call.handles().insert(*scripted);
+        *handle = *scripted;
+        return call.done(Ok);
+    }
+    const std::set<uint32_t>& handles = call.handles();
+    uint32_t next = first_handle;
+    while (handles.count(next) != 0) ++next;
+    call.handles().insert(next);
+    *handle = next;
+    return call.done(Ok);
+}
+
+DC_EXPORT int32_t vex_enRegisterForEventList(uint32_t handle, vex_notification_cb callback, void* context,
+                                             vex_eventreg_s* list, int32_t count) {
+    std::vector<std::string> keys;
+    for (int32_t i = 0; list != nullptr && i < count; ++i) keys.push_back(std::to_string(list[i].code));
+    ApiCall call("vex_enRegisterForEventList", std::move(keys));
+    if (call.refused(handle)) return call.refusal();
+    if (callback == nullptr || list == nullptr || count < 0) return call.done(BadArgument);
+    std::set<int32_t> codes;
+    for (int32_t i = 0; i < count; ++i) {
+        const uint32_t status = call.onKey(std::to_string(list[i].code)).status.value_or(Ok);
+        list[i].result = static_cast<int32_t>(status);
+        if (status == Ok) codes.insert(list[i].code);
+    }
+    Core::instance().notifier.registerCallback(callback, context, std::move(codes));
+    return call.done(Ok);
+}
+
+DC_EXPORT int32_t vex_libFreeMemory(void* memory) {
+    ApiCall call("vex_libFreeMemory", {});
+    if (call.refused()) return call.refusal();
+    if (memory == nullptr) return call.done(Ok);
+    return call.done(Core::instance().texts.take(memory) ? Ok : BadArgument);
+}
+
+DC_EXPORT void uptime(long* seconds) {
+    if (seconds == nullptr) return;
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    Core& core = Core::instance();
+    const Lock lock(core.mutex);
+    *seconds = static_cast<long>(std::chrono::duration_cast<std::chrono::seconds>(now).count()) +
+               core.device.clock_offset;
+}

@@ -1,0 +1,138 @@
+#include "simulator/areas/Area.h"
+#include "simulator/areas/fields.h"
+
+namespace vexsim {
+namespace {
+
+const Fields& identity() {
+    static const Fields fields{{
+        {"wwn", "Oper.Switch.WWN", Field::Name},
+        {"principal", "Oper.Switch.WhoIsPrincipal", Field::Name},
+        {"name", "Config.Switch.SymName", Field::Text, ""},
+        {"type", "Oper.Switch.Type", Field::Text},
+        {"transparent", "Config.Switch.TransparentMode", Field::Flag, "False"},
+    }};
+    return fields;
+}
+
+const Fields& features() {
+    static const Fields fields{{
+        {"transparent", "Oper.Switch.TransparentModeFeature", Field::Flag, "False"},
+        {"fcoe", "Oper.Switch.FCOEFeature", Field::Flag, "False"},
+        {"ethernet_passthrough", "Oper.Switch.EthernetPassthroughFeature", Field::Flag, "False"},
+        {"ipv4", "Oper.Switch.IPv4Feature", Field::Flag, "True"},
+        {"ipv6", "Oper.Switch.IPv6Feature", Field::Flag, "False"},
+    }};
+    return fields;
+}
+
+const Fields& versions() {
+    static const Fields fields{{
+        {"active", "Oper.Switch.ActiveVer", Field::Text},
+        {"oem_active", "Oper.Switch.OemActiveVer", Field::Text},
+    }};
+    return fields;
+}
+
+const Fields& manufacturing() {
+    static const Fields fields{{
+        {"brand", "Config.Mfg.BrandName", Field::Text},
+        {"product_feature_type", "Config.Mfg.ProductFeatureType", Field::Text, ""},
+        {"planar_part", "Config.Mfg.PlanarPartNum", Field::Text},
+        {"chassis_serial", "Config.Mfg.ChassisSerialNum", Field::Text},
+        {"chassis_part", "Config.Mfg.ChassisPartNum", Field::Text},
+    }};
+    return fields;
+}
+
+std::string readState(TableReader& table) {
+    return table.word("state", {"Online", "Offline", "Diagnostics", "Downed", "Unknown"});
+}
+
+std::string join(const std::vector<std::string>& words) {
+    std::string joined;
+    for (const std::string& word : words) joined += (joined.empty() ? "" : " ") + word;
+    return joined;
+}
+
+void setDefaults(Switch& target) {
+    for (const Fields* fields : {&identity(), &features(), &versions(), &manufacturing()}) {
+        fields->setDefaults(target);
+    }
+    target.set("Oper.Switch.OperState", "Online");
+    target.set("Oper.Switch.FaultList", "");
+}
+
+void loadSwitch(TableReader& table, Switch& target) {
+    const std::string wwn = table.wwn("wwn");
+    target.set("Oper.Switch.WhoIsPrincipal", wwn);  // alone in its fabric, unless the file says otherwise
+    identity().load(table, target);
+    if (table.has("domain")) target.set("Oper.Switch.DomainID", std::to_string(table.integer("domain", 1, 239)));
+    if (table.has("state")) target.set("Oper.Switch.OperState", readState(table));
+    target.set("Oper.Switch.FaultList", join(table.texts("faults")));
+}
+
+Action readSwitchState(TableReader& table) {
+    return [state = readState(table)](Switch& target) {
+        target.set("Oper.Switch.OperState", state);
+        target.raise(VEX_EVENT_SWITCH_STATE_CHANGE, "Switch state " + state);
+    };
+}
+
+/** Names the whole list: what it does not name has cleared. */
+Action readFaultList(TableReader& table) {
+    std::optional<int64_t> slot;
+    if (table.has("slot")) slot = table.integer("slot", 0, 65535);
+    if (!table.has("faults")) table.fail("step \"fault_list\" needs \"faults\"");
+    return [slot, faults = join(table.texts("faults"))](Switch& target) {
+        const std::string key =
+            slot ? "Oper.Blade." + std::to_string(*slot) + ".FaultList" : std::string("Oper.Switch.FaultList");
+        if (!target.has(key)) throw StepError("the chassis has no slot " + std::to_string(*slot));
+        target.set(key, faults);
+        target.raise(VEX_EVENT_CHASSIS_OPERCHANGE, "Fault list");
+        target.raise(VEX_EVENT_SWITCH_FAULT_CHANGE, faults);
+    };
+}
+
+Action readFeature(TableReader& table) {
+    const std::string name = table.text("name");
+    const char* const key = features().keyOf(name);
+    if (key == nullptr) table.fail("name", "unknown feature \"" + name + '"');
+    return [name, key, enabled = table.flag("enabled")](Switch& target) {
+        target.set(key, enabled ? "True" : "False");
+        target.raise(VEX_EVENT_FEATURE_CHANGE, name);
+    };
+}
+
+std::optional<Reading> readComputed(Switch&, const std::string& key) {
+    // Asks for nothing and always succeeds: it fills a place in a batch.
+    if (key == "Oper.Switch.Nop") return Reading{};
+    return std::nullopt;
+}
+
+}  // namespace
+
+const Area& switchArea() {
+    static const Area area = [] {
+        Area made;
+        made.name = "switch";
+        made.sections = {
+            {"switch", false, loadSwitch},
+            {"features", false, [](TableReader& table, Switch& target) { features().load(table, target); }},
+            {"versions", false, [](TableReader& table, Switch& target) { versions().load(table, target); }},
+            {"manufacturing", false,
+             [](TableReader& table, Switch& target) { manufacturing().load(table, target); }},
+        };
+        made.steps = {
+            {"switch_state", readSwitchState},
+            {"fault_list", readFaultList},
+            {"feature", readFeature},
+        };
+        made.defaults = setDefaults;
+        made.read = readComputed;
+        return made;
+    }();
+    return area;
+}
+
+}  // namespace vexsim

@@ -1,0 +1,291 @@
+#include "simulator/toml_reader.h"
+
+#include <toml++/toml.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "simulator/Simulator.h"
+
+namespace vexsim {
+namespace {
+
+constexpr int64_t longest_wait_ms = 24 * 60 * 60 * 1000;
+
+std::string quoted(const std::string& text) { return '"' + text + '"'; }
+
+[[noreturn]] void failAt(const std::string& file, toml::source_index line, std::string message) {
+    std::replace(message.begin(), message.end(), '\n', ' ');
+    throw InputError(file + ':' + std::to_string(line == 0 ? 1 : line) + ": " + message);
+}
+
+const char* typeName(const toml::node& node) {
+    switch (node.type()) {
+        case toml::node_type::table: return "a table";
+        case toml::node_type::array: return "a list";
+        case toml::node_type::string: return "a text";
+        case toml::node_type::integer: return "a number";
+        case toml::node_type::floating_point: return "a fraction";
+        case toml::node_type::boolean: return "true or false";
+        default: return "a date or time";
+    }
+}
+
+std::string join(std::initializer_list<const char*> words) {
+    std::string joined;
+    for (const char* word : words) joined += (joined.empty() ? "" : ", ") + quoted(word);
+    return joined;
+}
+
+}  // namespace
+
+struct TableReader::Impl {
+    std::shared_ptr<const toml::table> document;
+    const toml::table* table;
+    std::string file;
+    std::string title;
+    std::set<std::string> known;
+
+    Impl(std::shared_ptr<const toml::table> root, const toml::table* self, std::string name, std::string called)
+        : document(std::move(root)), table(self), file(std::move(name)), title(std::move(called)) {}
+
+    std::shared_ptr<Impl> child(const toml::table& inner, const std::string& called) const {
+        return std::make_shared<Impl>(document, &inner, file, called);
+    }
+
+    [[noreturn]] void fail(const toml::node& node, const std::string& message) const {
+        failAt(file, node.source().begin.line, message);
+    }
+
+    const toml::node& need(const std::string& field) {
+        known.insert(field);
+        const toml::node* node = table->get(field);
+        if (node == nullptr) fail(*table, title + " needs " + quoted(field));
+        return *node;
+    }
+
+    const toml::node* find(const std::string& field) {
+        known.insert(field);
+        return table->get(field);
+    }
+
+    std::string text(const std::string& field, const toml::node& node) const {
+        const auto* value = node.as_string();
+        if (value == nullptr) fail(node, quoted(field) + " must be a text, not " + typeName(node));
+        return value->get();
+    }
+
+    int64_t integer(const std::string& field, const toml::node& node, int64_t low, int64_t high) const {
+        const auto* value = node.as_integer();
+        if (value == nullptr) fail(node, quoted(field) + " must be a number, not " + typeName(node));
+        if (value->get() < low || value->get() > high) {
+            fail(node, quoted(field) + " must be from " + std::to_string(low) + " to " + std::to_string(high));
+        }
+        return value->get();
+    }
+
+    std::string word(const std::string& field, const toml::node& node,
+                     std::initializer_list<const char*> words) const {
+        std::string value = text(field, node);
+        if (std::find(words.begin(), words.end(), value) == words.end()) {
+            fail(node, quoted(field) + " must be one of " + join(words));
+        }
+        return value;
+    }
+
+    const toml::array* list(const std::string& field) {
+        const toml::node* node = find(field);
+        if (node == nullptr) return nullptr;
+        if (!node->is_array()) fail(*node, quoted(field) + " must be a list, not " + typeName(*node));
+        return node->as_array();
+    }
+};
+
+TableReader TableReader::parse(const std::string& text, const std::string& name) {
+    try {
+        auto document = std::make_shared<const toml::table>(toml::parse(text, name));
+        const toml::table* const root = document.get();
+        return TableReader(std::make_shared<Impl>(std::move(document), root, name, "the file"));
+    } catch (const toml::parse_error& error) {
+        failAt(name, error.source().begin.line, std::string(error.description()));
+    }
+}
+
+TableReader TableReader::parseFile(const std::string& path) {
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    // A directory opens without an error and fails at the first read.
+    if (file && file.peek() != std::ifstream::traits_type::eof()) text << file.rdbuf();
+    if (!file.is_open() || file.bad() || (text.str().empty() && errno != 0)) {
+        failAt(path, 1, std::string("cannot be read: ") + std::strerror(errno == 0 ? EIO : errno));
+    }
+    return parse(text.str(), path);
+}
+
+bool TableReader::has(const std::string& field) const { return _impl->table->contains(field); }
+
+std::string TableReader::text(const std::string& field) { return _impl->text(field, _impl->need(field)); }
+
+int64_t TableReader::integer(const std::string& field, int64_t low, int64_t high) {
+    return _impl->integer(field, _impl->need(field), low, high);
+}
+
+bool TableReader::flag(const std::string& field) {
+    const toml::node& node = _impl->need(field);
+    const auto* value = node.as_boolean();
+    if (value == nullptr) fail(field, quoted(field) + " must be true or false, not " + typeName(node));
+    return value->get();
+}
+
+std::chrono::milliseconds TableReader::duration(const std::string& field) {
+    const toml::node& node = _impl->need(field);
+    double amount = -1;
+    double unit_ms = 1000;
+    if (const auto number = node.value_exact<int64_t>()) {
+        amount = static_cast<double>(*number);
+    } else if (const auto fraction = node.value_exact<double>()) {
+        amount = *fraction;
+    } else if (const auto* text = node.as_string()) {
+        const char* const begin = text->get().c_str();
+        char* unit = nullptr;
+        if (std::isdigit(static_cast<unsigned char>(*begin)) != 0) amount = std::strtod(begin, &unit);
+        if (unit != nullptr && std::strcmp(unit, "ms") == 0) {
+            unit_ms = 1;
+        } else if (unit == nullptr || std::strcmp(unit, "s") != 0) {
+            amount = -1;
+        }
+    }
+    const double milliseconds = amount * unit_ms;
+    if (!(milliseconds >= 0 && milliseconds <= static_cast<double>(longest_wait_ms))) {
+        fail(field, quoted(field) + " must be seconds, or a text like \"500ms\" or \"2s\", up to a day");
+    }
+    return std::chrono::milliseconds(std::llround(milliseconds));
+}
+
+std::string TableReader::word(const std::string& field, std::initializer_list<const char*> words) {
+    return _impl->word(field, _impl->need(field), words);
+}
+
+std::string TableReader::wwn(const std::string& field) {
+    const std::string given = text(field);
+    std::string digits;
+    bool good = given.size() == 16 || given.size() == 23;
+    for (size_t i = 0; i < given.size(); ++i) {
+        const auto c = static_cast<unsigned char>(given[i]);
+        if (given.size() == 23 && i % 3 == 2) {
+            good = good && c == ':';
+        } else {
+            good = good && std::isxdigit(c) != 0;
+            digits += static_cast<char>(std::tolower(c));
+        }
+    }
+    if (!good) fail(field, quoted(field) + " must be a world wide name like \"10:00:00:11:22:33:44:55\"");
+    return digits;
+}
+
+std::string TableReader::value(const std::string& field) {
+    const toml::node& node = _impl->need(field);
+    if (const auto* text = node.as_string()) return text->get();
+    if (const auto* number = node.as_integer()) return std::to_string(number->get());
+    if (const auto* yes = node.as_boolean()) return yes->get() ? "True" : "False";
+    fail(field, quoted(field) + " must be a text, a number, true or false, not " + typeName(node));
+}
+
+std::vector<std::string> TableReader::texts(const std::string& field) {
+    std::vector<std::string> values;
+    if (const toml::array* list = _impl->list(field)) {
+        for (const toml::node& node : *list) values.push_back(_impl->text(field, node));
+    }
+    return values;
+}
+
+std::vector<std::string> TableReader::words(const std::string& field, std::initializer_list<const char*> words) {
+    std::vector<std::string> values;
+    if (const toml::array* list = _impl->list(field)) {
+        for (const toml::node& node : *list) values.push_back(_impl->word(field, node, words));
+    }
+    return values;
+}
+
+std::vector<int64_t> TableReader::integers(const std::string& field, int64_t low, int64_t high) {
+    std::vector<int64_t> values;
+    if (const toml::array* list = _impl->list(field)) {
+        for (const toml::node& node : *list) values.push_back(_impl->integer(field, node, low, high));
+    }
+    return values;
+}
+
+std::optional<TableReader> TableReader::table(const std::string& field) {
+    const toml::node* node = _impl->find(field);
+    if (node == nullptr) return std::nullopt;
+    if (!node->is_table()) fail(field, quoted(field) + " must be a table, not " + typeName(*node));
+    return TableReader(_impl->child(*node->as_table(), '[' + field + ']'));
+}
+
+std::vector<TableReader> TableReader::tables(const std::string& field) {
+    std::vector<TableReader> readers;
+    if (const toml::array* list = _impl->list(field)) {
+        for (const toml::node& node : *list) {
+            if (!node.is_table()) _impl->fail(node, quoted(field) + " must hold tables, not " + typeName(node));
+            readers.push_back(TableReader(_impl->child(*node.as_table(), "[[" + field + "]]")));
+        }
+    }
+    return readers;
+}
+
+bool TableReader::isInteger(const std::string& field) const {
+    const toml::node* node = _impl->table->get(field);
+    return node != nullptr && node->is_integer();
+}
+
+bool TableReader::isArray(const std::string& field) const {
+    const toml::node* node = _impl->table->get(field);
+    return node != nullptr && node->is_array();
+}
+
+std::vector<std::string> TableReader::unknownFields() const {
+    std::vector<std::pair<toml::source_position, std::string>> found;
+    for (const auto& [key, node] : *_impl->table) {
+        const std::string name(key.str());
+        if (_impl->known.count(name) == 0) found.emplace_back(key.source().begin, name);
+    }
+    std::sort(found.begin(), found.end(),
+              [](const auto& left, const auto& right) { return left.first < right.first; });
+    std::vector<std::string> names;
+    for (auto& entry : found) names.push_back(std::move(entry.second));
+    return names;
+}
+
+void TableReader::rename(const std::string& title) { _impl->title = title; }
+
+std::string TableReader::where() const {
+    const auto line = _impl->table->source().begin.line;
+    return _impl->file + ':' + std::to_string(line == 0 ? 1 : line);
+}
+
+std::string TableReader::where(const std::string& field) const {
+    const auto found = _impl->table->find(field);
+    if (found == _impl->table->end()) return where();
+    return _impl->file + ':' + std::to_string(found->first.source().begin.line);
+}
+
+void TableReader::fail(const std::string& message) const { _impl->fail(*_impl->table, message); }
+
+void TableReader::fail(const std::string& field, const std::string& message) const {
+    throw InputError(where(field) + ": " + message);
+}
+
+void TableReader::finish() const {
+    const std::vector<std::string> unknown = unknownFields();
+    if (!unknown.empty()) fail(unknown.front(), "unknown field " + quoted(unknown.front()) + " in " + _impl->title);
+}
+
+}  // namespace vexsim
