@@ -54,11 +54,11 @@ void log_line(benchmark::State& state, unsigned int level) {
         folder = new Folder;
         main_path = folder->file("main");
         critical_path = folder->file("critical");
-        redirect_log(main_path.c_str(), critical_path.c_str());
+        redirectLog(main_path.c_str(), critical_path.c_str());
     }
     for (auto _ : state) cim_log(level, "DCACHE: %s:%s:%d\n", "_getChassisInfo", kKey, 2);
     if (state.thread_index() == 0) {
-        redirect_log("/dev/null", "/dev/null");
+        redirectLog("/dev/null", "/dev/null");
         delete folder;
     }
 }
@@ -69,12 +69,12 @@ void discarded_line(benchmark::State& state) {
 
 /** The line that log_line() writes, taken from the log itself. */
 [[maybe_unused]] const bool line_taken = [] {
-    redirect_log("/dev/null", "/dev/null");
-    observe_log([](void*, unsigned int, const char* line, std::size_t length,
+    redirectLog("/dev/null", "/dev/null");
+    observeLog([](void*, unsigned int, const char* line, std::size_t length,
                    std::size_t) { one_line.assign(line, length); },
                 nullptr);
     cim_log(CIM_LOG_TRACE, "DCACHE: %s:%s:%d\n", "_getChassisInfo", kKey, 2);
-    observe_log(nullptr, nullptr);
+    observeLog(nullptr, nullptr);
     return true;
 }();
 

@@ -13,14 +13,14 @@ namespace {
 constexpr unsigned int kLevelBits = 15;
 
 pthread_mutex_t log_mutex = PTHREAD_MUTEX_INITIALIZER;
-LogWriter process_log DC_GUARDED_BY(log_token)("/tmp/cim.out", "/tmp/cim.crit.out");
+LogWriter process_log DC_GUARDED_BY(log_lock)("/tmp/cim.out", "/tmp/cim.crit.out");
 /** The calling thread's numbers, asked for once a thread. */
 thread_local LogIds thread_ids;
 
 /** Holds the log mutex for a scope. */
 class DC_SCOPED_CAPABILITY LogGuard {
   public:
-    LogGuard() DC_ACQUIRE(log_token) { pthread_mutex_lock(&log_mutex); }
+    LogGuard() DC_ACQUIRE(log_lock) { pthread_mutex_lock(&log_mutex); }
     ~LogGuard() DC_RELEASE() { pthread_mutex_unlock(&log_mutex); }
     LogGuard(const LogGuard&) = delete;
     LogGuard& operator=(const LogGuard&) = delete;
@@ -52,18 +52,18 @@ static void after_fork_in_child() {
 
 }  // namespace
 
-void write_log(unsigned int level, const char* format, std::va_list arguments) {
+void writeLog(unsigned int level, const char* format, std::va_list arguments) {
     if ((level & kLevelBits) == 0) return;
     const LogGuard guard;
     process_log.write(level, ids_of_thread(), format, arguments);
 }
 
-void redirect_log(const char* main_path, const char* critical_path) {
+void redirectLog(const char* main_path, const char* critical_path) {
     const LogGuard guard;
     process_log.redirect(main_path, critical_path);
 }
 
-void observe_log(LogObserver observer, void* context) {
+void observeLog(LogObserver observer, void* context) {
     const LogGuard guard;
     process_log.observe(observer, context);
 }
@@ -71,13 +71,13 @@ void observe_log(LogObserver observer, void* context) {
 void cim_log(unsigned int level, const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    write_log(level, format, arguments);
+    writeLog(level, format, arguments);
     va_end(arguments);
 }
 
 void DataCacheLogger(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    write_log(CIM_LOG_HOST, format, arguments);
+    writeLog(CIM_LOG_HOST, format, arguments);
     va_end(arguments);
 }

@@ -67,60 +67,60 @@ void LogWriter::write(unsigned int level, std::string_view ids, const char* form
     const int callers_errno = errno;
     timeval now{};
     gettimeofday(&now, nullptr);
-    const std::size_t message = put_log_prefix(line_, second_.text(now.tv_sec), now.tv_usec / 1000, ids);
+    const std::size_t message = put_log_prefix(_line, _second.text(now.tv_sec), now.tv_usec / 1000, ids);
     errno = callers_errno;  // for %m
-    const int formatted = std::vsnprintf(line_ + message, sizeof line_ - message, format, arguments);
+    const int formatted = std::vsnprintf(_line + message, sizeof _line - message, format, arguments);
     // A message that cannot be formatted leaves the prefix alone on the line.
     const std::size_t wanted = message + static_cast<std::size_t>(std::max(formatted, 0));
     const std::size_t length = std::min(wanted, kLongestLine);
-    line_[length] = '\0';
+    _line[length] = '\0';
 
-    if (main_ == -1 || critical_ == -1) open_files();
+    if (_main == -1 || _critical == -1) openFiles();
     // Before the rotation, which empties the critical file: a critical line that rotates stays in the main
     // file only.
-    if ((level & CIM_LOG_CRITICAL) != 0 && critical_ != -1) write_whole(critical_, line_, length);
-    if (lines_ == kLinesPerFile) {
-        lines_ = 0;  // the line that rotates is not counted, by intention
+    if ((level & CIM_LOG_CRITICAL) != 0 && _critical != -1) write_whole(_critical, _line, length);
+    if (_lines == kLinesPerFile) {
+        _lines = 0;  // the line that rotates is not counted, by intention
         rotate();
     } else {
-        ++lines_;
+        ++_lines;
     }
-    if (main_ != -1) write_whole(main_, line_, length);
-    if (observer_ != nullptr) observer_(observer_context_, level, line_, length, message);
+    if (_main != -1) write_whole(_main, _line, length);
+    if (_observer != nullptr) _observer(_observer_context, level, _line, length, message);
     errno = callers_errno;
 }
 
-void LogWriter::close_files() {
-    close_file(main_);
-    close_file(critical_);
+void LogWriter::closeFiles() {
+    close_file(_main);
+    close_file(_critical);
 }
 
 void LogWriter::redirect(const char* main_path, const char* critical_path) {
-    close_files();
-    main_path_ = main_path;
-    critical_path_ = critical_path;
-    lines_ = 0;
+    closeFiles();
+    _main_path = main_path;
+    _critical_path = critical_path;
+    _lines = 0;
 }
 
 void LogWriter::observe(LogObserver observer, void* context) {
-    observer_ = observer;
-    observer_context_ = context;
+    _observer = observer;
+    _observer_context = context;
 }
 
-void LogWriter::open_files() {
+void LogWriter::openFiles() {
     const mode_t previous = umask(0);
-    if (main_ == -1) main_ = open_emptied(main_path_);
-    if (critical_ == -1) critical_ = open_emptied(critical_path_);
+    if (_main == -1) _main = open_emptied(_main_path);
+    if (_critical == -1) _critical = open_emptied(_critical_path);
     umask(previous);
 }
 
 void LogWriter::rotate() {
-    close_files();
-    unlink(GenerationName(main_path_, kGenerations).c_str());
+    closeFiles();
+    unlink(GenerationName(_main_path, kGenerations).c_str());
     for (int generation = kGenerations; generation > 1; --generation) {
-        std::rename(GenerationName(main_path_, generation - 1).c_str(),
-                    GenerationName(main_path_, generation).c_str());
+        std::rename(GenerationName(_main_path, generation - 1).c_str(),
+                    GenerationName(_main_path, generation).c_str());
     }
-    std::rename(main_path_, GenerationName(main_path_, 1).c_str());
-    open_files();  // empties the critical file too, by intention
+    std::rename(_main_path, GenerationName(_main_path, 1).c_str());
+    openFiles();  // empties the critical file too, by intention
 }

@@ -9,7 +9,7 @@
 #include "common/thread_annotations.h"
 
 /** The log mutex, the library's innermost lock: held while a line is written and around a fork. */
-extern LockToken log_token;
+extern LockToken log_lock;
 
 /**
  * Sees each finished line after it was written: `length` bytes, prefix included, whose message begins at
@@ -27,7 +27,7 @@ using LogObserver = void (*)(void* context, unsigned int level, const char* line
  * opened. A symbolic link at either path counts as a file that cannot be opened: the folder is open to
  * everybody. The one line buffer lives in the object, because a logging thread may have little stack; so
  * every call needs the log mutex. The process's own writer is never destroyed, since threads may log while
- * the process ends: hence no destructor; an object that goes away earlier is closed by close_files().
+ * the process ends: hence no destructor; an object that goes away earlier is closed by closeFiles().
  */
 class LogWriter {
   public:
@@ -40,46 +40,46 @@ class LogWriter {
 
     /** The paths are not copied and outlive the object; the main path has at most 97 characters. */
     constexpr LogWriter(const char* main_path, const char* critical_path)
-        : main_path_(main_path), critical_path_(critical_path) {}
+        : _main_path(main_path), _critical_path(critical_path) {}
 
     /**
      * Formats one line behind its prefix, with `ids` as "PID/TID ", and writes it to the files that `level`
      * asks for. Keeps errno, and shows the caller's to the format.
      */
     void write(unsigned int level, std::string_view ids, const char* format, std::va_list arguments)
-        DC_PRINTF(4, 0) DC_REQUIRES(log_token);
+        DC_PRINTF(4, 0) DC_REQUIRES(log_lock);
 
     /** Closes the files, which the next line opens, and so empties, again. */
-    void close_files() DC_REQUIRES(log_token);
+    void closeFiles() DC_REQUIRES(log_lock);
 
     /** Goes on at other paths, with a new count of lines. */
-    void redirect(const char* main_path, const char* critical_path) DC_REQUIRES(log_token);
+    void redirect(const char* main_path, const char* critical_path) DC_REQUIRES(log_lock);
 
     /** Sets or, with null, takes away the observer. */
-    void observe(LogObserver observer, void* context) DC_REQUIRES(log_token);
+    void observe(LogObserver observer, void* context) DC_REQUIRES(log_lock);
 
   private:
-    void open_files() DC_REQUIRES(log_token);
-    void rotate() DC_REQUIRES(log_token);
+    void openFiles() DC_REQUIRES(log_lock);
+    void rotate() DC_REQUIRES(log_lock);
 
-    int main_ = -1;
-    int critical_ = -1;
-    unsigned int lines_ = 0;
-    const char* main_path_;
-    const char* critical_path_;
-    LogObserver observer_ = nullptr;
-    void* observer_context_ = nullptr;
-    LogSecond second_;
-    char line_[kLongestLine + 1] = {};
+    int _main = -1;
+    int _critical = -1;
+    unsigned int _lines = 0;
+    const char* _main_path;
+    const char* _critical_path;
+    LogObserver _observer = nullptr;
+    void* _observer_context = nullptr;
+    LogSecond _second;
+    char _line[kLongestLine + 1] = {};
 };
 
 /** What cim_log() and DataCacheLogger() share: one line of the process's log. */
-void write_log(unsigned int level, const char* format, std::va_list arguments) DC_PRINTF(2, 0)
-    DC_EXCLUDES(log_token);
+void writeLog(unsigned int level, const char* format, std::va_list arguments) DC_PRINTF(2, 0)
+    DC_EXCLUDES(log_lock);
 
 /** For tests: moves the process's log to two other paths, which are not copied; see LogWriter::redirect().
  */
-void redirect_log(const char* main_path, const char* critical_path) DC_EXCLUDES(log_token);
+void redirectLog(const char* main_path, const char* critical_path) DC_EXCLUDES(log_lock);
 
 /** For tests: observes the process's log, until null is set; the observer before is not called any more. */
-void observe_log(LogObserver observer, void* context) DC_EXCLUDES(log_token);
+void observeLog(LogObserver observer, void* context) DC_EXCLUDES(log_lock);

@@ -87,11 +87,11 @@ class CimLog : public testing::Test {
         folder = pattern;
         main = folder + "/cim.out";
         critical = folder + "/cim.crit.out";
-        redirect_log(main.c_str(), critical.c_str());
+        redirectLog(main.c_str(), critical.c_str());
     }
     void TearDown() override {
-        redirect_log("/dev/null", "/dev/null");  // closes the files
-        observe_log(nullptr, nullptr);
+        redirectLog("/dev/null", "/dev/null");  // closes the files
+        observeLog(nullptr, nullptr);
         fs::remove_all(folder);
     }
     std::string generation(int number) const { return main + "." + std::to_string(number); }
@@ -130,7 +130,7 @@ TEST_F(CimLog, LineCarriesLocalTimeAndTheNumbersOfItsThread) {
     std::string before;
     do {
         before = local_second();
-        redirect_log(main.c_str(), critical.c_str());
+        redirectLog(main.c_str(), critical.c_str());
         cim_log(CIM_LOG_TRACE, "DCACHE: x\n");
     } while (before != local_second());
     EXPECT_THAT(lines(main), ElementsAre(MatchesRegex(before + "\\.[0-9]{3} " + numbers() + " DCACHE: x")));
@@ -200,7 +200,7 @@ TEST_F(CimLog, CutsLinesAt2055BytesAndShowsThemToTheObserver) {
         std::size_t message;
         unsigned int level;
     } seen{};
-    observe_log(
+    observeLog(
         [](void* context, unsigned int level, const char* line, std::size_t length, std::size_t message) {
             *static_cast<Seen*>(context) = {{line, length}, message, level};
         },
@@ -208,7 +208,7 @@ TEST_F(CimLog, CutsLinesAt2055BytesAndShowsThemToTheObserver) {
     cim_log(CIM_LOG_TRACE, "%s", "");
     const std::size_t room = 2055 - seen.message;
     for (const std::size_t length : {room - 1, room, room + 1, std::size_t{5000}}) {
-        redirect_log(main.c_str(), critical.c_str());
+        redirectLog(main.c_str(), critical.c_str());
         const std::string text = std::string(length - 1, 'a') + '\n';
         cim_log(CIM_LOG_CRITICAL, "%s", text.c_str());
         EXPECT_EQ(fs::file_size(main), seen.message + std::min(length, room));
@@ -238,7 +238,7 @@ TEST_F(CimLog, KeepsTryingAPathItMustNotOrCannotOpen) {
     std::ofstream(victim) << "precious\n";
     for (const auto& [blocked, other] : {std::pair(main, critical), std::pair(critical, main)}) {
         for (const bool link : {true, false}) {
-            redirect_log(main.c_str(), critical.c_str());
+            redirectLog(main.c_str(), critical.c_str());
             fs::remove(blocked);
             if (link)
                 fs::create_symlink(victim, blocked);

@@ -27,10 +27,10 @@ struct OwnLog {
         std::filesystem::create_directories(folder);
         main = folder / "cim.out";
         critical = folder / "cim.crit.out";
-        redirect_log(main.c_str(), critical.c_str());
+        redirectLog(main.c_str(), critical.c_str());
     }
     ~OwnLog() {
-        redirect_log("/dev/null", "/dev/null");
+        redirectLog("/dev/null", "/dev/null");
         std::error_code ignored;
         std::filesystem::remove_all(folder, ignored);
     }
@@ -41,12 +41,12 @@ struct OwnLog {
 
 LogCapture::LogCapture() {
     static const OwnLog own;
-    observe_log(capture, nullptr);
+    observeLog(capture, nullptr);
     take();
 }
 
 LogCapture::~LogCapture() {
-    observe_log(nullptr, nullptr);
+    observeLog(nullptr, nullptr);
 }
 
 std::vector<std::string> LogCapture::take() {
