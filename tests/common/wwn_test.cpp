@@ -9,20 +9,13 @@ TEST(Wwn, ParsesSixteenHexadecimalDigitsAndNothingElse) {
         const char* text;
         const char* name;
     } cases[] = {
-        {"1000001122AABBCC", "1000001122AABBCC"},
-        {"1000001122aabbcc", "1000001122AABBCC"},
-        {"FFFFFFFFFFFFFFFF", "FFFFFFFFFFFFFFFF"},
-        {"", "0000000000000000"},
-        {"1000001122AABBC", "0000000000000000"},
-        {"1000001122AABBCCD", "0000000000000000"},
-        {"1000001122AABBCg", "0000000000000000"},
-        {"x000001122AABBCC", "0000000000000000"},
-        {"0x00001122AABBCC", "0000000000000000"},
-        {"-000001122AABBCC", "0000000000000000"},
-        {" 000001122AABBCC", "0000000000000000"},
-        {"10:00:00:11:22:AA:BB:C", "0000000000000000"},
-        {"10:00:00:11:22:AA:BB:CC", "0000000000000000"},
-        {"10-00-00-11-22-AA-BB-CC", "0000000000000000"},
+        {"1000001122AABBCC", "1000001122AABBCC"},        {"1000001122aabbcc", "1000001122AABBCC"},
+        {"FFFFFFFFFFFFFFFF", "FFFFFFFFFFFFFFFF"},        {"", "0000000000000000"},
+        {"1000001122AABBC", "0000000000000000"},         {"1000001122AABBCCD", "0000000000000000"},
+        {"1000001122AABBCg", "0000000000000000"},        {"x000001122AABBCC", "0000000000000000"},
+        {"0x00001122AABBCC", "0000000000000000"},        {"-000001122AABBCC", "0000000000000000"},
+        {" 000001122AABBCC", "0000000000000000"},        {"10:00:00:11:22:AA:BB:C", "0000000000000000"},
+        {"10:00:00:11:22:AA:BB:CC", "0000000000000000"}, {"10-00-00-11-22-AA-BB-CC", "0000000000000000"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(Wwn(std::string(c.text)).tostring(), c.name) << c.text;
@@ -87,7 +80,8 @@ TEST(Wwn, SharesABaseWithinOneSwitch) {
         {"2001001122AABBCC", "2001001222AABBCC", false},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(Wwn(std::string(c.one)).Same_Base(Wwn(std::string(c.other))), c.same) << c.one << ' ' << c.other;
+        EXPECT_EQ(Wwn(std::string(c.one)).Same_Base(Wwn(std::string(c.other))), c.same)
+            << c.one << ' ' << c.other;
     }
 }
 
@@ -97,10 +91,8 @@ TEST(Wwn, TurnsPortNamesIntoSwitchNames) {
         const char* switchName;
     } cases[] = {
         {"2ABC000DECAABBCC", "2000000DECAABBCC"},  // Cisco keeps NAA 2
-        {"2ABC001122AABBCC", "1000001122AABBCC"},
-        {"3ABCDEF122AABBCC", "5000000122AABBCC"},
-        {"1ABC001122AABBCC", "1ABC001122AABBCC"},
-        {"5ABC001122AABBCC", "5ABC001122AABBCC"},
+        {"2ABC001122AABBCC", "1000001122AABBCC"}, {"3ABCDEF122AABBCC", "5000000122AABBCC"},
+        {"1ABC001122AABBCC", "1ABC001122AABBCC"}, {"5ABC001122AABBCC", "5ABC001122AABBCC"},
     };
     for (const auto& c : cases) {
         Wwn name{std::string(c.port)};

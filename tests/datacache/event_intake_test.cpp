@@ -1,0 +1,163 @@
+#include "datacache/event_codes.h"
+#include "tests/support/CacheTest.h"
+
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+constexpr const char* kSwitch = "[switch]\nwwn = \"1000001122AABBCC\"\n";
+
+class EventIntake : public CacheTest {
+  protected:
+    EventIntake() {
+        load(kSwitch);
+        settle();
+        log();
+        calls();
+        allEvents();
+    }
+    size_t queued() {
+        const AccessGuard guard;
+        return cache()._eventQueue.size();
+    }
+    bool awakened() {
+        pthread_mutex_lock(&eval_mutex);
+        const bool ready = eval_ready != 0;
+        pthread_mutex_unlock(&eval_mutex);
+        return ready;
+    }
+};
+
+/** The codes with a name, the registered and the queued ones, written down independently of the table. */
+TEST_F(EventIntake, KnowsItsCodes) {
+    const std::vector<int> registered = {32, 52, 57, 28, 39, 29, 82, 50, 14, 15, 72, 73, 33, 40,
+                                         74, 75, 76, 77, 78, 16, 68, 69, 79, 80, 3,  1,  7,  70};
+    std::vector<int> list;
+    for (const vex_eventreg_s& entry : eventRegistrations()) {
+        list.push_back(entry.code);
+        EXPECT_EQ(entry.result, 0);
+    }
+    EXPECT_EQ(list, registered);
+
+    const std::vector<int> gaps = {18, 58, 59, 63, 64, 65, 71, 74, 75, 76, 77};
+    for (int code = -1; code <= 300; ++code) {
+        const bool inList = std::find(registered.begin(), registered.end(), code) != registered.end();
+        EXPECT_EQ(isQueuedEvent(code), inList && code != 70) << code;
+        const bool named =
+            (code >= 1 && code <= 82 && std::find(gaps.begin(), gaps.end(), code) == gaps.end()) ||
+            code == 253 || code == 254;
+        EXPECT_EQ(std::string(DataCache::_tagToString(code)) != "VEX_EVENT_OTHER", named) << code;
+    }
+    EXPECT_STREQ(DataCache::_tagToString(1), "VEX_EVENT_FABRIC_CHANGE");
+    EXPECT_STREQ(DataCache::_tagToString(60), "VEX_EVENT_PORT_TEST_COMPLETE_2");
+    EXPECT_STREQ(DataCache::_tagToString(82), "VEX_EVENT_SWITCH_FAULT_CHANGE");
+    EXPECT_STREQ(DataCache::_tagToString(254), "VEX_EVENT_CONNECTION_RESTORED");
+    EXPECT_STREQ(DataCache::_tagToString(-2147483647 - 1), "VEX_EVENT_OTHER");
+}
+
+TEST_F(EventIntake, QueuesWhatItKnowsAndDropsTheRest) {
+    const struct {
+        int code;
+        bool queued;
+        const char* line;
+    } cases[] = {
+        {32, true, "2 DCACHE: queueing VEX_EVENT_T[1:-2:3] (32)VEX_EVENT_SWITCH_STATE_CHANGE : 100% %s %n"},
+        {76, true, "2 DCACHE: queueing VEX_EVENT_T[1:-2:3] (76)VEX_EVENT_OTHER : 100% %s %n"},
+        {70, false,
+         "2 DCACHE: Unhandled event, VEX_EVENT_T[1:-2:3] (70)VEX_EVENT_USERLOG_UPDATE : 100% %s %n"},
+        {-2147483647 - 1, false,
+         "2 DCACHE: Unhandled event, VEX_EVENT_T[1:-2:3] (-2147483648)VEX_EVENT_OTHER : 100% %s %n"},
+        {2147483647, false,
+         "2 DCACHE: Unhandled event, VEX_EVENT_T[1:-2:3] (2147483647)VEX_EVENT_OTHER : 100% %s %n"},
+    };
+    for (const auto& c : cases) {
+        sim.raise(c.code, {1, -2, 3}, "100% %s %n", true);
+        EXPECT_EQ(sim.deliverPending(), 1U);
+        EXPECT_THAT(log(), ElementsAre(c.line));
+        EXPECT_EQ(queued(), c.queued ? 1U : 0U) << c.code;
+        EXPECT_EQ(awakened(), c.queued) << c.code;
+        settle();
+        EXPECT_EQ(queued(), 0U);
+        log();
+    }
+}
+
+TEST_F(EventIntake, DispatchesInOrderOfArrivalInOnePass) {
+    sim.raise(72, {0, 0, 1}, "first");
+    sim.raise(73, {0, 0, 2}, "second");
+    sim.raise(72, {0, 0, 3}, "third");
+    EXPECT_EQ(sim.deliverPending(), 3U);
+    log();
+    pass();
+    std::vector<std::string> dequeued;
+    for (const std::string& line : log()) {
+        if (line.find("dequeueing") != std::string::npos)
+            dequeued.push_back(line.substr(line.rfind(' ') + 1));
+    }
+    EXPECT_THAT(dequeued, ElementsAre("first", "second", "third"));
+}
+
+TEST_F(EventIntake, KeepsItsOwnCopyOfAnUnterminatedEvent) {
+    sim.raise(32, {7, 8, 9}, std::string(2000, 'x'));
+    sim.deliverPending();
+    {
+        const AccessGuard guard;
+        ASSERT_THAT(cache()._eventQueue, SizeIs(1));
+        const vex_event_s& copy = *cache()._eventQueue.front();
+        EXPECT_EQ(std::string(copy.text, sizeof copy.text), std::string(1400, 'x'));
+        EXPECT_EQ(copy.source.word[2], 9);
+    }
+    EXPECT_THAT(log(),
+                ElementsAre("2 DCACHE: queueing VEX_EVENT_T[7:8:9] (32)VEX_EVENT_SWITCH_STATE_CHANGE : " +
+                            std::string(1400, 'x')));
+    settle();
+}
+
+TEST_F(EventIntake, KicksWithoutWaking) {
+    cache().vexlibEventKick(VEX_EVENT_CHASSIS_OPERCHANGE, nullptr, nullptr);
+    EXPECT_THAT(
+        log(),
+        ElementsAre("2 DCACHE: queueing - kick - VEX_EVENT_T[0:0:0] (33)VEX_EVENT_CHASSIS_OPERCHANGE : "));
+    vex_eventsource_s source{{4, 5, -6}};
+    std::string text(1500, 'k');
+    cache().vexlibEventKick(VEX_EVENT_SWITCH_STATE_CHANGE, &source, text.data());
+    EXPECT_FALSE(awakened());
+    EXPECT_EQ(queued(), 2U);
+    {
+        const AccessGuard guard;
+        EXPECT_EQ(std::string(cache()._eventQueue.back()->text), std::string(1395, 'k'));
+        EXPECT_EQ(cache()._eventQueue.back()->source.word[2], -6);
+    }
+    calls();
+    pass();
+    EXPECT_EQ(queued(), 0U) << "the next pass, whatever wakes it, takes them";
+    EXPECT_THAT(calls(), SizeIs(3)) << "switch and chassis were read again";
+}
+
+TEST_F(EventIntake, ReportsRegistrationsThatFail) {
+    sim.run("[[step]]\ndo = \"fault\"\nfunction = \"vex_enRegisterForEventList\"\nresult = 5\n");
+    EXPECT_TRUE(cache().startEventMonitor(nullptr));
+    EXPECT_THAT(log(), Contains("2 DCACHE: Unable to register for events via vex_enRegisterForEvents"));
+
+    sim.run(
+        "[[step]]\ndo = \"fault\"\nfunction = \"vex_enRegisterForEventList\"\nkey = \"70\"\nstatus = 9\n"
+        "[[step]]\ndo = \"fault\"\nfunction = \"vex_enRegisterForEventList\"\nkey = \"3\"\nstatus = 9\n");
+    EXPECT_TRUE(cache().startEventMonitor(nullptr));
+    EXPECT_THAT(log(), ElementsAre("2 DCACHE: Unable to register for event 3",
+                                   "2 DCACHE: Unable to register for event 70"));
+}
+
+TEST_F(EventIntake, IgnoresNotificationsWithoutCacheOrEvent) {
+    DataCache::vexlibNotificationCB(nullptr, nullptr, nullptr);
+    delete std::exchange(DataCache::instance, nullptr);
+    vex_event_s event{};
+    event.code = 32;
+    log();
+    DataCache::vexlibNotificationCB(nullptr, &event, nullptr);
+    EXPECT_THAT(log(), IsEmpty());
+}
+
+}  // namespace

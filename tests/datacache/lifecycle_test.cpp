@@ -1,0 +1,245 @@
+// The cache with its real threads: start-up, retries, wake-ups, and the whole path from switch event to host
+// event.
+#include <pthread.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+
+#include "host/event_fields.h"
+#include "tests/support/CacheTest.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+
+std::vector<unsigned> slept;
+
+}  // namespace
+
+/** Stands in for the C library's: connection retries take no time here. */
+extern "C" unsigned sleep(unsigned seconds) {
+    slept.push_back(seconds);
+    return 0;
+}
+
+namespace {
+
+constexpr const char* kSwitch = R"(
+[switch]
+wwn = "1000001122AABBCC"
+[chassis]
+power_supplies = ["Good", "Good"]
+)";
+
+constexpr const char* kPowerSupplyPulled =
+    "[[step]]\ndo = \"power_supply\"\nindex = 2\nstate = \"NotInstalled\"\n";
+
+/** Collects events from the evaluation thread; a gate can hold that thread inside the callback. */
+struct Host {
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::vector<std::string> lines;
+    bool gateShut = false;
+    size_t stackBytes = 0;
+
+    void receive(const DataCacheEvent& event) {
+        // The callback may use the cache: the lock is recursive.
+        const std::string name = DataCache::getInstance()->getRootSwitchWwn();
+        DataCache::releaseInstance();
+        pthread_attr_t attributes;
+        pthread_getattr_np(pthread_self(), &attributes);
+        std::unique_lock<std::mutex> guard(mutex);
+        pthread_attr_getstacksize(&attributes, &stackBytes);
+        pthread_attr_destroy(&attributes);
+        lines.push_back(eventLine(event) + " seen on " + name);
+        changed.notify_all();
+        changed.wait(guard, [this] { return !gateShut; });
+    }
+    bool await(size_t count) {
+        std::unique_lock<std::mutex> guard(mutex);
+        return changed.wait_for(guard, std::chrono::seconds(30), [&] { return lines.size() >= count; });
+    }
+    void gate(bool shut) {
+        const std::lock_guard<std::mutex> guard(mutex);
+        gateShut = shut;
+        changed.notify_all();
+    }
+    std::vector<std::string> take() {
+        const std::lock_guard<std::mutex> guard(mutex);
+        return std::exchange(lines, {});
+    }
+};
+
+Host& host() {
+    static auto* const only = new Host;  // outlives the evaluation thread, which nothing stops
+    return *only;
+}
+
+const std::string kComplete = "DCEventDataCacheUpdateComplete seen on 1000001122AABBCC";
+
+/** Each of these runs in a process of its own; the evaluation thread lives until its end. */
+class Lifecycle : public ::testing::Test {
+  protected:
+    Lifecycle() {
+        slept.clear();
+        sim.reset();
+        sim.loadSwitchText(kSwitch);
+    }
+    void run() {
+        ASSERT_TRUE(DataCache::init());
+        ASSERT_TRUE(DataCache::start([](DataCacheEvent* event) { host().receive(*event); }));
+        ASSERT_TRUE(host().await(1));
+        EXPECT_THAT(host().take(), ElementsAre(kComplete)) << "the first pass runs at once";
+    }
+    vexsim::Simulator& sim = vexsim::Simulator::instance();
+    LogCapture capture;
+};
+
+TEST_F(Lifecycle, InstanceIsNullBeforeInit) {
+    EXPECT_EQ(DataCache::getInstance(), nullptr);
+    EXPECT_EQ(DataCache::getInstance(), nullptr) << "the lock is recursive even then";
+    DataCache::releaseInstance();
+    DataCache::releaseInstance();
+}
+
+TEST_F(Lifecycle, ConnectsUntilItSucceeds) {
+    sim.run(R"(
+        [[step]]
+        do = "fault"
+        function = "vex_IPConnect"
+        times = 2
+        result = 7
+        [[step]]
+        do = "fault"
+        function = "vex_IPConnect"
+        skip = 2
+        times = 1
+        handle = 0
+    )");
+    EXPECT_TRUE(DataCache::init());
+    EXPECT_EQ(slept, (std::vector<unsigned>{10, 10})) << "a success without a handle is tried again at once";
+    const std::string failed =
+        "4 CRIT:DataCache:startVexlib[479] vexlib connection failed: 7 : retrying in 10 seconds...";
+    EXPECT_THAT(capture.take(),
+                ElementsAre("2 DCACHE: Creating a new datacache()", "2 DCACHE: attempting vexlib connection",
+                            failed, failed, "2 DCACHE: vexlib connection established",
+                            "2 DCACHE: zsl = 0, zl = 0, al = 0, zml = 0", "2 DCACHE: Zoning limits loaded"));
+    EXPECT_NE(DataCache::instance->_handle, 0U);
+    EXPECT_EQ(hSwitch, DataCache::instance->_handle);
+    EXPECT_EQ(sim.transcript()[0].function, "vex_IPConnect");
+    EXPECT_EQ(sim.transcript()[0].detail, "localhost,cim,");
+
+    DataCache* const first = DataCache::instance;
+    sim.run("[[step]]\ndo = \"fault\"\nfunction = \"vex_fzsGetZoningLimitations\"\nresult = 1\n");
+    EXPECT_TRUE(DataCache::init());
+    EXPECT_EQ(DataCache::instance, first) << "a second call keeps the instance and its connection";
+    EXPECT_EQ(capture.take().back(), "2 DCACHE: Zoning limits failed to load");
+}
+
+TEST_F(Lifecycle, CarriesASwitchEventToTheHost) {
+    run();
+    EXPECT_LT(host().stackBytes, 0x80000U) << "the evaluation thread has a small stack of its own";
+    sim.run(kPowerSupplyPulled);
+    ASSERT_TRUE(host().await(2));
+    const std::vector<std::string> lines = host().take();
+    EXPECT_EQ(lines[0],
+              "DCEventPowerSupplyRemove wwn=1000001122AABBCC index=2 count=1 seen on 1000001122AABBCC");
+    EXPECT_EQ(lines[1], kComplete);
+}
+
+TEST_F(Lifecycle, LogsStartUpInOrder) {
+    run();
+    std::vector<std::string> lines;
+    for (std::string& line : capture.take()) {
+        if (line.find("EVAL") != std::string::npos) lines.push_back(std::move(line));
+    }
+    EXPECT_THAT(lines, ElementsAre("2 DCACHE: (DataCache) creating EVAL thread", "2 DCACHE: (EVAL) starting",
+                                   "2 DCACHE: (EVAL) awake"));
+}
+
+TEST_F(Lifecycle, CoalescesWakeUps) {
+    run();
+    host().gate(true);
+    wakeEvaluation();
+    ASSERT_TRUE(host().await(1)) << "a pass is under way, held in the callback";
+    for (int i = 0; i < 3; ++i) wakeEvaluation();
+    host().take();
+    host().gate(false);
+    ASSERT_TRUE(host().await(1));
+    usleep(100000);
+    EXPECT_THAT(host().take(), ElementsAre(kComplete)) << "three wake-ups, one pass";
+}
+
+TEST_F(Lifecycle, EventsDuringAPassAreTakenByTheNext) {
+    run();
+    host().gate(true);
+    wakeEvaluation();
+    ASSERT_TRUE(host().await(1));
+    host().take();
+    sim.run(kPowerSupplyPulled);  // its notification waits for the access lock
+    sim.run("[[step]]\ndo = \"power_supply\"\nindex = 2\nstate = \"Bad\"\n");
+    host().gate(false);
+    ASSERT_TRUE(host().await(2));
+    sim.waitDelivered();
+    usleep(100000);
+    const std::vector<std::string> lines = host().take();
+    EXPECT_EQ(lines[0],
+              "DCEventPowerSupplyFail wwn=1000001122AABBCC index=2 count=1 seen on 1000001122AABBCC")
+        << "the switch is read as it is now, not as it was at each event";
+}
+
+TEST_F(Lifecycle, FailedPassIsReportedAndRetriedByTheNextEvent) {
+    sim.run(
+        "[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\nkey = \"Oper.Chassis.*\"\nresult = 4\n");
+    DataCache::init();
+    DataCache::start([](DataCacheEvent* event) { host().receive(*event); });
+    bool reported = false;
+    for (int i = 0; i < 3000 && !reported; ++i) {
+        usleep(10000);
+        for (const std::string& line : capture.take()) {
+            reported |= line == "2 DCACHE: (EVAL) Cache update failed or incomplete";
+        }
+    }
+    EXPECT_TRUE(reported);
+    EXPECT_FALSE(DataCache::getInstance()->isCacheReady());
+    DataCache::releaseInstance();
+    EXPECT_TRUE(host().take().empty());
+    sim.run("[[step]]\ndo = \"switch_state\"\nstate = \"Online\"\n");
+    ASSERT_TRUE(host().await(1));
+    EXPECT_EQ(host().take()[0], kComplete);
+}
+
+TEST_F(Lifecycle, HostThreadsReadWhileTheSwitchChanges) {
+    run();
+    std::atomic<bool> stop{false};
+    std::vector<pthread_t> readers(3);
+    for (pthread_t& reader : readers) {
+        pthread_create(
+            &reader, nullptr,
+            [](void* flag) -> void* {
+                while (!static_cast<std::atomic<bool>*>(flag)->load()) {
+                    DataCache* cache = DataCache::getInstance();
+                    const bool consistent = cache->getSwitchFaults().size() == 2 && cache->isCacheReady();
+                    DataCache::releaseInstance();
+                    if (!consistent) return flag;
+                }
+                return nullptr;
+            },
+            &stop);
+    }
+    for (int i = 0; i < 50; ++i) {
+        sim.run("[[step]]\ndo = \"power_supply\"\nindex = 1\nstate = \"" +
+                std::string(i % 2 == 0 ? "Bad" : "Good") + "\"\n");
+    }
+    sim.waitDelivered();
+    stop = true;
+    for (const pthread_t reader : readers) {
+        void* broken = nullptr;
+        pthread_join(reader, &broken);
+        EXPECT_EQ(broken, nullptr);
+    }
+}
+
+}  // namespace
