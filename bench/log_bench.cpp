@@ -58,7 +58,7 @@ void log_line(benchmark::State& state, unsigned int level) {
     }
     for (auto _ : state) cim_log(level, "DCACHE: %s:%s:%d\n", "_getChassisInfo", kKey, 2);
     if (state.thread_index() == 0) {
-        redirectLog("/dev/null", "/dev/null");
+        redirectLog(nullptr, nullptr);
         delete folder;
     }
 }
@@ -69,10 +69,10 @@ void discarded_line(benchmark::State& state) {
 
 /** The line that log_line() writes, taken from the log itself. */
 [[maybe_unused]] const bool line_taken = [] {
-    redirectLog("/dev/null", "/dev/null");
+    redirectLog(nullptr, nullptr);
     observeLog([](void*, unsigned int, const char* line, std::size_t length,
-                   std::size_t) { one_line.assign(line, length); },
-                nullptr);
+                  std::size_t) { one_line.assign(line, length); },
+               nullptr);
     cim_log(CIM_LOG_TRACE, "DCACHE: %s:%s:%d\n", "_getChassisInfo", kKey, 2);
     observeLog(nullptr, nullptr);
     return true;

@@ -23,6 +23,7 @@ void set_close_on_exec(int file) {
 }
 
 int open_emptied(const char* path) {
+    if (path == nullptr) return -1;
     // Never through a link that somebody else left there, nor waiting for the reader of a FIFO.
     const int flags = O_RDWR | O_CREAT | O_TRUNC | O_APPEND | O_NOFOLLOW | O_NONBLOCK;
     int file = -1;
@@ -116,11 +117,15 @@ void LogWriter::openFiles() {
 
 void LogWriter::rotate() {
     closeFiles();
+    if (_main_path != nullptr) shiftGenerations();
+    openFiles();  // empties the critical file too, by intention
+}
+
+void LogWriter::shiftGenerations() {
     unlink(GenerationName(_main_path, kGenerations).c_str());
     for (int generation = kGenerations; generation > 1; --generation) {
         std::rename(GenerationName(_main_path, generation - 1).c_str(),
                     GenerationName(_main_path, generation).c_str());
     }
     std::rename(_main_path, GenerationName(_main_path, 1).c_str());
-    openFiles();  // empties the critical file too, by intention
 }

@@ -38,7 +38,10 @@ class LogWriter {
     /** Number of the oldest generation of the main file that is kept. */
     static constexpr int kGenerations = 5;
 
-    /** The paths are not copied and outlive the object; the main path has at most 97 characters. */
+    /**
+     * The paths are not copied and outlive the object; the main path has at most 97 characters. Null means
+     * no such file. Never a device: a rotation renames whatever the main path names.
+     */
     constexpr LogWriter(const char* main_path, const char* critical_path)
         : _main_path(main_path), _critical_path(critical_path) {}
 
@@ -61,6 +64,7 @@ class LogWriter {
   private:
     void openFiles() DC_REQUIRES(log_lock);
     void rotate() DC_REQUIRES(log_lock);
+    void shiftGenerations() DC_REQUIRES(log_lock);
 
     int _main = -1;
     int _critical = -1;
@@ -77,8 +81,7 @@ class LogWriter {
 void writeLog(unsigned int level, const char* format, std::va_list arguments) DC_PRINTF(2, 0)
     DC_EXCLUDES(log_lock);
 
-/** For tests: moves the process's log to two other paths, which are not copied; see LogWriter::redirect().
- */
+/** For tests: moves the process's log to two other paths, which are not copied, or with null to nowhere. */
 void redirectLog(const char* main_path, const char* critical_path) DC_EXCLUDES(log_lock);
 
 /** For tests: observes the process's log, until null is set; the observer before is not called any more. */

@@ -90,7 +90,7 @@ class CimLog : public testing::Test {
         redirectLog(main.c_str(), critical.c_str());
     }
     void TearDown() override {
-        redirectLog("/dev/null", "/dev/null");  // closes the files
+        redirectLog(nullptr, nullptr);  // closes the files
         observeLog(nullptr, nullptr);
         fs::remove_all(folder);
     }
@@ -169,6 +169,17 @@ TEST(LogPrefix, FollowsClockAndTimeZone) {
     setenv("TZ", "EAST-2", 1);
     EXPECT_EQ(second.text(61), "01/01 02:01:01");
     unsetenv("TZ");
+}
+
+TEST_F(CimLog, WritesNowhereWithoutPaths) {
+    redirectLog(nullptr, nullptr);
+    std::size_t seen = 0;
+    observeLog([](void* context, unsigned int, const char*, std::size_t,
+                  std::size_t) { ++*static_cast<std::size_t*>(context); },
+               &seen);
+    for (int line = 0; line < 1002; ++line) cim_log(CIM_LOG_CRITICAL, "x\n");
+    EXPECT_EQ(seen, 1002U);
+    EXPECT_TRUE(fs::is_empty(folder));
 }
 
 TEST_F(CimLog, RotatesAtTheLineAfterAThousand) {

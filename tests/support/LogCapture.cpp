@@ -30,7 +30,7 @@ struct OwnLog {
         redirectLog(main.c_str(), critical.c_str());
     }
     ~OwnLog() {
-        redirectLog("/dev/null", "/dev/null");
+        redirectLog(nullptr, nullptr);
         std::error_code ignored;
         std::filesystem::remove_all(folder, ignored);
     }
