@@ -1,5 +1,6 @@
 #include "simulator/Core.h"
 
+#include <cassert>
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -49,6 +50,7 @@ ApiCall::ApiCall(const char* function, std::vector<std::string> keys) DC_NO_THRE
       _keys(std::move(keys)),
       _hits(_core.device.faults.hit(function, _keys)),
       _effect(_hits.onCall()) {
+    assert(isFunction(_function));  // or no fault rule could name it
     if (_effect.delay_ms > 0) {
         _lock.unlock();
         std::this_thread::sleep_for(std::chrono::milliseconds(_effect.delay_ms));

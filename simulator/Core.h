@@ -17,8 +17,8 @@ namespace vexsim {
 /**
  * What the one simulated switch of the process consists of.
  *
- * `mutex` guards the switch. Notifier, transcript, texts and scenario guard themselves with locks that are taken
- * after it, and call nothing of the switch while they hold them.
+ * `mutex` guards the switch. Notifier, transcript, texts and scenario guard themselves with locks that are
+ * taken after it, and call nothing of the switch while they hold them.
  */
 struct Core {
     static Core& instance();
@@ -41,8 +41,8 @@ struct Core {
 };
 
 /**
- * One call of the library, from entry to return: takes the lock, waits as long as faults delay it, says what faults
- * do to it, and records it.
+ * One call of the library, from entry to return: takes the lock, waits as long as faults delay it, says what
+ * faults do to it, and records it.
  *
  *     ApiCall call("vex_fzsGetZoneset", {name});
  *     if (call.refused(handle)) return call.refusal();
@@ -51,7 +51,8 @@ struct Core {
  */
 class DC_SCOPED_CAPABILITY ApiCall {
   public:
-    /** `keys` are what fault rules match with their key pattern; joined by "," they are the recorded detail. */
+    /** `keys` are what fault rules match with their key pattern; joined by "," they are the recorded detail.
+     */
     ApiCall(const char* function, std::vector<std::string> keys) DC_ACQUIRE(Core::instance().mutex);
     ~ApiCall() DC_RELEASE();
     ApiCall(const ApiCall&) = delete;

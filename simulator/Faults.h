@@ -10,22 +10,22 @@ namespace vexsim {
 
 /** What a fault does to the call, or to the keys of it, that it hits. Exactly one of these, delay apart. */
 struct Effect {
-    std::optional<int32_t> result;     /**< the whole call fails with this result and does nothing */
-    std::optional<uint32_t> status;    /**< the key's status; no value is read or written */
-    std::optional<std::string> value;  /**< the value read, in place of the switch's */
-    std::optional<size_t> truncate;    /**< the value read is cut to this many characters */
-    bool unterminated = false;         /**< the value read fills its whole field, without a terminator */
-    bool null = false;                 /**< a call that returns a handle or a text returns null */
-    std::optional<uint32_t> handle;    /**< the connection handle, 0 included */
-    int64_t delay_ms = 0;              /**< the call takes that much longer */
+    std::optional<int32_t> result;    /**< the whole call fails with this result and does nothing */
+    std::optional<uint32_t> status;   /**< the key's status; no value is read or written */
+    std::optional<std::string> value; /**< the value read, in place of the switch's */
+    std::optional<size_t> truncate;   /**< the value read is cut to this many characters */
+    bool unterminated = false;        /**< the value read fills its whole field, without a terminator */
+    bool null = false;                /**< a call that returns a handle or a text returns null */
+    std::optional<uint32_t> handle;   /**< the connection handle, 0 included */
+    int64_t delay_ms = 0;             /**< the call takes that much longer */
 };
 
 /** One rule: which calls, which of their keys, when, and what happens to them. */
 struct FaultRule {
-    std::string function;            /**< "vex_smlGetBatch", or "*" for every call */
-    std::optional<std::string> key;  /**< a shell pattern; without it every key of the call is hit */
-    uint32_t skip = 0;               /**< matching calls to let pass first */
-    uint32_t times = 1;              /**< calls to hit then; 0 for all */
+    std::string function;           /**< "vex_smlGetBatch", or "*" for every call */
+    std::optional<std::string> key; /**< a shell pattern; without it every key of the call is hit */
+    uint32_t skip = 0;              /**< matching calls to let pass first */
+    uint32_t times = 1;             /**< calls to hit then; 0 for all */
     Effect effect;
 };
 

@@ -7,12 +7,14 @@
 namespace vexsim {
 
 void ScenarioRunner::load(std::vector<Step> steps) {
-    stop();
+    const Lock control(_control);
+    end();
     const Lock lock(_mutex);
     _steps = std::move(steps);
 }
 
 void ScenarioRunner::start(Perform perform, std::function<void()> atEnd) {
+    const Lock control(_control);
     if (_thread.joinable()) {
         if (!done()) return;
         _thread.join();
@@ -23,7 +25,8 @@ void ScenarioRunner::start(Perform perform, std::function<void()> atEnd) {
         _stop = false;
         _error.clear();
     }
-    _thread = std::thread([this, perform = std::move(perform), atEnd = std::move(atEnd)] { run(perform, atEnd); });
+    _thread =
+        std::thread([this, perform = std::move(perform), atEnd = std::move(atEnd)] { run(perform, atEnd); });
 }
 
 bool ScenarioRunner::done() const {
@@ -41,6 +44,11 @@ bool ScenarioRunner::wait(std::chrono::steady_clock::time_point until) {
 }
 
 void ScenarioRunner::stop() {
+    const Lock control(_control);
+    end();
+}
+
+void ScenarioRunner::end() {
     {
         const Lock lock(_mutex);
         _stop = true;

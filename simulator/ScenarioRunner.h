@@ -20,21 +20,23 @@ class ScenarioRunner {
     ~ScenarioRunner() { stop(); }
 
     /** Replaces the scenario; one that is running is stopped first. */
-    void load(std::vector<Step> steps) DC_EXCLUDES(_mutex);
+    void load(std::vector<Step> steps) DC_EXCLUDES(_control);
     /**
-     * Starts from the first step. `perform` carries out one step, `atEnd` runs after the last; a message that
-     * either throws as a std::exception ends the scenario.
+     * Starts from the first step; a scenario that is running goes on instead. `perform` carries out one step,
+     * `atEnd` runs after the last; a message that either throws as a std::exception ends the scenario.
      */
-    void start(Perform perform, std::function<void()> atEnd) DC_EXCLUDES(_mutex);
+    void start(Perform perform, std::function<void()> atEnd) DC_EXCLUDES(_control);
     /** True when no scenario is running (before its start too). */
     bool done() const DC_EXCLUDES(_mutex);
-    /** Waits for the end, at most until then; false when time is up. Throws InputError for what ended it early. */
+    /** Waits for the end, at most until then; false when time is up. Throws InputError for what ended it
+     * early. */
     bool wait(std::chrono::steady_clock::time_point until) DC_EXCLUDES(_mutex);
     /** Ends it between two steps and forgets it. */
-    void stop() DC_EXCLUDES(_mutex);
+    void stop() DC_EXCLUDES(_control);
 
   private:
     void run(const Perform& perform, const std::function<void()>& atEnd) DC_EXCLUDES(_mutex);
+    void end() DC_REQUIRES(_control);
     bool sleep(std::chrono::steady_clock::time_point until) DC_EXCLUDES(_mutex);
 
     mutable Mutex _mutex;
@@ -43,7 +45,9 @@ class ScenarioRunner {
     bool _running DC_GUARDED_BY(_mutex) = false;
     bool _stop DC_GUARDED_BY(_mutex) = false;
     std::string _error DC_GUARDED_BY(_mutex);
-    std::thread _thread; /**< touched by start and stop only, which nobody calls at the same time */
+
+    Mutex _control; /**< held by start and stop, before _mutex */
+    std::thread _thread DC_GUARDED_BY(_control);
 };
 
 }  // namespace vexsim

@@ -10,7 +10,9 @@
 namespace vexsim {
 namespace {
 
-Core& core() { return Core::instance(); }
+Core& core() {
+    return Core::instance();
+}
 
 void replaceSwitch(Switch fresh) {
     const Lock lock(core().mutex);
@@ -48,7 +50,9 @@ void Simulator::reset() {
     core().texts.restartCounts();
 }
 
-void Simulator::loadSwitchFile(const std::string& path) { replaceSwitch(readSwitch(TableReader::parseFile(path))); }
+void Simulator::loadSwitchFile(const std::string& path) {
+    replaceSwitch(readSwitch(TableReader::parseFile(path)));
+}
 
 void Simulator::loadSwitchText(const std::string& toml, const std::string& name) {
     replaceSwitch(readSwitch(TableReader::parse(toml, name)));
@@ -87,32 +91,53 @@ void Simulator::startScenario() {
     core().scenario.start(performStep, [] { core().notifier.waitDelivered(); });
 }
 
-void Simulator::waitScenario() { core().scenario.wait(std::chrono::steady_clock::time_point::max()); }
+void Simulator::waitScenario() {
+    constexpr int32_t hour_ms =
+        3'600'000;  // a time that every clock can hold; the longest possible one overflows
+    while (!waitScenario(hour_ms)) {
+    }
+}
 
 bool Simulator::waitScenario(int32_t timeout_ms) {
     const auto timeout = std::chrono::milliseconds(std::max(timeout_ms, int32_t{0}));
     return core().scenario.wait(std::chrono::steady_clock::now() + timeout);
 }
 
-bool Simulator::scenarioDone() const { return core().scenario.done(); }
+bool Simulator::scenarioDone() const {
+    return core().scenario.done();
+}
 
-void Simulator::setDelivery(Delivery delivery) { core().notifier.setDelivery(delivery); }
+void Simulator::setDelivery(Delivery delivery) {
+    core().notifier.setDelivery(delivery);
+}
 
 void Simulator::raise(int32_t code, const int32_t (&source)[3], const std::string& text, bool forced) {
     core().notifier.raise({code, {{source[0], source[1], source[2]}}, text, false, forced});
 }
 
-size_t Simulator::deliverPending() { return core().notifier.deliverPending(); }
+size_t Simulator::deliverPending() {
+    return core().notifier.deliverPending();
+}
 
-void Simulator::waitDelivered() { core().notifier.waitDelivered(); }
+void Simulator::waitDelivered() {
+    core().notifier.waitDelivered();
+}
 
-std::vector<Call> Simulator::transcript() const { return core().transcript.calls(); }
+std::vector<Call> Simulator::transcript() const {
+    return core().transcript.calls();
+}
 
-void Simulator::clearTranscript() { core().transcript.clear(); }
+void Simulator::clearTranscript() {
+    core().transcript.clear();
+}
 
-void Simulator::keepTranscript(bool on) { core().transcript.keep(on); }
+void Simulator::keepTranscript(bool on) {
+    core().transcript.keep(on);
+}
 
-void Simulator::writeTranscript(const std::string& path) { core().transcript.writeTo(path); }
+void Simulator::writeTranscript(const std::string& path) {
+    core().transcript.writeTo(path);
+}
 
 Live Simulator::live() const {
     Live live;

@@ -56,8 +56,8 @@ class DC_EXPORT Simulator {
     static Simulator& instance();
 
     /**
-     * Back to an empty switch: no keys, no faults, no connection, no registration, no transcript, no scenario,
-     * thread delivery, clock offset 0, all counts of live memory 0.
+     * Back to an empty switch: no keys, no faults, no connection, no registration, no transcript, no
+     * scenario, thread delivery, clock offset 0, all counts of live memory 0.
      */
     void reset();
 
@@ -75,14 +75,16 @@ class DC_EXPORT Simulator {
     void erase(const std::string& key);
 
     /**
-     * Runs scenario steps at once, in order, without their waits. Throws InputError: before the first step for
-     * text that is malformed, in the middle for a step that the switch as it stands cannot carry out.
+     * Runs scenario steps at once, in order and without their waits: [[step]] tables, or the fields of a
+     * single step. Throws InputError: before the first step for text that is malformed, in the middle for a
+     * step that the switch as it stands cannot carry out.
      */
     void run(const std::string& steps, const std::string& name = "steps");
 
     /**
-     * Loads a scenario; start runs it with its waits on a thread of its own; wait returns at its end, when its
-     * notifications have been delivered. A step that cannot be carried out ends it; wait then throws InputError.
+     * Loads a scenario; start runs it with its waits on a thread of its own; wait returns at its end, when
+     * its notifications have been delivered. A step that cannot be carried out ends it; wait then throws
+     * InputError.
      */
     void loadScenarioFile(const std::string& path);
     void loadScenarioText(const std::string& toml, const std::string& name = "scenario");
@@ -93,8 +95,8 @@ class DC_EXPORT Simulator {
     bool scenarioDone() const;
 
     void setDelivery(Delivery delivery);
-    /** Queues a notification. Codes that nobody registered for are dropped unless `forced`. A text of 1400 bytes
-     *  or more fills its field whole, without a terminator. */
+    /** Queues a notification. Codes that nobody registered for are dropped unless `forced`. A text of 1400
+     * bytes or more fills its field whole, without a terminator. */
     void raise(int32_t code, const int32_t (&source)[3], const std::string& text, bool forced = false);
     /** Manual delivery: calls the callback for every queued notification; returns how many. */
     size_t deliverPending();
@@ -105,8 +107,8 @@ class DC_EXPORT Simulator {
     void clearTranscript();
     /** Keeps calls in memory (the default) or not: a long measurement would only fill it. */
     void keepTranscript(bool on);
-    /** Every call, event and step from now on is also appended to this file, one line each; an empty path ends
-     *  that. Throws std::runtime_error when the file cannot be opened. */
+    /** Every call, event and step from now on is also appended to this file, one line each; an empty path
+     * ends that. Throws std::runtime_error when the file cannot be opened. */
     void writeTranscript(const std::string& path);
 
     Live live() const;

@@ -30,7 +30,8 @@ struct StepError : std::runtime_error {
 };
 
 /**
- * The switch itself: its keys with their values, the faults in force, and whatever its areas keep beside keys.
+ * The switch itself: its keys with their values, the faults in force, and whatever its areas keep beside
+ * keys.
  *
  * It knows no locks and no files: the simulator guards it, areas fill and change it. What a change gives off
  * (notifications, notes) collects in the outbox, which the simulator empties once it has let go of the lock.

@@ -11,7 +11,8 @@ namespace vexsim {
 /** The texts that vex_smlGet handed out and that nobody has released yet. */
 class TextHeap {
   public:
-    /** A copy on the C heap, which its receiver releases with vex_libFreeMemory; null when memory is short. */
+    /** A copy on the C heap, which its receiver releases with vex_libFreeMemory; null when memory is short.
+     */
     char* give(const std::string& text) DC_EXCLUDES(_mutex);
     /** Frees what give() returned; false, and nothing freed, for any other pointer. */
     bool take(void* memory) DC_EXCLUDES(_mutex);

@@ -13,8 +13,8 @@ namespace vexsim {
 /**
  * What happened between the library and the switch, in order.
  *
- * Calls and notes are kept in memory and, where a file was named, written there one line each with the seconds
- * since the file was opened. Notifications and scenario steps go to the file only.
+ * Calls and notes are kept in memory and, where a file was named, written there one line each with the
+ * seconds since the file was opened. Notifications and scenario steps go to the file only.
  */
 class Transcript {
   public:

@@ -10,7 +10,9 @@ namespace {
 
 constexpr uint32_t first_handle = 0x5e000001;
 
-std::string text(const char* given) { return given == nullptr ? "(null)" : given; }
+std::string text(const char* given) {
+    return given == nullptr ? "(null)" : given;
+}
 
 }  // namespace
 

@@ -10,7 +10,9 @@ using namespace vexsim;
 namespace {
 
 /** The text of a field that its writer may have left without a terminator. */
-std::string bounded(const char* field, size_t size) { return {field, strnlen(field, size)}; }
+std::string bounded(const char* field, size_t size) {
+    return {field, strnlen(field, size)};
+}
 
 std::vector<std::string> keysOf(const vex_smlrequest_s* records, int32_t count) {
     std::vector<std::string> keys;
@@ -90,7 +92,8 @@ DC_EXPORT int32_t vex_smlGet(uint32_t handle, const char* key, char** value, uin
     Reading reading = readKey(call, key, effect);
     if (reading.status != Ok) return call.done(static_cast<int32_t>(reading.status));
     // This text has no fixed field, so it always ends; a value that fills a record's field is 256 characters.
-    if (effect.unterminated && reading.value.size() < VEX_SML_VALUE_SIZE) reading.value.resize(VEX_SML_VALUE_SIZE, '#');
+    if (effect.unterminated && reading.value.size() < VEX_SML_VALUE_SIZE)
+        reading.value.resize(VEX_SML_VALUE_SIZE, '#');
     char* const text = Core::instance().texts.give(reading.value);
     if (text == nullptr) return call.done(BadArgument);
     *value = text;

@@ -17,7 +17,7 @@ struct Step {
     Action action;
 };
 
-/** Reads every [[step]] of a document. Throws InputError. */
+/** Reads every [[step]] of a document, or a document that is one bare step. Throws InputError. */
 std::vector<Step> readSteps(TableReader document);
 
 }  // namespace vexsim

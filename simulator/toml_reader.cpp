@@ -19,7 +19,9 @@ namespace {
 
 constexpr int64_t longest_wait_ms = 24 * 60 * 60 * 1000;
 
-std::string quoted(const std::string& text) { return '"' + text + '"'; }
+std::string quoted(const std::string& text) {
+    return '"' + text + '"';
+}
 
 [[noreturn]] void failAt(const std::string& file, toml::source_index line, std::string message) {
     std::replace(message.begin(), message.end(), '\n', ' ');
@@ -28,13 +30,20 @@ std::string quoted(const std::string& text) { return '"' + text + '"'; }
 
 const char* typeName(const toml::node& node) {
     switch (node.type()) {
-        case toml::node_type::table: return "a table";
-        case toml::node_type::array: return "a list";
-        case toml::node_type::string: return "a text";
-        case toml::node_type::integer: return "a number";
-        case toml::node_type::floating_point: return "a fraction";
-        case toml::node_type::boolean: return "true or false";
-        default: return "a date or time";
+        case toml::node_type::table:
+            return "a table";
+        case toml::node_type::array:
+            return "a list";
+        case toml::node_type::string:
+            return "a text";
+        case toml::node_type::integer:
+            return "a number";
+        case toml::node_type::floating_point:
+            return "a fraction";
+        case toml::node_type::boolean:
+            return "true or false";
+        default:
+            return "a date or time";
     }
 }
 
@@ -53,7 +62,8 @@ struct TableReader::Impl {
     std::string title;
     std::set<std::string> known;
 
-    Impl(std::shared_ptr<const toml::table> root, const toml::table* self, std::string name, std::string called)
+    Impl(std::shared_ptr<const toml::table> root, const toml::table* self, std::string name,
+         std::string called)
         : document(std::move(root)), table(self), file(std::move(name)), title(std::move(called)) {}
 
     std::shared_ptr<Impl> child(const toml::table& inner, const std::string& called) const {
@@ -86,7 +96,8 @@ struct TableReader::Impl {
         const auto* value = node.as_integer();
         if (value == nullptr) fail(node, quoted(field) + " must be a number, not " + typeName(node));
         if (value->get() < low || value->get() > high) {
-            fail(node, quoted(field) + " must be from " + std::to_string(low) + " to " + std::to_string(high));
+            fail(node,
+                 quoted(field) + " must be from " + std::to_string(low) + " to " + std::to_string(high));
         }
         return value->get();
     }
@@ -130,9 +141,13 @@ TableReader TableReader::parseFile(const std::string& path) {
     return parse(text.str(), path);
 }
 
-bool TableReader::has(const std::string& field) const { return _impl->table->contains(field); }
+bool TableReader::has(const std::string& field) const {
+    return _impl->table->contains(field);
+}
 
-std::string TableReader::text(const std::string& field) { return _impl->text(field, _impl->need(field)); }
+std::string TableReader::text(const std::string& field) {
+    return _impl->text(field, _impl->need(field));
+}
 
 int64_t TableReader::integer(const std::string& field, int64_t low, int64_t high) {
     return _impl->integer(field, _impl->need(field), low, high);
@@ -207,7 +222,8 @@ std::vector<std::string> TableReader::texts(const std::string& field) {
     return values;
 }
 
-std::vector<std::string> TableReader::words(const std::string& field, std::initializer_list<const char*> words) {
+std::vector<std::string> TableReader::words(const std::string& field,
+                                            std::initializer_list<const char*> words) {
     std::vector<std::string> values;
     if (const toml::array* list = _impl->list(field)) {
         for (const toml::node& node : *list) values.push_back(_impl->word(field, node, words));
@@ -227,14 +243,17 @@ std::optional<TableReader> TableReader::table(const std::string& field) {
     const toml::node* node = _impl->find(field);
     if (node == nullptr) return std::nullopt;
     if (!node->is_table()) fail(field, quoted(field) + " must be a table, not " + typeName(*node));
-    return TableReader(_impl->child(*node->as_table(), '[' + field + ']'));
+    const bool nested = !_impl->title.empty() && _impl->title.front() == '[';
+    const std::string outer = nested ? _impl->title.substr(1, _impl->title.size() - 2) + '.' : "";
+    return TableReader(_impl->child(*node->as_table(), '[' + outer + field + ']'));
 }
 
 std::vector<TableReader> TableReader::tables(const std::string& field) {
     std::vector<TableReader> readers;
     if (const toml::array* list = _impl->list(field)) {
         for (const toml::node& node : *list) {
-            if (!node.is_table()) _impl->fail(node, quoted(field) + " must hold tables, not " + typeName(node));
+            if (!node.is_table())
+                _impl->fail(node, quoted(field) + " must hold tables, not " + typeName(node));
             readers.push_back(TableReader(_impl->child(*node.as_table(), "[[" + field + "]]")));
         }
     }
@@ -264,7 +283,9 @@ std::vector<std::string> TableReader::unknownFields() const {
     return names;
 }
 
-void TableReader::rename(const std::string& title) { _impl->title = title; }
+void TableReader::rename(const std::string& title) {
+    _impl->title = title;
+}
 
 std::string TableReader::where() const {
     const auto line = _impl->table->source().begin.line;
@@ -277,7 +298,9 @@ std::string TableReader::where(const std::string& field) const {
     return _impl->file + ':' + std::to_string(found->first.source().begin.line);
 }
 
-void TableReader::fail(const std::string& message) const { _impl->fail(*_impl->table, message); }
+void TableReader::fail(const std::string& message) const {
+    _impl->fail(*_impl->table, message);
+}
 
 void TableReader::fail(const std::string& field, const std::string& message) const {
     throw InputError(where(field) + ": " + message);
@@ -285,7 +308,8 @@ void TableReader::fail(const std::string& field, const std::string& message) con
 
 void TableReader::finish() const {
     const std::vector<std::string> unknown = unknownFields();
-    if (!unknown.empty()) fail(unknown.front(), "unknown field " + quoted(unknown.front()) + " in " + _impl->title);
+    if (!unknown.empty())
+        fail(unknown.front(), "unknown field " + quoted(unknown.front()) + " in " + _impl->title);
 }
 
 }  // namespace vexsim

@@ -36,7 +36,8 @@ class TableReader {
     std::string word(const std::string& field, std::initializer_list<const char*> words);
     /** A world wide name, "10:00:00:11:22:33:44:55" or 16 hexadecimal digits; as 16 digits in lower case. */
     std::string wwn(const std::string& field);
-    /** A value for a key of the switch: a text as it is, a number in decimal, a boolean as "True" or "False". */
+    /** A value for a key of the switch: a text as it is, a number in decimal, a boolean as "True" or "False".
+     */
     std::string value(const std::string& field);
 
     /** Lists; empty where the field is missing. */

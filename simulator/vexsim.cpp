@@ -7,7 +7,9 @@
 
 namespace {
 
-vexsim::Simulator& simulator() { return vexsim::Simulator::instance(); }
+vexsim::Simulator& simulator() {
+    return vexsim::Simulator::instance();
+}
 
 /** Runs `work`; what it throws must not cross into C. */
 template <class Work>
@@ -36,9 +38,13 @@ int32_t vexsim_load_scenario(const char* path, char* error, size_t size) {
     });
 }
 
-void vexsim_start_scenario(void) { simulator().startScenario(); }
+void vexsim_start_scenario(void) {
+    simulator().startScenario();
+}
 
-int32_t vexsim_scenario_done(void) { return simulator().scenarioDone() ? 1 : 0; }
+int32_t vexsim_scenario_done(void) {
+    return simulator().scenarioDone() ? 1 : 0;
+}
 
 int32_t vexsim_wait_scenario(int32_t timeout_ms, char* error, size_t size) {
     return guarded(error, size, [&] { return simulator().waitScenario(timeout_ms) ? 1 : 0; });

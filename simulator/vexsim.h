@@ -1,12 +1,12 @@
 /*
  * The simulated switch, as a program drives it that was not linked against it.
  *
- * A host that loads its vexlib provider at run time looks these functions up by name (dlsym); a provider that has
- * none of them is a real library. Valid C and C++. All may be called from any thread, none from inside a
+ * A host that loads its vexlib provider at run time looks these functions up by name (dlsym); a provider that
+ * has none of them is a real library. Valid C and C++. All may be called from any thread, none from inside a
  * notification.
  *
- * Functions that can fail return -1 and put one line of text into `error` (cut to `size` bytes, always terminated;
- * null and 0 where nobody wants it).
+ * Functions that can fail return -1 and put one line of text into `error` (cut to `size` bytes, always
+ * terminated; null and 0 where nobody wants it).
  */
 #ifndef SIMULATOR_VEXSIM_H
 #define SIMULATOR_VEXSIM_H

@@ -39,8 +39,8 @@ struct StepKind {
  * One part of what a switch is: the sections that describe it, the steps that change it, the commands that it
  * obeys, and the keys that it computes rather than stores.
  *
- * To add one, write areas/NAME.cpp with a function that returns its Area, declare that below, and add it to the
- * table in areas.cpp.
+ * To add one, write areas/NAME.cpp with a function that returns its Area, declare that below, and add it to
+ * the table in areas.cpp.
  */
 struct Area {
     const char* name;

@@ -4,9 +4,10 @@ namespace vexsim {
 namespace {
 
 /*
- * Alarms come in two wordings, by the firmware that sends them; readers find the sensor's name by its place in
- * the text, so each wording is exact to the character. In the short one a fixed head of 17 characters comes first
- * and the name ends at the next blank; in the long one it begins five characters behind the last ")".
+ * Alarms come in two wordings, by the firmware that sends them; readers find the sensor's name by its place
+ * in the text, so each wording is exact to the character. In the short one a fixed head of 17 characters
+ * comes first and the name ends at the next blank; in the long one it begins five characters behind the last
+ * ")".
  */
 std::string shortTemperature(const std::string& sensor) {
     return "[A1002.0038][MP] Temp overheat, " + sensor + " above its limit";
@@ -25,7 +26,8 @@ std::string shortVoltage(const std::string& sensor, bool high) {
 }
 
 std::string longVoltage(const std::string& sensor, bool high) {
-    return "Alarm (1002.0041) the " + sensor + " voltage supply is out of range, it is too " + (high ? "high" : "low");
+    return "Alarm (1002.0041) the " + sensor + " voltage supply is out of range, it is too " +
+           (high ? "high" : "low");
 }
 
 bool readLong(TableReader& table) {

@@ -13,8 +13,8 @@ struct UnitKind {
     const char* label;
 };
 
-constexpr UnitKind power_supply{"power_supplies", "Oper.Chassis.0.PowerSupplies", "Oper.Chassis.0.PowerSupply.",
-                                "Power supply"};
+constexpr UnitKind power_supply{"power_supplies", "Oper.Chassis.0.PowerSupplies",
+                                "Oper.Chassis.0.PowerSupply.", "Power supply"};
 constexpr UnitKind fan{"fans", "Oper.Chassis.0.Fans", "Oper.Chassis.0.Fan.", "Fan"};
 
 void setUnits(Switch& target, const UnitKind& kind, const std::vector<std::string>& states) {
@@ -58,7 +58,8 @@ void loadChassis(TableReader& table, Switch& target) {
 
 template <const UnitKind& kind>
 Action readUnitStep(TableReader& table) {
-    const int64_t index = table.integer("index", 1, most_units);  // as on the chassis' label; keys count from 0
+    const int64_t index =
+        table.integer("index", 1, most_units);  // as on the chassis' label; keys count from 0
     const std::string state = table.word("state", {"Good", "Bad", "NotInstalled", "Unknown"});
     return [index, state](Switch& target) {
         const std::string name = kind.label + (' ' + std::to_string(index));

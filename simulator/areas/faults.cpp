@@ -18,7 +18,8 @@ Effect readEffect(TableReader& table) {
     if (has("result")) effect.result = static_cast<int32_t>(table.integer("result", INT32_MIN, INT32_MAX));
     if (has("status")) effect.status = static_cast<uint32_t>(table.integer("status", 0, most));
     if (has("value")) effect.value = table.value("value");
-    if (has("truncate")) effect.truncate = static_cast<size_t>(table.integer("truncate", 0, VEX_SML_VALUE_SIZE));
+    if (has("truncate"))
+        effect.truncate = static_cast<size_t>(table.integer("truncate", 0, VEX_SML_VALUE_SIZE));
     if (has("unterminated")) effect.unterminated = table.flag("unterminated");
     if (has("null")) effect.null = table.flag("null");
     if (has("handle")) effect.handle = static_cast<uint32_t>(table.integer("handle", 0, most));
@@ -54,8 +55,9 @@ void loadConnect(TableReader& table, Switch& target) {
     FaultRule rule;
     rule.function = "vex_IPConnect";
     rule.times = static_cast<uint32_t>(table.integer("refuse", 1, most));
-    rule.effect.result = table.has("result") ? static_cast<int32_t>(table.integer("result", INT32_MIN, INT32_MAX))
-                                             : static_cast<int32_t>(Refused);
+    rule.effect.result = table.has("result")
+                             ? static_cast<int32_t>(table.integer("result", INT32_MIN, INT32_MAX))
+                             : static_cast<int32_t>(Refused);
     target.faults.add(rule);
 }
 

@@ -12,8 +12,12 @@ namespace vexsim {
 struct Field {
     const char* name;
     const char* key;
-    enum Kind { Text, Flag, Name } kind; /**< Flag: true or false, as "True" or "False"; Name: world wide name */
-    const char* fallback = nullptr;      /**< what a switch file that is silent means; null: no such key */
+    enum Kind {
+        Text,
+        Flag,
+        Name
+    } kind;                         /**< Flag: true or false, as "True" or "False"; Name: world wide name */
+    const char* fallback = nullptr; /**< what a switch file that is silent means; null: no such key */
 };
 
 /** A section's fields. */

@@ -169,11 +169,13 @@ uint32_t setConfig(Switch& target, const Command& command) {
 
 Command splitOperand(Switch& target, const Command& command) {
     if (!startsWith(command.key, "Config.")) return command;
-    // From the right: a value may hold dots (an address), and the longest key that the switch knows is the one.
+    // From the right: a value may hold dots (an address), and the longest key that the switch knows is the
+    // one.
     for (size_t dot = command.key.rfind('.'); dot != std::string::npos && dot > 0;
          dot = command.key.rfind('.', dot - 1)) {
         const std::string key = command.key.substr(0, dot);
-        if (target.has(key)) return {key, command.key.substr(dot + 1), command.batch, command.index, command.handle};
+        if (target.has(key))
+            return {key, command.key.substr(dot + 1), command.batch, command.index, command.handle};
     }
     return command;
 }

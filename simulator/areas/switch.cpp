@@ -67,7 +67,8 @@ void loadSwitch(TableReader& table, Switch& target) {
     const std::string wwn = table.wwn("wwn");
     target.set("Oper.Switch.WhoIsPrincipal", wwn);  // alone in its fabric, unless the file says otherwise
     identity().load(table, target);
-    if (table.has("domain")) target.set("Oper.Switch.DomainID", std::to_string(table.integer("domain", 1, 239)));
+    if (table.has("domain"))
+        target.set("Oper.Switch.DomainID", std::to_string(table.integer("domain", 1, 239)));
     if (table.has("state")) target.set("Oper.Switch.OperState", readState(table));
     target.set("Oper.Switch.FaultList", join(table.texts("faults")));
 }
@@ -85,8 +86,8 @@ Action readFaultList(TableReader& table) {
     if (table.has("slot")) slot = table.integer("slot", 0, 65535);
     if (!table.has("faults")) table.fail("step \"fault_list\" needs \"faults\"");
     return [slot, faults = join(table.texts("faults"))](Switch& target) {
-        const std::string key =
-            slot ? "Oper.Blade." + std::to_string(*slot) + ".FaultList" : std::string("Oper.Switch.FaultList");
+        const std::string key = slot ? "Oper.Blade." + std::to_string(*slot) + ".FaultList"
+                                     : std::string("Oper.Switch.FaultList");
         if (!target.has(key)) throw StepError("the chassis has no slot " + std::to_string(*slot));
         target.set(key, faults);
         target.raise(VEX_EVENT_CHASSIS_OPERCHANGE, "Fault list");
