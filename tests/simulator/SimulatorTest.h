@@ -1,0 +1,53 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "simulator/Simulator.h"
+#include "simulator/status.h"
+#include "vexlib/vexlib.h"
+
+/** A connected client of an otherwise empty switch. */
+class SimulatorTest : public ::testing::Test {
+  protected:
+    SimulatorTest() {
+        sim.reset();
+        sim.setDelivery(vexsim::Delivery::Manual);
+        EXPECT_EQ(vex_IPConnect("localhost", "cim", "", &handle), 0);
+    }
+    ~SimulatorTest() override { sim.reset(); }
+
+    static vex_smlrequest_s request(const std::string& key, const std::string& value = "") {
+        vex_smlrequest_s record;
+        std::memset(&record, 0x5a, sizeof record);  // what the switch leaves alone shows
+        key.copy(record.key, sizeof record.key - 1);
+        record.key[key.size()] = '\0';
+        value.copy(record.value, sizeof record.value - 1);
+        record.value[value.size()] = '\0';
+        return record;
+    }
+
+    /** A one-record get; the record's value is bounded by its field. */
+    vex_smlrequest_s get(const std::string& key) const {
+        vex_smlrequest_s record = request(key);
+        EXPECT_EQ(vex_smlGetBatch(handle, &record, 1), 0);
+        return record;
+    }
+    static std::string valueOf(const vex_smlrequest_s& record) {
+        return {record.value, strnlen(record.value, sizeof record.value)};
+    }
+
+    int32_t command(const std::string& key) const { return vex_smlSet(handle, key.c_str(), nullptr); }
+    uint32_t set(const std::string& key, const std::string& value) const {
+        vex_smlrequest_s record = request(key, value);
+        EXPECT_EQ(vex_smlSetBatch(handle, &record, 1), 0);
+        return record.status;
+    }
+
+    vexsim::Simulator& sim = vexsim::Simulator::instance();
+    uint32_t handle = 0;
+};

@@ -1,0 +1,222 @@
+#include <atomic>
+#include <fstream>
+#include <mutex>
+#include <thread>
+
+#include "simulator/vexsim.h"
+#include "tests/simulator/SimulatorTest.h"
+
+using namespace vexsim;
+
+namespace {
+
+/** What the callback saw; the mutex stands for a lock of the library. */
+std::mutex library_lock;
+std::vector<std::string> seen;
+
+void record(void* context, vex_event_s* event, void*) {
+    const std::lock_guard<std::mutex> lock(library_lock);
+    const auto& word = event->source.word;
+    const std::string text(event->text, strnlen(event->text, sizeof event->text));
+    seen.push_back(std::to_string(event->code) + '[' + std::to_string(word[0]) + ':' +
+                   std::to_string(word[1]) + ':' + std::to_string(word[2]) + ']' + text +
+                   (context == &seen ? "" : " wrong context"));
+}
+
+class EventsTest : public SimulatorTest {
+  protected:
+    EventsTest() { seen.clear(); }
+
+    int32_t registerFor(std::vector<vex_eventreg_s> list) {
+        const int32_t result =
+            vex_enRegisterForEventList(handle, record, &seen, list.data(), static_cast<int32_t>(list.size()));
+        registered = list;
+        return result;
+    }
+
+    std::vector<std::string> delivered() {
+        sim.deliverPending();
+        return std::exchange(seen, {});
+    }
+
+    std::vector<vex_eventreg_s> registered;
+};
+
+}  // namespace
+
+TEST_F(EventsTest, OnlyRegisteredCodesArriveUnlessForced) {
+    sim.run("do = 'raise'\ncode = 1\nforced = true");  // nobody is there to hear it
+    ASSERT_EQ(registerFor({{1, 9}, {-5, 9}, {32, 9}}), 0);
+    EXPECT_EQ(registered[1].result, 0);
+    sim.run(R"(
+        [[step]]
+        do = "raise"
+        code = "VEX_EVENT_FABRIC_CHANGE"
+        source = [1, -2, 3]
+        text = "a"
+        [[step]]
+        do = "raise"
+        code = 3
+        [[step]]
+        do = "raise"
+        code = -5
+        [[step]]
+        do = "raise"
+        code = 2147483647
+        forced = true
+        [[step]]
+        do = "switch_state"
+        state = "Offline"
+    )");
+    sim.raise(33, {0, 0, 0}, "dropped");
+    sim.raise(33, {0, 0, 0}, "forced", true);
+    EXPECT_THAT(delivered(), testing::ElementsAre("1[1:-2:3]a", "-5[0:0:0]", "2147483647[0:0:0]",
+                                                  "32[0:0:0]Switch state Offline", "33[0:0:0]forced"));
+    EXPECT_EQ(sim.get("Oper.Switch.OperState"), "Offline");
+}
+
+TEST_F(EventsTest, RegistrationCanBeRefusedWholeOrByCode) {
+    sim.run("do = 'fault'\nfunction = 'vex_enRegisterForEventList'\nresult = 5");
+    EXPECT_EQ(registerFor({{1, 0}}), 5);
+    sim.run("do = 'fault'\nfunction = 'vex_enRegisterForEventList'\nkey = '3'\nstatus = 6");
+    EXPECT_EQ(registerFor({{1, 0}, {3, 0}}), 0);
+    EXPECT_EQ(registered[0].result, 0);
+    EXPECT_EQ(registered[1].result, 6);
+    sim.raise(3, {0, 0, 0}, "");
+    sim.raise(1, {0, 0, 0}, "");
+    EXPECT_THAT(delivered(), testing::ElementsAre("1[0:0:0]"));
+}
+
+TEST_F(EventsTest, TextsMayFillTheirField) {
+    ASSERT_EQ(registerFor({{1, 0}}), 0);
+    sim.run("do = 'raise'\ncode = 1\ntext = 'ab'\nunterminated = true");
+    sim.raise(1, {0, 0, 0}, std::string(1399, 'x'));
+    sim.raise(1, {0, 0, 0}, std::string(5000, 'y'));
+    EXPECT_THAT(delivered(), testing::ElementsAre("1[0:0:0]ab" + std::string(1398, '#'),
+                                                  "1[0:0:0]" + std::string(1399, 'x'),
+                                                  "1[0:0:0]" + std::string(1400, 'y')));
+}
+
+TEST_F(EventsTest, TheThreadDeliversInOrderWhileTheSwitchIsInUse) {
+    ASSERT_EQ(registerFor({{1, 0}, {33, 0}}), 0);
+    sim.loadSwitchText("[chassis]\nfans = 1\n");
+    sim.setDelivery(Delivery::Thread);
+    {
+        const std::lock_guard<std::mutex> lock(library_lock);  // the callback waits, the switch does not
+        for (int i = 0; i < 200; ++i) {
+            sim.raise(1, {0, 0, i}, "");
+            sim.run("do = 'fan'\nindex = 1\nstate = 'Bad'");
+            EXPECT_EQ(valueOf(get("Oper.Chassis.0.Fan.0")), "Bad");
+        }
+    }
+    sim.waitDelivered();
+    const std::lock_guard<std::mutex> lock(library_lock);
+    ASSERT_EQ(seen.size(), 400U);
+    for (size_t i = 0; i < 200; ++i) {
+        EXPECT_EQ(seen[2 * i], "1[0:0:" + std::to_string(i) + "]");
+        EXPECT_EQ(seen[2 * i + 1], "33[0:0:0]Fan 1 Bad");
+    }
+}
+
+TEST_F(EventsTest, ChangingTheDeliveryLosesNothing) {
+    ASSERT_EQ(registerFor({{1, 0}}), 0);
+    sim.raise(1, {0, 0, 0}, "manual");
+    sim.setDelivery(Delivery::Thread);
+    sim.waitDelivered();
+    sim.setDelivery(Delivery::Manual);
+    sim.raise(1, {0, 0, 0}, "later");
+    EXPECT_EQ(seen, std::vector<std::string>{"1[0:0:0]manual"});
+    EXPECT_EQ(sim.deliverPending(), 1U);
+}
+
+TEST_F(EventsTest, AlarmsNameTheirSensorWhereReadersLook) {
+    ASSERT_EQ(registerFor({{40, 0}, {74, 0}, {75, 0}}), 0);
+    sim.run(R"(
+        [[step]]
+        do = "overheat"
+        sensor = "Board"
+        [[step]]
+        do = "overheat"
+        sensor = "Board"
+        wording = "long"
+        [[step]]
+        do = "voltage"
+        sensor = "PS1 12V"
+        level = "high"
+        [[step]]
+        do = "voltage"
+        sensor = "PS1 12V"
+        level = "low"
+        wording = "long"
+    )");
+    const std::vector<std::string> texts = delivered();
+    ASSERT_EQ(texts.size(), 4U);
+    const size_t source = strlen("40[0:0:0]");
+    EXPECT_EQ(texts[0].find("Temp overheat, Board "), source + 17);
+    const size_t behind = texts[1].rfind(')') + 6;
+    EXPECT_EQ(texts[1].substr(behind), "Board temp sensor reading is out of range, it is too high");
+    EXPECT_EQ(texts[2].substr(texts[2].rfind('[') + 1).find("PS1 12V voltage sensor shows "), 0U);
+    EXPECT_EQ(texts[3].substr(texts[3].rfind(')') + 6),
+              "PS1 12V voltage supply is out of range, it is too low");
+}
+
+TEST_F(EventsTest, AScenarioRunsInItsTimeAndWritesItsTranscript) {
+    const std::string path = testing::TempDir() + "transcript.txt";
+    std::remove(path.c_str());
+    ASSERT_EQ(registerFor({{33, 0}}), 0);
+    sim.setDelivery(Delivery::Thread);
+    sim.loadSwitchText("[chassis]\nfans = 1\n");
+    sim.writeTranscript(path);
+    sim.loadScenarioText(
+        "[[step]]\ndo = 'fan'\nindex = 1\nstate = 'Bad'\n[[step]]\ndo = 'note'\nafter = '60ms'\ntext = "
+        "'half'\n"
+        "[[step]]\ndo = 'wait'\nfor = 0.04\n",
+        "s");
+    EXPECT_TRUE(sim.scenarioDone());
+    EXPECT_TRUE(seen.empty());
+    sim.startScenario();
+    EXPECT_FALSE(sim.scenarioDone());
+    EXPECT_FALSE(sim.waitScenario(10));
+    get("Oper.Chassis.0.Fan.0");
+    sim.waitScenario();
+    EXPECT_TRUE(sim.scenarioDone());
+    sim.writeTranscript("");
+    std::ifstream file(path);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) lines.push_back(line.substr(11));
+    EXPECT_THAT(
+        lines, testing::ElementsAre("step s:1 fan", "event 33 VEX_EVENT_CHASSIS_OPERCHANGE [0:0:0] Fan 1 Bad",
+                                    "vex_smlGetBatch Oper.Chassis.0.Fan.0 = 0", "step s:5 note", "note half",
+                                    "step s:9 wait"));
+    EXPECT_EQ(sim.transcript().back().detail, "half");
+}
+
+TEST_F(EventsTest, AStepThatCannotBeCarriedOutEndsTheScenario) {
+    sim.loadScenarioText(
+        "[[step]]\ndo = 'fan'\nindex = 1\nstate = 'Bad'\n[[step]]\ndo = 'wait'\nfor = 3600\n", "s");
+    sim.startScenario();
+    char error[64];
+    EXPECT_EQ(vexsim_wait_scenario(10'000, error, sizeof error), -1);
+    EXPECT_STREQ(error, "s:1: the chassis has no Fan 1");
+    char cut[4];
+    EXPECT_EQ(vexsim_load_switch("/nowhere", cut, sizeof cut), -1);
+    EXPECT_STREQ(cut, "/no");
+}
+
+TEST_F(EventsTest, ResetEndsARunningScenario) {
+    sim.loadScenarioText("do = 'wait'\nfor = 3600");
+    sim.startScenario();
+    sim.reset();
+    EXPECT_TRUE(sim.scenarioDone());
+}
+
+TEST_F(EventsTest, TheClockCanBeMovedForward) {
+    long before = 0;
+    long after = 0;
+    uptime(&before);
+    sim.advanceClock(100);
+    sim.run("do = 'advance_clock'\nseconds = 23");
+    uptime(&after);
+    EXPECT_GE(after - before, 123);
+    EXPECT_LE(after - before, 125);
+}

@@ -1,0 +1,157 @@
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "tests/simulator/SimulatorTest.h"
+
+using namespace vexsim;
+
+namespace {
+
+class FaultsTest : public SimulatorTest {
+  protected:
+    FaultsTest() {
+        sim.set("A.1", "one");
+        sim.set("A.2", "two");
+        sim.set("Config.C", "old");
+    }
+
+    void fault(const std::string& fields) { sim.run("do = 'fault'\n" + fields); }
+
+    /** One call for three keys: "RESULT STATUS=VALUE,STATUS=VALUE,STATUS=VALUE". */
+    std::string batch() const {
+        vex_smlrequest_s records[] = {request("A.1"), request("A.2"), request("B")};
+        std::string line = std::to_string(vex_smlGetBatch(handle, records, 3));
+        if (line != "0") return line;
+        for (const vex_smlrequest_s& record : records) {
+            line += ' ' + std::to_string(record.status) + '=' + valueOf(record);
+        }
+        return line;
+    }
+
+    /** One single get: "RESULT" or "RESULT=VALUE". */
+    std::string single(const char* key) const {
+        char* value = nullptr;
+        std::string line = std::to_string(vex_smlGet(handle, key, &value, nullptr));
+        if (value != nullptr) line += std::string("=") + value;
+        vex_libFreeMemory(value);
+        return line;
+    }
+};
+
+}  // namespace
+
+TEST_F(FaultsTest, EachEffectHitsTheKeysItNames) {
+    const std::string filled(256, '#');
+    const struct {
+        const char* fields;
+        std::string batch;
+        std::string single;  // of A.1
+    } cases[] = {
+        {"function = 'vex_IPConnect'\nresult = 1", "0 0=one 0=two 201=", "0=one"},
+        {"function = '*'\nkey = 'A.3'\nstatus = 5", "0 0=one 0=two 201=", "0=one"},
+        {"function = '*'\nresult = 7", "7", "7"},
+        {"function = '*'\nresult = -1", "-1", "-1"},
+        {"function = '*'", "299", "299"},
+        {"function = 'vex_smlGetBatch'\nkey = 'B'\nresult = 7", "7", "0=one"},
+        {"function = '*'\nkey = 'A.*'\nstatus = 24", "0 24= 24= 201=", "24"},
+        {"function = 'vex_smlGet'\nkey = 'A.1'\nstatus = 103", "0 0=one 0=two 201=", "103"},
+        {"function = '*'\nstatus = 5", "0 5= 5= 5=", "5"},
+        {"function = '*'\nkey = 'B'\nvalue = 12", "0 0=one 0=two 0=12", "0=one"},
+        {"function = '*'\nkey = 'A.1'\ntruncate = 2", "0 0=on 0=two 201=", "0=on"},
+        {"function = '*'\nkey = 'A.1'\nunterminated = true",
+         "0 0=one" + filled.substr(3) + " 0=two 201=", "0=one" + filled.substr(3)},
+        {"function = 'vex_smlGet'\nnull = true", "0 0=one 0=two 201=", "0"},
+    };
+    for (const auto& row : cases) {
+        fault(std::string(row.fields) + "\ntimes = 0");
+        EXPECT_EQ(batch(), row.batch) << row.fields;
+        EXPECT_EQ(single("A.1"), row.single) << row.fields;
+        sim.run("do = 'clear_faults'");
+    }
+    EXPECT_EQ(sim.live().texts, 0U);
+}
+
+TEST_F(FaultsTest, SkipAndTimesCountMatchingCalls) {
+    fault("function = 'vex_smlGet'\nkey = 'A.1'\nskip = 1\ntimes = 2\nresult = 7");
+    EXPECT_EQ(single("A.2"), "0=two");  // does not count
+    EXPECT_EQ(single("A.1"), "0=one");
+    EXPECT_EQ(single("A.1"), "7");
+    EXPECT_EQ(single("A.1"), "7");
+    EXPECT_EQ(single("A.1"), "0=one");
+}
+
+TEST_F(FaultsTest, AFailedCommandIsNotCarriedOut) {
+    fault("function = '*'\nkey = '*.ReqAdmin'\nstatus = 9");
+    EXPECT_EQ(command("Cmd.Switch.ReqAdmin"), 9);
+    EXPECT_EQ(command("Cmd.Switch.EditConfig"), static_cast<int32_t>(NoAdmin));
+    ASSERT_EQ(command("Cmd.Switch.ReqAdmin"), 0);
+    fault("function = 'vex_smlSetBatch'\nkey = 'Cmd.Switch.EditConfig'\nstatus = 8");
+    vex_smlrequest_s group[] = {request("Cmd.Switch.EditConfig"), request("Cmd.Switch.RelAdmin")};
+    ASSERT_EQ(vex_smlSetBatch(handle, group, 2), 0);
+    EXPECT_EQ(group[0].status, 8U);
+    EXPECT_EQ(group[1].status, Ok);
+}
+
+TEST_F(FaultsTest, ConnectionsAreRefusedAsTheSwitchFileSays) {
+    sim.loadSwitchText(
+        "[connect]\nrefuse = 2\nresult = 7\n[[fault]]\nfunction = 'vex_IPConnect'\nskip = 2\nhandle = 0\n");
+    uint32_t made = 1;
+    EXPECT_EQ(vex_IPConnect("localhost", "cim", "", &made), 7);
+    EXPECT_EQ(vex_IPConnect("localhost", "cim", "", &made), 7);
+    EXPECT_EQ(vex_IPConnect("localhost", "cim", "", &made), 0);
+    EXPECT_EQ(made, 0U);
+    EXPECT_EQ(vex_IPConnect("localhost", "cim", "", &made), 0);
+    EXPECT_NE(made, 0U);
+    EXPECT_EQ(vex_smlSet(made + 1, "Cmd.Switch.ReqAdmin", nullptr), static_cast<int32_t>(BadHandle));
+}
+
+TEST_F(FaultsTest, ADelayKeepsNobodyElseWaiting) {
+    fault("function = 'vex_smlGet'\nkey = 'A.1'\ndelay_ms = 500");
+    std::atomic<bool> returned{false};
+    std::chrono::steady_clock::duration taken{};
+    std::thread slow([&] {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(single("A.1"), "0=one");
+        taken = std::chrono::steady_clock::now() - start;
+        returned = true;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(single("A.2"), "0=two");
+    EXPECT_FALSE(returned);
+    slow.join();
+    EXPECT_GE(taken, std::chrono::milliseconds(500));
+}
+
+TEST_F(FaultsTest, TextsAreCountedAndWrongFreesNoticed) {
+    char* value = nullptr;
+    ASSERT_EQ(vex_smlGet(handle, "A.1", &value, nullptr), 0);
+    EXPECT_EQ(sim.live().texts, 1U);
+    EXPECT_EQ(vex_libFreeMemory(value + 1), static_cast<int32_t>(BadArgument));
+    EXPECT_EQ(sim.live().wrong_frees, 1U);
+    EXPECT_EQ(vex_libFreeMemory(value), 0);
+    EXPECT_EQ(sim.live().texts, 0U);
+    EXPECT_EQ(vex_libFreeMemory(value), static_cast<int32_t>(BadArgument));
+    EXPECT_EQ(sim.live().wrong_frees, 2U);
+}
+
+TEST_F(FaultsTest, KeysAndValuesThatFillTheirFieldsAreReadWithABound) {
+    const std::string key(256, 'k');
+    sim.set(key, std::string(300, 'v'));
+    vex_smlrequest_s record{};
+    key.copy(record.key, sizeof record.key);
+    ASSERT_EQ(vex_smlGetBatch(handle, &record, 1), 0);
+    EXPECT_EQ(record.status, Ok);
+    EXPECT_EQ(valueOf(record), std::string(255, 'v'));
+}
+
+TEST_F(FaultsTest, LimitsComeFromTheFileAndFailWithoutOne) {
+    vex_fzs_limits_s limits{};
+    EXPECT_NE(vex_fzsGetZoningLimitations(handle, &limits), 0);
+    sim.loadSwitchText(
+        "[zoning.limits]\nzonesets = 1\nzones = 2\nmembers = 3\nzones_per_zoneset = 4\n"
+        "members_per_zone = 5\naliases = 6\nmembers_per_alias = 7\n");
+    ASSERT_EQ(vex_fzsGetZoningLimitations(handle, &limits), 0);
+    const int32_t expected[] = {1, 2, 3, 4, 5, 6, 7};
+    EXPECT_EQ(std::memcmp(&limits, expected, sizeof limits), 0);
+}

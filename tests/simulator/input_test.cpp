@@ -1,0 +1,150 @@
+#include <fstream>
+#include <sstream>
+
+#include "tests/simulator/SimulatorTest.h"
+
+using vexsim::InputError;
+
+namespace {
+
+struct BadInput {
+    const char* text;
+    const char* message;
+};
+
+std::string errorOf(const std::function<void()>& work) {
+    try {
+        work();
+        return "no error";
+    } catch (const InputError& error) {
+        return error.what();
+    }
+}
+
+}  // namespace
+
+TEST_F(SimulatorTest, ASwitchFileThatIsWrongChangesNothingAndSaysWhere) {
+    const BadInput cases[] = {
+        {"[swicth]\n", R"(f:1: unknown section "swicth")"},
+        {"x = 1\n", R"(f:1: unknown section "x")"},
+        {"\n[switch\n", R"(f:2: Error while parsing table header: expected ']', saw '\n')"},
+        {"[chassis]\nfans = 1\nfans = 2\n",
+         R"(f:3: Error while parsing key-value pair: cannot redefine existing integer 'fans')"},
+        {"\n[switch]\ndomain = 1\n", R"(f:2: [switch] needs "wwn")"},
+        {"[switch]\nwwn = 5\n", R"(f:2: "wwn" must be a text, not a number)"},
+        {"[switch]\nwwn = '10:00'\n",
+         R"(f:2: "wwn" must be a world wide name like "10:00:00:11:22:33:44:55")"},
+        {"[switch]\nwwn = '10-00-00-11-22-33-44-55'\n",
+         R"(f:2: "wwn" must be a world wide name like "10:00:00:11:22:33:44:55")"},
+        {"[switch]\nwwn = '1000001122334455'\ndomain = 240\n", R"(f:3: "domain" must be from 1 to 239)"},
+        {"[switch]\nwwn = '1000001122334455'\nb = 1\na = 1\n", R"(f:3: unknown field "b" in [switch])"},
+        {"[chassis]\nfans = [\n  'Good',\n  'Bod']\n",
+         R"(f:4: "fans" must be one of "Good", "Bad", "NotInstalled", "Unknown")"},
+        {"[features]\nfcoe = 'yes'\n", R"(f:2: "fcoe" must be true or false, not a text)"},
+        {"switch = 3\n", R"(f:1: "switch" must be a table, not a number)"},
+        {"[connect]\nrefuse = 0\n", R"(f:2: "refuse" must be from 1 to 4294967295)"},
+        {"[zoning.limits]\nzones = 1\n", R"(f:1: [zoning.limits] needs "zonesets")"},
+        {"[sml]\nOper.Switch.X = '1'\n",
+         R"(f:2: "Oper" must be a text, a number, true or false, not a table)"},
+        {"[[fault]]\nfunction = 'vex_smlGot'\n", R"(f:2: the library has no function "vex_smlGot")"},
+        {"[[fault]]\nfunction = '*'\nnull = true\nresult = 1\n",
+         R"(f:1: a fault has one effect, apart from "delay_ms")"},
+    };
+    sim.set("Kept", "yes");
+    for (const BadInput& bad : cases) {
+        EXPECT_EQ(errorOf([&] { sim.loadSwitchText(bad.text, "f"); }), bad.message);
+        EXPECT_EQ(sim.get("Kept"), "yes") << bad.text;
+    }
+    EXPECT_EQ(errorOf([&] { sim.loadSwitchFile("/nowhere/s.toml"); }),
+              "/nowhere/s.toml:1: cannot be read: No such file or directory");
+    EXPECT_EQ(errorOf([&] { sim.loadSwitchFile("/tmp"); }), "/tmp:1: cannot be read: Is a directory");
+}
+
+TEST_F(SimulatorTest, AScenarioThatIsWrongStartsNothingAndSaysWhere) {
+    const std::string good = "[[step]]\ndo = 'set'\nkey = 'Ran'\nvalue = 1\n";  // four lines
+    const BadInput cases[] = {
+        {"[[stop]]\n", R"(f:5: unknown field "stop" in the file)"},
+        {"[[step]]\n", R"(f:5: [[step]] needs "do")"},
+        {"[[step]]\ndo = 'fly'\n", R"(f:6: unknown step "fly")"},
+        {"[[step]]\ndo = 'fan'\nindex = 0\n", R"(f:7: "index" must be from 1 to 65535)"},
+        {"[[step]]\ndo = 'fan'\nindex = 1\nstate = 'Good'\nspeed = 3\n",
+         R"(f:9: unknown field "speed" in step "fan")"},
+        {"[[step]]\ndo = 'wait'\n", R"(f:5: step "wait" needs "for")"},
+        {"[[step]]\ndo = 'wait'\nfor = '5m'\n",
+         R"(f:7: "for" must be seconds, or a text like "500ms" or "2s", up to a day)"},
+        {"[[step]]\ndo = 'wait'\nfor = -1\n",
+         R"(f:7: "for" must be seconds, or a text like "500ms" or "2s", up to a day)"},
+        {"[[step]]\ndo = 'raise'\ncode = 'VEX_EVENT_NONE'\n", R"(f:7: no event is called "VEX_EVENT_NONE")"},
+        {"[[step]]\ndo = 'raise'\ncode = 3000000000\n",
+         R"(f:7: "code" must be from -2147483648 to 2147483647)"},
+        {"[[step]]\ndo = 'raise'\ncode = 1\nsource = [1, 2]\n", R"(f:8: "source" must be three numbers)"},
+        {"[[step]]\ndo = 'feature'\nname = 'x'\n", R"(f:7: unknown feature "x")"},
+        {"[[step]]\ndo = 'fault'\nfunction = 1\n", R"(f:7: "function" must be a text, not a number)"},
+    };
+    for (const BadInput& bad : cases) {
+        EXPECT_EQ(errorOf([&] { sim.run(good + bad.text, "f"); }), bad.message);
+    }
+    EXPECT_EQ(sim.get("Ran"), std::nullopt);
+}
+
+TEST_F(SimulatorTest, AStepThatTheSwitchCannotCarryOutEndsTheRunThere) {
+    sim.loadSwitchText("[chassis]\nfans = 2\n");
+    const char* const steps =
+        "[[step]]\ndo = 'fan'\nindex = 2\nstate = 'Bad'\n"
+        "[[step]]\ndo = 'fan'\nindex = 3\nstate = 'Bad'\n"
+        "[[step]]\ndo = 'fan'\nindex = 1\nstate = 'Bad'\n";
+    EXPECT_EQ(errorOf([&] { sim.run(steps, "f"); }), "f:5: the chassis has no Fan 3");
+    EXPECT_EQ(sim.get("Oper.Chassis.0.Fan.1"), "Bad");
+    EXPECT_EQ(sim.get("Oper.Chassis.0.Fan.0"), "Good");
+}
+
+TEST_F(SimulatorTest, ASwitchFileBecomesKeys) {
+    sim.loadSwitchText(R"(
+        [switch]
+        wwn = "10:00:00:11:22:33:44:AB"
+        domain = 7
+        faults = ["FW_POST_FAIL", "HW_MP_ACCESS_CPU0"]
+        [features]
+        fcoe = true
+        [chassis]
+        power_supplies = ["Good", "NotInstalled"]
+        fans = 10000
+        slots = 65535
+        enhanced_fault_monitoring = true
+        [sml]
+        "Oper.Chassis.0.Fans" = "many"
+        "Oper.Switch.FCOEFeature" = false
+        "Config.System.Number" = 12
+    )");
+    const std::pair<const char*, const char*> keys[] = {
+        {"Oper.Switch.WWN", "10000011223344ab"},
+        {"Oper.Switch.WhoIsPrincipal", "10000011223344ab"},
+        {"Oper.Switch.DomainID", "7"},
+        {"Oper.Switch.OperState", "Online"},
+        {"Oper.Switch.FaultList", "FW_POST_FAIL HW_MP_ACCESS_CPU0"},
+        {"Oper.Switch.EnhFaultMonFeature", "True"},
+        {"Oper.Switch.TransparentModeFeature", "False"},
+        {"Oper.Switch.FCOEFeature", "False"},
+        {"Oper.Switch.Nop", ""},
+        {"Oper.Chassis.0.PowerSupplies", "2"},
+        {"Oper.Chassis.0.PowerSupply.1", "NotInstalled"},
+        {"Oper.Chassis.0.Fans", "many"},
+        {"Oper.Chassis.0.Fan.9999", "Good"},
+        {"Oper.Chassis.0.MaxSlots", "65535"},
+        {"Oper.Blade.65534.FaultList", ""},
+        {"Config.System.Number", "12"},
+    };
+    for (const auto& [key, value] : keys) EXPECT_EQ(sim.get(key), value) << key;
+    EXPECT_EQ(sim.get("Oper.Chassis.0.PowerSupply.2"), std::nullopt);
+}
+
+TEST_F(SimulatorTest, TheExamplesLoadAndTheirScenariosCanBeCarriedOut) {
+    for (const std::string name : {"blade-module", "modular-chassis"}) {
+        const std::string base = EXAMPLES_DIR "/" + name;
+        sim.loadSwitchFile(base + ".toml");
+        std::ifstream file(base + ".scenario.toml");
+        std::ostringstream steps;
+        steps << file.rdbuf();
+        EXPECT_EQ(errorOf([&] { sim.run(steps.str(), name); }), "no error");
+    }
+}
