@@ -6,20 +6,6 @@
 #include <utility>
 
 namespace vexsim {
-namespace {
-
-/** The keys with commas between; a control character of hostile input stays in, the transcript copes. */
-std::string join(const std::vector<std::string>& keys) {
-    std::string joined;
-    for (const std::string& key : keys) {
-        if (!joined.empty()) joined += ',';
-        joined += key;
-    }
-    return joined;
-}
-
-}  // namespace
-
 Core& Core::instance() {
     // Never destroyed: threads of the library and of the simulator run until the process is gone.
     static Core* const core = new Core;
@@ -39,7 +25,7 @@ void Core::perform(const Action& action) {
 
 void Core::sendOutbox() {
     Switch::Outbox outbox = device.takeOutbox();
-    for (std::string& note : outbox.notes) transcript.add({"note", std::move(note), 0});
+    for (const std::string& note : outbox.notes) transcript.note(note);
     for (Event& event : outbox.events) notifier.raise(std::move(event));
 }
 
@@ -66,13 +52,13 @@ bool ApiCall::refused(uint32_t handle) DC_NO_THREAD_SAFETY_ANALYSIS {
 }
 
 int32_t ApiCall::done(int32_t result) DC_NO_THREAD_SAFETY_ANALYSIS {
-    _core.transcript.add({_function, join(_keys), result});
+    _core.transcript.call(_function, _keys, result);
     _core.sendOutbox();
     return result;
 }
 
 void* ApiCall::doneHandle(void* handle) DC_NO_THREAD_SAFETY_ANALYSIS {
-    _core.transcript.add({_function, join(_keys), handle == nullptr ? 1 : 0});
+    _core.transcript.call(_function, _keys, handle == nullptr ? 1 : 0);
     _core.sendOutbox();
     return handle;
 }

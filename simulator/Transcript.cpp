@@ -6,14 +6,31 @@
 #include <utility>
 
 namespace vexsim {
+namespace {
 
-void Transcript::add(Call call) {
-    const Lock lock(_mutex);
-    if (_file.is_open()) {
-        const bool note = call.function == "note";
-        writeLine(call.function, note ? call.detail : call.detail + " = " + std::to_string(call.result));
+std::string join(const std::vector<std::string>& keys) {
+    std::string joined;
+    for (const std::string& key : keys) {
+        if (&key != &keys.front()) joined += ',';
+        joined += key;
     }
-    if (_keep) _calls.push_back(std::move(call));
+    return joined;
+}
+
+}  // namespace
+
+void Transcript::call(const char* function, const std::vector<std::string>& keys, int64_t result) {
+    const Lock lock(_mutex);
+    if (!_keep && !_file.is_open()) return;
+    std::string detail = join(keys);
+    if (_file.is_open()) writeLine(function, detail + " = " + std::to_string(result));
+    if (_keep) _calls.push_back({function, std::move(detail), result});
+}
+
+void Transcript::note(const std::string& text) {
+    const Lock lock(_mutex);
+    if (_file.is_open()) writeLine("note", text);
+    if (_keep) _calls.push_back({"note", text, 0});
 }
 
 void Transcript::remark(const std::string& kind, const std::string& text) {

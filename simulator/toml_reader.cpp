@@ -24,7 +24,9 @@ std::string quoted(const std::string& text) {
 }
 
 [[noreturn]] void failAt(const std::string& file, toml::source_index line, std::string message) {
-    std::replace(message.begin(), message.end(), '\n', ' ');
+    // One line, whatever names the file holds.
+    std::replace_if(
+        message.begin(), message.end(), [](unsigned char c) { return std::iscntrl(c) != 0; }, ' ');
     throw InputError(file + ':' + std::to_string(line == 0 ? 1 : line) + ": " + message);
 }
 
@@ -265,11 +267,6 @@ bool TableReader::isInteger(const std::string& field) const {
     return node != nullptr && node->is_integer();
 }
 
-bool TableReader::isArray(const std::string& field) const {
-    const toml::node* node = _impl->table->get(field);
-    return node != nullptr && node->is_array();
-}
-
 std::vector<std::string> TableReader::unknownFields() const {
     std::vector<std::pair<toml::source_position, std::string>> found;
     for (const auto& [key, node] : *_impl->table) {
@@ -292,18 +289,14 @@ std::string TableReader::where() const {
     return _impl->file + ':' + std::to_string(line == 0 ? 1 : line);
 }
 
-std::string TableReader::where(const std::string& field) const {
-    const auto found = _impl->table->find(field);
-    if (found == _impl->table->end()) return where();
-    return _impl->file + ':' + std::to_string(found->first.source().begin.line);
-}
-
 void TableReader::fail(const std::string& message) const {
     _impl->fail(*_impl->table, message);
 }
 
 void TableReader::fail(const std::string& field, const std::string& message) const {
-    throw InputError(where(field) + ": " + message);
+    const auto found = _impl->table->find(field);
+    if (found == _impl->table->end()) fail(message);
+    failAt(_impl->file, found->first.source().begin.line, message);
 }
 
 void TableReader::finish() const {

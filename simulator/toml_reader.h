@@ -50,18 +50,17 @@ class TableReader {
     /** An array of tables inside this one; empty where it is missing. */
     std::vector<TableReader> tables(const std::string& field);
 
-    /** The type of a field that may have several: true for a number, for an array. */
+    /** For a field that may have several types. */
     bool isInteger(const std::string& field) const;
-    bool isArray(const std::string& field) const;
 
     /** Every field that is not known yet, in the order of the file, without marking it. */
     std::vector<std::string> unknownFields() const;
 
     /** How messages call this table: "[switch]", "step \"fan\"". */
     void rename(const std::string& title);
-    /** "FILE:LINE" of the table itself, and of one of its fields. */
+    /** "FILE:LINE" of the table itself. */
     std::string where() const;
-    std::string where(const std::string& field) const;
+    /** Throws for the table itself, or for one of its fields. */
     [[noreturn]] void fail(const std::string& message) const;
     [[noreturn]] void fail(const std::string& field, const std::string& message) const;
 

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <string>
 
 #include "simulator/Simulator.h"
 
@@ -9,6 +10,10 @@ namespace {
 
 vexsim::Simulator& simulator() {
     return vexsim::Simulator::instance();
+}
+
+std::string pathOf(const char* path) {
+    return path == nullptr ? "" : path;
 }
 
 /** Runs `work`; what it throws must not cross into C. */
@@ -26,14 +31,14 @@ int32_t guarded(char* error, size_t size, Work work) {
 
 int32_t vexsim_load_switch(const char* path, char* error, size_t size) {
     return guarded(error, size, [&] {
-        simulator().loadSwitchFile(path);
+        simulator().loadSwitchFile(pathOf(path));
         return 0;
     });
 }
 
 int32_t vexsim_load_scenario(const char* path, char* error, size_t size) {
     return guarded(error, size, [&] {
-        simulator().loadScenarioFile(path);
+        simulator().loadScenarioFile(pathOf(path));
         return 0;
     });
 }
@@ -52,7 +57,7 @@ int32_t vexsim_wait_scenario(int32_t timeout_ms, char* error, size_t size) {
 
 int32_t vexsim_write_transcript(const char* path, char* error, size_t size) {
     return guarded(error, size, [&] {
-        simulator().writeTranscript(path);
+        simulator().writeTranscript(pathOf(path));
         return 0;
     });
 }

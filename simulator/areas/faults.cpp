@@ -29,6 +29,28 @@ Effect readEffect(TableReader& table) {
     return effect;
 }
 
+/** Effects that the function has no place for would never show, so they are mistakes. */
+void checkEffect(TableReader& table, const std::string& function) {
+    const bool reads = function == "vex_smlGet" || function == "vex_smlGetBatch" || function == "*";
+    const bool has_statuses = reads || function == "vex_smlSet" || function == "vex_smlSetBatch" ||
+                              function == "vex_enRegisterForEventList";
+    const struct {
+        const char* field;
+        bool fits;
+    } effects[] = {
+        {"status", has_statuses},
+        {"value", reads},
+        {"truncate", reads},
+        {"unterminated", reads},
+        {"handle", function == "vex_IPConnect"},
+    };
+    for (const auto& effect : effects) {
+        if (!effect.fits && table.has(effect.field)) {
+            table.fail(effect.field, '"' + std::string(effect.field) + "\" has no effect on " + function);
+        }
+    }
+}
+
 FaultRule readRule(TableReader& table) {
     FaultRule rule;
     rule.function = table.text("function");
@@ -39,6 +61,7 @@ FaultRule readRule(TableReader& table) {
     if (table.has("skip")) rule.skip = static_cast<uint32_t>(table.integer("skip", 0, most));
     if (table.has("times")) rule.times = static_cast<uint32_t>(table.integer("times", 0, most));
     rule.effect = readEffect(table);
+    checkEffect(table, rule.function);
     return rule;
 }
 
