@@ -1,10 +1,6 @@
 // Areas that have no loader yet: they count as loaded, so that a pass completes.
 #include "datacache/DataCache.h"
 
-bool DataCache::_getBladeInfo() {
-    return true;
-}
-
 bool DataCache::_getPortInfo() {
     return true;
 }

@@ -1,0 +1,170 @@
+#include <algorithm>
+
+#include "common/number_text.h"
+#include "datacache/DataCache.h"
+#include "datacache/bit_sets.h"
+#include "datacache/cim_status.h"
+#include "datacache/update_failed.h"
+#include "switchlib/SmlBatch.h"
+
+namespace {
+
+/** BladeState::kind. */
+enum Kind : uint16_t { KIND_NONE = 0, KIND_FAN = 1, KIND_POWER_SUPPLY = 2, KIND_CPU = 3, KIND_IO = 4 };
+
+Kind kindOf(const std::string& type) {
+    if (type == "IO") return KIND_IO;
+    if (type == "CPU") return KIND_CPU;
+    if (type == "PS") return KIND_POWER_SUPPLY;
+    if (type == "FAN") return KIND_FAN;
+    return KIND_NONE;
+}
+
+/** What the switch says of one slot. */
+struct Slot {
+    Kind kind = KIND_NONE;  ///< of an empty slot none
+    uint16_t operStatus = 0;
+    uint16_t tempSensors = 0;
+    uint16_t voltageSensors = 0;
+};
+
+/** Reads one slot; false when the call or any key failed. */
+bool readSlot(uint32_t handle, uint32_t number, Slot& slot) {
+    SmlBatch batch;
+    const size_t stateKey = batch.add("Oper.Blade.%u.OperState", number);
+    const size_t partKey = batch.add("Oper.Blade.%u.PlanarPartNum", number);
+    const size_t serialKey = batch.add("Oper.Blade.%u.BoardSerialNum", number);
+    const size_t typeKey = batch.add("Oper.Blade.%u.Type", number);
+    const size_t adminKey = batch.add("Oper.Blade.%u.AdminState", number);
+    const size_t diagnosisKey = batch.add("Oper.Blade.%u.DiagStatus", number);
+    const size_t temperatureKey = batch.add("Oper.Blade.%u.TempSensors", number);
+    const size_t voltageKey = batch.add("Oper.Blade.%u.VoltageSensors", number);
+    if (!batch.read(handle)) return false;
+
+    const std::string state = batch.text(stateKey);
+    slot.operStatus = cimBladeStatus(state, batch.text(adminKey), batch.text(diagnosisKey)).front();
+    const bool absent = state == "NotInstalled" || state == "PoweredOff";
+    if (absent || state.empty() || batch.text(partKey).empty() || batch.text(serialKey).empty()) return true;
+    slot.kind = kindOf(batch.text(typeKey));
+    slot.tempSensors = toUint16(batch.text(temperatureKey));
+    slot.voltageSensors = toUint16(batch.text(voltageKey));
+    return true;
+}
+
+/** Empties every slot; the count and `loaded` stay. */
+void clearSlots(BladeState& state) {
+    BladeState empty;
+    empty.loaded = state.loaded;
+    empty.slotCount = state.slotCount;
+    state = empty;
+}
+
+/**
+ * Stores a slot. One beyond the last entry leaves no trace, but for a blade, which throws std::out_of_range
+ * "bitset::set".
+ */
+void storeSlot(BladeState& state, size_t number, const Slot& slot) {
+    if (slot.kind == KIND_IO) bitSet(state.ioBlades, number);
+    if (slot.kind == KIND_CPU) bitSet(state.cpuBlades, number);
+    if (number >= kMaxSlots) return;
+    state.kind[number] = slot.kind;
+    state.tempSensors[number] = slot.tempSensors;
+    state.voltageSensors[number] = slot.voltageSensors;
+    state.operStatus[number] = slot.operStatus;
+}
+
+}  // namespace
+
+bool DataCache::_getBladeInfo() {
+    cim_log(CIM_LOG_TRACE, "DCACHE: _getBladeInfo()\n");
+    _prevBladeState = _bladeState;
+    SmlBatch batch;
+    const size_t slotsKey = batch.add("Oper.Chassis.0.MaxSlots");
+    if (!batch.read(_handle)) {
+        logUpdateFailed("_getBladeInfo", 1415);
+        return false;
+    }
+    _bladeState.slotCount = toUint16(batch.text(slotsKey));
+    return _bladeState.slotCount == 1 ? _readSingleSlot() : _readSlots();
+}
+
+bool DataCache::_readSingleSlot() {
+    SmlBatch batch;
+    batch.add("Oper.Switch.Nop");  // part of the request, read by nobody
+    const size_t temperatureKey = batch.add("Oper.Blade.0.TempSensors");
+    const size_t voltageKey = batch.add("Oper.Blade.0.VoltageSensors");
+    const bool answered = batch.get(_handle);
+    clearSlots(_bladeState);
+    if (!answered) {
+        logUpdateFailed("_getBladeInfo", 1435);
+        return false;
+    }
+    // A switch of one slot need not have sensors, so each key fails alone and without a report.
+    if (batch.status(temperatureKey) == 0) _bladeState.tempSensors[0] = toUint16(batch.text(temperatureKey));
+    if (batch.status(voltageKey) == 0) _bladeState.voltageSensors[0] = toUint16(batch.text(voltageKey));
+    return true;
+}
+
+bool DataCache::_readSlots() {
+    uint16_t fans = 0;
+    uint16_t powerSupplies = 0;
+    for (uint16_t number = 0; number < _bladeState.slotCount; ++number) {
+        Slot slot;
+        if (!readSlot(_handle, number, slot)) {
+            logUpdateFailed("_getBladeInfo", 1465);
+            return false;
+        }
+        clearSlots(_bladeState);  // at every slot, so that only the last one stays: meant so
+        storeSlot(_bladeState, number, slot);
+        if (slot.kind == KIND_FAN) ++fans;
+        if (slot.kind == KIND_POWER_SUPPLY) ++powerSupplies;
+    }
+    if (_bladeState.loaded) _reportBlades(fans, powerSupplies);
+    _bladeState.loaded = true;
+    return true;
+}
+
+void DataCache::_reportBlades(uint16_t fans, uint16_t powerSupplies) {
+    const uint16_t slots = std::min(_bladeState.slotCount, kMaxSlots);
+    for (uint16_t slot = 0; slot < slots; ++slot) {
+        const uint16_t now = _bladeState.kind[slot];
+        const uint16_t before = _prevBladeState.kind[slot];
+        if (now == before) continue;
+        _reportBladeAdd(now, slot);
+        _reportBladeRemove(before, slot, fans, powerSupplies);
+    }
+}
+
+void DataCache::_reportBladeAdd(uint16_t kind, uint16_t slot) {
+    const Wwn& name = _switchState.switchWwn;
+    if (kind == KIND_FAN) {
+        DCEventFanAdd event(name, slot);
+        _notifyHost(event);
+    } else if (kind == KIND_POWER_SUPPLY) {
+        DCEventPowerSupplyAdd event(name, slot);
+        _notifyHost(event);
+    } else if (kind == KIND_CPU) {
+        DCEventCPUAdd event(name, slot);
+        _notifyHost(event);
+    } else if (kind == KIND_IO) {
+        DCEventBladeAdd event(name, slot);
+        _notifyHost(event);
+    }
+}
+
+void DataCache::_reportBladeRemove(uint16_t kind, uint16_t slot, uint16_t fans, uint16_t powerSupplies) {
+    const Wwn& name = _switchState.switchWwn;
+    if (kind == KIND_FAN) {
+        DCEventFanRemove event(name, slot, fans);
+        _notifyHost(event);
+    } else if (kind == KIND_POWER_SUPPLY) {
+        DCEventPowerSupplyRemove event(name, slot, powerSupplies);
+        _notifyHost(event);
+    } else if (kind == KIND_CPU) {
+        DCEventCPURemove event(name, slot);
+        _notifyHost(event);
+    } else if (kind == KIND_IO) {
+        DCEventBladeRemove event(name, slot);
+        _notifyHost(event);
+    }
+}
