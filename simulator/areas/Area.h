@@ -58,6 +58,10 @@ struct Area {
 
 const Area& switchArea();
 const Area& chassisArea();
+const Area& bladesArea();
+const Area& accountsArea();
+const Area& propertiesArea();
+const Area& lsdbWalkArea();
 const Area& sessionArea();
 const Area& alarmsArea();
 const Area& zoningArea();

@@ -9,7 +9,7 @@ const Fields& identity() {
         {"wwn", "Oper.Switch.WWN", Field::Name},
         {"principal", "Oper.Switch.WhoIsPrincipal", Field::Name},
         {"name", "Config.Switch.SymName", Field::Text, ""},
-        {"type", "Oper.Switch.Type", Field::Text},
+        {"type", "Oper.Switch.Type", Field::Text, "FC Switch Module"},
         {"transparent", "Config.Switch.TransparentMode", Field::Flag, "False"},
     }};
     return fields;
@@ -28,19 +28,19 @@ const Fields& features() {
 
 const Fields& versions() {
     static const Fields fields{{
-        {"active", "Oper.Switch.ActiveVer", Field::Text},
-        {"oem_active", "Oper.Switch.OemActiveVer", Field::Text},
+        {"active", "Oper.Switch.ActiveVer", Field::Text, "V1.0.0"},
+        {"oem_active", "Oper.Switch.OemActiveVer", Field::Text, "1.0.0"},
     }};
     return fields;
 }
 
 const Fields& manufacturing() {
     static const Fields fields{{
-        {"brand", "Config.Mfg.BrandName", Field::Text},
+        {"brand", "Config.Mfg.BrandName", Field::Text, "Example"},
         {"product_feature_type", "Config.Mfg.ProductFeatureType", Field::Text, ""},
-        {"planar_part", "Config.Mfg.PlanarPartNum", Field::Text},
-        {"chassis_serial", "Config.Mfg.ChassisSerialNum", Field::Text},
-        {"chassis_part", "Config.Mfg.ChassisPartNum", Field::Text},
+        {"planar_part", "Config.Mfg.PlanarPartNum", Field::Text, "PL-1000"},
+        {"chassis_serial", "Config.Mfg.ChassisSerialNum", Field::Text, "CS-000001"},
+        {"chassis_part", "Config.Mfg.ChassisPartNum", Field::Text, "CP-1000"},
     }};
     return fields;
 }
@@ -60,6 +60,7 @@ void setDefaults(Switch& target) {
         fields->setDefaults(target);
     }
     target.set("Oper.Switch.OperState", "Online");
+    target.set("Oper.Switch.DomainID", "1");
     target.set("Oper.Switch.FaultList", "");
 }
 

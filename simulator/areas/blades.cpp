@@ -1,0 +1,174 @@
+#include "simulator/areas/Area.h"
+#include "simulator/areas/keys.h"
+
+namespace vexsim {
+namespace {
+
+constexpr int64_t last_slot = 65535;
+constexpr int64_t most_sensors = 65535;
+
+/** The keys of a slot, behind "Oper.Blade.SLOT.", and what an empty slot answers. */
+constexpr struct {
+    const char* name;
+    const char* empty;
+} slot_keys[] = {
+    {"OperState", "NotInstalled"},
+    {"PlanarPartNum", ""},
+    {"BoardSerialNum", ""},
+    {"Type", ""},
+    {"AdminState", ""},
+    {"DiagStatus", ""},
+    {"TempSensors", "0"},
+    {"VoltageSensors", "0"},
+    {"FaultList", ""},
+};
+
+std::string slotKey(int64_t slot, const char* name) {
+    return "Oper.Blade." + std::to_string(slot) + '.' + name;
+}
+
+std::string operState(TableReader& table, const std::string& fallback) {
+    if (!table.has("state")) return fallback;
+    return table.word("state", {"Online", "Offline", "Diagnostics", "Down", "Downed", "Pending", "PoweredOff",
+                                "NotInstalled"});
+}
+
+std::string adminState(TableReader& table, const std::string& fallback) {
+    if (!table.has("admin")) return fallback;
+    return table.word("admin", {"Online", "Offline", "Diagnostics", "Down", "Downed", "PoweredOff"});
+}
+
+std::string diagnosis(TableReader& table, const std::string& fallback) {
+    if (!table.has("diagnosis")) return fallback;
+    return table.word("diagnosis", {"Passed", "Compromised", "Failed"});
+}
+
+std::string sensors(TableReader& table, const char* field) {
+    return std::to_string(table.has(field) ? table.integer(field, 0, most_sensors) : 0);
+}
+
+/** What is plugged into a slot; the same in a switch file and in a step. */
+struct Blade {
+    int64_t slot;
+    std::string type, part, serial, state, admin, diagnosis, temp_sensors, voltage_sensors;
+
+    explicit Blade(TableReader& table)
+        : slot(table.integer("slot", 0, last_slot)),
+          type(table.word("type", {"IO", "CPU", "PS", "FAN"})),
+          part(table.has("part") ? table.text("part") : "PN-" + type),
+          serial(table.has("serial") ? table.text("serial") : "SN-" + type + '-' + std::to_string(slot)),
+          state(operState(table, "Online")),
+          admin(adminState(table, "Online")),
+          diagnosis(vexsim::diagnosis(table, "Passed")),
+          temp_sensors(sensors(table, "temp_sensors")),
+          voltage_sensors(sensors(table, "voltage_sensors")) {}
+
+    void plugInto(Switch& target) const {
+        target.set(slotKey(slot, "OperState"), state);
+        target.set(slotKey(slot, "PlanarPartNum"), part);
+        target.set(slotKey(slot, "BoardSerialNum"), serial);
+        target.set(slotKey(slot, "Type"), type);
+        target.set(slotKey(slot, "AdminState"), admin);
+        target.set(slotKey(slot, "DiagStatus"), diagnosis);
+        target.set(slotKey(slot, "TempSensors"), temp_sensors);
+        target.set(slotKey(slot, "VoltageSensors"), voltage_sensors);
+    }
+};
+
+/** The value of the store: what is not there is an empty slot's. */
+bool occupied(const Switch& target, int64_t slot) {
+    return target.value(slotKey(slot, "OperState"), "NotInstalled") != "NotInstalled";
+}
+
+void requireSlot(const Switch& target, int64_t slot) {
+    if (slot >= target.number("Oper.Chassis.0.MaxSlots")) {
+        throw StepError("the chassis has no slot " + std::to_string(slot));
+    }
+}
+
+void requireBlade(const Switch& target, int64_t slot) {
+    requireSlot(target, slot);
+    if (!occupied(target, slot)) throw StepError("slot " + std::to_string(slot) + " is empty");
+}
+
+void raiseBlade(Switch& target, vex_eventcode_e code, int64_t slot) {
+    target.raise(code, "Blade " + std::to_string(slot), {{0, static_cast<int32_t>(slot), 0}});
+}
+
+void loadBlade(TableReader& table, Switch& target) {
+    const Blade blade(table);
+    if (blade.slot >= target.number("Oper.Chassis.0.MaxSlots")) {
+        table.fail("slot", "the chassis has no slot " + std::to_string(blade.slot));
+    }
+    if (target.has(slotKey(blade.slot, "Type"))) {
+        table.fail("slot", "slot " + std::to_string(blade.slot) + " is described twice");
+    }
+    blade.plugInto(target);
+}
+
+Action readInsert(TableReader& table) {
+    return [blade = Blade(table)](Switch& target) {
+        requireSlot(target, blade.slot);
+        if (occupied(target, blade.slot)) {
+            throw StepError("slot " + std::to_string(blade.slot) + " is not empty");
+        }
+        blade.plugInto(target);
+        raiseBlade(target, VEX_EVENT_BLADE_INSERTED, blade.slot);
+    };
+}
+
+Action readRemove(TableReader& table) {
+    const int64_t slot = table.integer("slot", 0, last_slot);
+    return [slot](Switch& target) {
+        requireBlade(target, slot);
+        for (const auto& key : slot_keys) target.erase(slotKey(slot, key.name));
+        target.set(slotKey(slot, "FaultList"), "");  // the slot is there still
+        raiseBlade(target, VEX_EVENT_BLADE_REMOVED, slot);
+    };
+}
+
+/** Changes the state words that it names; the others stay. */
+Action readState(TableReader& table) {
+    const int64_t slot = table.integer("slot", 0, last_slot);
+    const std::string state = operState(table, "");
+    const std::string admin = adminState(table, "");
+    const std::string verdict = diagnosis(table, "");
+    if (state.empty() && admin.empty() && verdict.empty()) {
+        table.fail("step \"blade_state\" needs \"state\", \"admin\" or \"diagnosis\"");
+    }
+    return [=](Switch& target) {
+        requireBlade(target, slot);
+        if (!state.empty()) target.set(slotKey(slot, "OperState"), state);
+        if (!admin.empty()) target.set(slotKey(slot, "AdminState"), admin);
+        if (!verdict.empty()) target.set(slotKey(slot, "DiagStatus"), verdict);
+        raiseBlade(target, VEX_EVENT_BLADE_STATE_CHANGE, slot);
+    };
+}
+
+/** The keys of the slots that the chassis has and the store has nothing of. */
+std::optional<Reading> readEmptySlot(Switch& target, const std::string& key) {
+    for (const auto& known : slot_keys) {
+        const auto middle = keyMiddle(key, "Oper.Blade.", std::string(".") + known.name);
+        if (!middle) continue;
+        const std::optional<uint16_t> slot = keyNumber(*middle);
+        if (!slot || *slot >= target.number("Oper.Chassis.0.MaxSlots")) return std::nullopt;
+        return Reading{Ok, known.empty};
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+const Area& bladesArea() {
+    static const Area area = [] {
+        Area made;
+        made.name = "blades";
+        made.sections = {{"blade", true, loadBlade}};
+        made.steps = {{"blade_insert", readInsert}, {"blade_remove", readRemove}, {"blade_state", readState}};
+        made.read = readEmptySlot;
+        return made;
+    }();
+    return area;
+}
+
+}  // namespace vexsim

@@ -1,0 +1,85 @@
+#include "simulator/areas/Area.h"
+#include "simulator/areas/fields.h"
+
+namespace vexsim {
+namespace {
+
+constexpr const char* ipv4_address = "Oper.System.Eth.0.IPv4Address";
+constexpr const char* ipv6_address = "Oper.System.Eth.0.IPv6Address.0";
+
+const Fields& services() {
+    static const Fields fields{{
+        {"telnet", "Config.Services.TelnetEnable", Field::Flag, "False"},
+        {"ssh", "Config.Services.SSHEnable", Field::Flag, "True"},
+        {"embedded_gui", "Config.Services.EmbeddedGUIEnable", Field::Flag, "True"},
+        {"ssl", "Config.Services.SSLEnable", Field::Flag, "True"},
+        {"snmp", "Config.Services.SNMPEnable", Field::Flag, "True"},
+    }};
+    return fields;
+}
+
+const Fields& snmp() {
+    static const Fields fields{{
+        {"read_community", "Config.Snmp.ReadComm", Field::Text, "public"},
+        {"description", "Config.Snmp.SysDescr", Field::Text, "Fibre Channel switch module"},
+    }};
+    return fields;
+}
+
+/** Addresses from the ranges that are set aside for documentation (RFC 5737, RFC 3849). */
+const Fields& network() {
+    static const Fields fields{{
+        {"ipv4", "Config.System.IPv4Enable", Field::Flag, "True"},
+        {"ipv4_address", ipv4_address, Field::Text, "192.0.2.10"},
+        {"ipv6", "Config.System.IPv6Enable", Field::Flag, "False"},
+        {"ipv6_address", ipv6_address, Field::Text, "2001:db8::10"},
+    }};
+    return fields;
+}
+
+void setDefaults(Switch& target) {
+    for (const Fields* fields : {&services(), &snmp(), &network()}) fields->setDefaults(target);
+}
+
+Action readAddress(TableReader& table) {
+    const bool six = table.integer("version", 4, 6) == 6;
+    if (!six && table.integer("version", 4, 6) != 4) table.fail("version", "\"version\" must be 4 or 6");
+    return [six, address = table.text("address")](Switch& target) {
+        target.set(six ? ipv6_address : ipv4_address, address);
+        target.raise(six ? VEX_EVENT_IPV6_ADDRESS_CHANGE : VEX_EVENT_IP_ADDRESS_CHANGE, address);
+    };
+}
+
+/** A setting that somebody else changes, past the edit session. */
+Action readService(TableReader& table) {
+    const std::string name = table.text("name");
+    const char* const key = services().keyOf(name);
+    if (key == nullptr) table.fail("name", "unknown service \"" + name + '"');
+    return [name, key, enabled = table.flag("enabled")](Switch& target) {
+        target.set(key, enabled ? "True" : "False");
+        target.raise(VEX_EVENT_SERVICES_CFG_CHANGE, name);
+    };
+}
+
+template <const Fields& (*fields)()>
+void loadFields(TableReader& table, Switch& target) {
+    fields().load(table, target);
+}
+
+}  // namespace
+
+const Area& propertiesArea() {
+    static const Area area = [] {
+        Area made;
+        made.name = "properties";
+        made.sections = {{"services", false, loadFields<services>},
+                         {"snmp", false, loadFields<snmp>},
+                         {"network", false, loadFields<network>}};
+        made.steps = {{"ip_address", readAddress}, {"service", readService}};
+        made.defaults = setDefaults;
+        return made;
+    }();
+    return area;
+}
+
+}  // namespace vexsim
