@@ -187,8 +187,6 @@ class DC_EXPORT DataCache {
     int _getChassisInfo() DC_REQUIRES(access_lock);
     void _reportPowerSupplies() DC_REQUIRES(access_lock);
     bool _getBladeInfo() DC_REQUIRES(access_lock);
-    bool _readSingleSlot() DC_REQUIRES(access_lock);
-    bool _readSlots() DC_REQUIRES(access_lock);
     void _reportBlades(uint16_t fans, uint16_t powerSupplies) DC_REQUIRES(access_lock);
     void _reportBladeAdd(uint16_t kind, uint16_t slot) DC_REQUIRES(access_lock);
     void _reportBladeRemove(uint16_t kind, uint16_t slot, uint16_t fans, uint16_t powerSupplies)

@@ -73,6 +73,46 @@ void storeSlot(BladeState& state, size_t number, const Slot& slot) {
     state.operStatus[number] = slot.operStatus;
 }
 
+/** Reads the sensors of a switch that is its own only slot. */
+bool readSingleSlot(uint32_t handle, BladeState& state) {
+    SmlBatch batch;
+    batch.add("Oper.Switch.Nop");  // part of the request, read by nobody
+    const size_t temperatureKey = batch.add("Oper.Blade.0.TempSensors");
+    const size_t voltageKey = batch.add("Oper.Blade.0.VoltageSensors");
+    const bool answered = batch.get(handle);
+    clearSlots(state);  // whether or not the call succeeded
+    if (!answered) {
+        logUpdateFailed("_getBladeInfo", 1435);
+        return false;
+    }
+    // Such a switch need not have sensors, so each key fails alone and without a report.
+    if (batch.status(temperatureKey) == 0) state.tempSensors[0] = toUint16(batch.text(temperatureKey));
+    if (batch.status(voltageKey) == 0) state.voltageSensors[0] = toUint16(batch.text(voltageKey));
+    return true;
+}
+
+/** Components of one kind in all slots, those that leave no entry included. */
+struct Counts {
+    uint16_t fans = 0;
+    uint16_t powerSupplies = 0;
+};
+
+/** Reads slot after slot; one that fails ends it, and the state keeps what was read before. */
+bool readSlots(uint32_t handle, BladeState& state, Counts& counts) {
+    for (uint16_t number = 0; number < state.slotCount; ++number) {
+        Slot slot;
+        if (!readSlot(handle, number, slot)) {
+            logUpdateFailed("_getBladeInfo", 1465);
+            return false;
+        }
+        clearSlots(state);  // at every slot, so that only the last one stays: meant so
+        storeSlot(state, number, slot);
+        if (slot.kind == KIND_FAN) ++counts.fans;
+        if (slot.kind == KIND_POWER_SUPPLY) ++counts.powerSupplies;
+    }
+    return true;
+}
+
 }  // namespace
 
 bool DataCache::_getBladeInfo() {
@@ -85,41 +125,12 @@ bool DataCache::_getBladeInfo() {
         return false;
     }
     _bladeState.slotCount = toUint16(batch.text(slotsKey));
-    return _bladeState.slotCount == 1 ? _readSingleSlot() : _readSlots();
-}
+    // A single slot is no chassis: it reports nothing and does not count as loaded.
+    if (_bladeState.slotCount == 1) return readSingleSlot(_handle, _bladeState);
 
-bool DataCache::_readSingleSlot() {
-    SmlBatch batch;
-    batch.add("Oper.Switch.Nop");  // part of the request, read by nobody
-    const size_t temperatureKey = batch.add("Oper.Blade.0.TempSensors");
-    const size_t voltageKey = batch.add("Oper.Blade.0.VoltageSensors");
-    const bool answered = batch.get(_handle);
-    clearSlots(_bladeState);
-    if (!answered) {
-        logUpdateFailed("_getBladeInfo", 1435);
-        return false;
-    }
-    // A switch of one slot need not have sensors, so each key fails alone and without a report.
-    if (batch.status(temperatureKey) == 0) _bladeState.tempSensors[0] = toUint16(batch.text(temperatureKey));
-    if (batch.status(voltageKey) == 0) _bladeState.voltageSensors[0] = toUint16(batch.text(voltageKey));
-    return true;
-}
-
-bool DataCache::_readSlots() {
-    uint16_t fans = 0;
-    uint16_t powerSupplies = 0;
-    for (uint16_t number = 0; number < _bladeState.slotCount; ++number) {
-        Slot slot;
-        if (!readSlot(_handle, number, slot)) {
-            logUpdateFailed("_getBladeInfo", 1465);
-            return false;
-        }
-        clearSlots(_bladeState);  // at every slot, so that only the last one stays: meant so
-        storeSlot(_bladeState, number, slot);
-        if (slot.kind == KIND_FAN) ++fans;
-        if (slot.kind == KIND_POWER_SUPPLY) ++powerSupplies;
-    }
-    if (_bladeState.loaded) _reportBlades(fans, powerSupplies);
+    Counts counts;
+    if (!readSlots(_handle, _bladeState, counts)) return false;
+    if (_bladeState.loaded) _reportBlades(counts.fans, counts.powerSupplies);
     _bladeState.loaded = true;
     return true;
 }
