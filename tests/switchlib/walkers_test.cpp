@@ -1,0 +1,163 @@
+#include <algorithm>
+#include <array>
+
+#include "switchlib/NORV_Vex_Lib.h"
+#include "tests/support/CacheTest.h"
+
+namespace {
+
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Texts = std::vector<std::string>;
+
+constexpr const char* kSwitch = R"(
+[switch]
+wwn = "10:00:00:11:22:aa:bb:cc"
+[[lsdb]]
+record = 1
+links = [{local_port = 0, neighbor = "2"}, {local_port = 19, neighbor = "7"}]
+[[lsdb]]
+record = 2
+links = [{local_port = 4, neighbor = "1"}]
+[[lsdb]]
+record = 7
+[[name_server]]
+port = "010000"
+entries = ["010001", "010002", "0100EF"]
+)";
+
+class Walkers : public CacheTest {
+  protected:
+    Walkers() {
+        load(kSwitch);
+        calls();
+        log();
+    }
+    void fault(const std::string& fields) {
+        sim.run("[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\n" + fields);
+    }
+    /** A caller's buffer, with room for a value and a guard behind it. */
+    struct Buffer {
+        std::array<char, VEX_SML_VALUE_SIZE + 8> bytes;
+        Buffer() { bytes.fill('~'); }
+        char* data() { return bytes.data(); }
+        bool untouched(size_t from) const {
+            return std::all_of(bytes.begin() + static_cast<std::ptrdiff_t>(from), bytes.end(),
+                               [](char c) { return c == '~'; });
+        }
+    };
+    Buffer dst;
+};
+
+/** The walkers that fill a buffer, and the keys that they read for these arguments. */
+const struct {
+    const char* key;
+    char* (*read)(char*);
+} kReaders[] = {
+    {"Oper.Eport.FirstLsdbRecord", [](char* dst) { return get_first_lsdb_record(dst); }},
+    {"Oper.Eport.NextLsdbRecord.R", [](char* dst) { return get_next_lsdb_record("R", dst); }},
+    {"Oper.Eport.LsdbRecord.R.Link.L.LocalPort",
+     [](char* dst) { return get_lsdb_record_link_local_information("R", "L", dst); }},
+    {"Oper.Eport.LsdbRecord.R.Link.L.Neighbor",
+     [](char* dst) { return get_lsdb_record_link_remote_information("R", "L", dst); }},
+    {"Oper.NameServerAll.P.FirstNsEntry", [](char* dst) { return get_first_attached_port("P", dst); }},
+    {"Oper.NameServerAll.P.NextNsEntry.E", [](char* dst) { return get_next_attached_port("P", "E", dst); }},
+};
+
+TEST_F(Walkers, VisitTheWholeDatabase) {
+    Texts seen;
+    Buffer record;
+    for (const char* at = get_first_lsdb_record(record.data()); at != nullptr;
+         at = get_next_lsdb_record(std::string(at).c_str(), record.data())) {
+        const int links = get_lsdb_record_link_count(at);
+        seen.push_back(std::string(at) + ": " + std::to_string(links));
+        for (int i = 0; i < links; ++i) {
+            Buffer remote;
+            const std::string link = std::to_string(i);
+            ASSERT_EQ(get_lsdb_record_link_local_information(at, link.c_str(), dst.data()), dst.data());
+            ASSERT_NE(get_lsdb_record_link_remote_information(at, link.c_str(), remote.data()), nullptr);
+            seen.push_back(std::string(dst.data()) + " -> " + remote.data());
+        }
+    }
+    EXPECT_THAT(seen, ElementsAre("1: 2", "0 -> 2", "19 -> 7", "2: 1", "4 -> 1", "7: 0"));
+    EXPECT_STREQ(record.data(), "7") << "the end of the walk leaves the last record";
+    EXPECT_THAT(log(), IsEmpty());
+    EXPECT_EQ(get_lsdb_record_link_local_information("1", "2", dst.data()), nullptr);
+}
+
+TEST_F(Walkers, VisitTheDevicesAtAPort) {
+    Texts seen;
+    for (const char* at = get_first_attached_port("010000", dst.data()); at != nullptr;
+         at = get_next_attached_port("010000", std::string(at).c_str(), dst.data())) {
+        seen.push_back(at);
+    }
+    EXPECT_THAT(seen, ElementsAre("010001", "010002", "0100EF"));
+    EXPECT_EQ(get_first_attached_port("010100", dst.data()), nullptr);
+}
+
+TEST_F(Walkers, FollowTheFabricsListWhereThereIsOne) {
+    sim.set("Oper.Eport.LsdbRecordList.255", "7,1");
+    EXPECT_STREQ(get_first_lsdb_record(dst.data()), "7");
+    EXPECT_STREQ(get_next_lsdb_record("7", dst.data()), "1");
+    EXPECT_EQ(get_next_lsdb_record("1", dst.data()), nullptr);
+    EXPECT_EQ(get_lsdb_record_link_count("2"), -1);
+    sim.run("[[step]]\ndo = \"lsdb_links\"\nrecord = 7\nlinks = [{local_port = 3, neighbor = 1}]\n");
+    EXPECT_EQ(get_lsdb_record_link_count("7"), 1);
+}
+
+TEST_F(Walkers, FailedReadsLeaveTheBuffer) {
+    for (const auto& reader : kReaders) {
+        SCOPED_TRACE(reader.key);
+        for (const char* effect : {"result = 4\n", "status = 24\n", "status = 5\n"}) {
+            fault(effect);
+            EXPECT_EQ(reader.read(dst.data()), nullptr) << effect;
+            EXPECT_TRUE(dst.untouched(0)) << effect;
+        }
+        EXPECT_EQ(calls(), Texts(3, std::string("vex_smlGetBatch ") + reader.key));
+    }
+    for (const char* effect : {"result = 4\n", "status = 24\n", "status = 5\n"}) {
+        fault(effect);
+        EXPECT_EQ(get_lsdb_record_link_count("1"), -1) << effect;
+    }
+    EXPECT_THAT(calls(), Each("vex_smlGetBatch Oper.Eport.LsdbRecord.1.NumberOfLinks"));
+}
+
+TEST_F(Walkers, ValuesWithoutATerminatorAreCut) {
+    for (const auto& reader : kReaders) {
+        SCOPED_TRACE(reader.key);
+        sim.set(reader.key, "x");
+        fault("unterminated = true\n");
+        Buffer buffer;
+        ASSERT_EQ(reader.read(buffer.data()), buffer.data());
+        EXPECT_EQ(std::string(buffer.data()), 'x' + std::string(254, '#'));
+        EXPECT_TRUE(buffer.untouched(VEX_SML_VALUE_SIZE));
+        EXPECT_STREQ(reader.read(buffer.data()), "x");
+    }
+}
+
+TEST_F(Walkers, LinkCountsAreReadAsNumbers) {
+    const struct {
+        const char* value;
+        int count;
+    } cases[] = {{"3", 3}, {" 12 links", 12}, {"", 0}, {"none", 0}, {"-2", -2}};
+    for (const auto& row : cases) {
+        sim.set("Oper.Eport.LsdbRecord.1.NumberOfLinks", row.value);
+        EXPECT_EQ(get_lsdb_record_link_count("1"), row.count) << row.value;
+    }
+    fault("unterminated = true\n");
+    EXPECT_EQ(get_lsdb_record_link_count("1"), -2);
+}
+
+TEST_F(Walkers, LongKeysAreCut) {
+    const std::string longText(400, 'r');
+    get_next_lsdb_record(longText.c_str(), dst.data());
+    get_next_attached_port("P", longText.c_str(), dst.data());
+    const Texts requests = calls();
+    ASSERT_EQ(requests.size(), 2U);
+    const std::string function = "vex_smlGetBatch ";
+    EXPECT_EQ(requests[0], function + ("Oper.Eport.NextLsdbRecord." + longText).substr(0, 255));
+    EXPECT_EQ(requests[1], function + ("Oper.NameServerAll.P.NextNsEntry." + longText).substr(0, 255));
+}
+
+}  // namespace
