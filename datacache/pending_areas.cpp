@@ -9,10 +9,6 @@ bool DataCache::_getFabricInfo() {
     return true;
 }
 
-int DataCache::_getZoningInfo() {
-    return 1;
-}
-
 void DataCache::_vexlibNotificationCB(vex_event_s* event) {
     if (event->code == VEX_EVENT_SWITCH_STATE_CHANGE) updateSwitch();
     if (event->code == VEX_EVENT_CHASSIS_OPERCHANGE) updateChassis();

@@ -1,12 +1,173 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <string>
 
 #include "common/export.h"
+#include "common/thread_annotations.h"
+#include "datacache/AccessLock.h"
+#include "vexlib/vexlib.h"
+#include "zoning/member_text.h"
 
+/** What a zoneset is to the cache. */
+enum _ZoneSetTypes : int32_t {
+    ZONESET_ACTIVE = 0,   ///< in force in the fabric; at most one
+    ZONESET_INACTIVE = 1, /**< configured on the switch */
+    ZONESET_UBER = 2,     ///< the one container of every zone and every alias of the database
+};
+
+/** Results of the zoning edits. */
+enum ZoningResult : uint32_t {
+    ZONING_DONE = 0,
+    ZONING_INVALID = 1,    ///< a name or member text that the switch library refuses to create or parse
+    ZONING_NOT_FOUND = 2,  ///< the zone, alias, zoneset or member named does not exist
+    ZONING_EXISTS = 3,
+    ZONING_FAILED = 4,  ///< a limit is reached, or a call of the switch library failed
+};
+
+/** A held zoneset: an object of vexlib, which whoever removes the entry destroys. */
+struct ZoneSet {
+    void* handle = nullptr;
+    _ZoneSetTypes type = ZONESET_INACTIVE;
+};
+
+/**
+ * The fabric's zoning database, as objects of the switch library, and its edits.
+ *
+ * It holds the active zoneset, the configured ("inactive") ones, and the "uber" zoneset, which holds every
+ * zone and every alias. Zonesets hold zones and aliases of their own, so an edit of a zone is made in the
+ * uber zoneset and then repeated in the zonesets that hold one of the same name; which ones is each edit's
+ * own affair.
+ *
+ * An editing session: ZoningLock() takes the fabric's lock; edits change the objects in memory alone; then
+ * replaceZoningDB() sends the whole database to the switch and gives the lock back in one go, or
+ * ZoningUnlock() gives it up. Edits given up stay in the cache until the database is loaded anew. The edits
+ * do not ask for the lock: ask LockIdOK() first. An edit that fails half-way is not undone.
+ *
+ * The map owns its zonesets. Handles that are handed out stay the cache's and are good for as long as the
+ * caller holds the access lock. Names are texts of any length and content; what the switch library does not
+ * accept gives a result code. A null name counts as an empty one.
+ *
+ * The members that begin with an underscore are public for the loader and for tests; a host stays out.
+ */
 class DC_EXPORT ZoningCache {
   public:
-    bool initZoningLimits();
-    uint32_t _inactiveChecksum = 0;
-    uint32_t _prevInactiveChecksum = 1;
+    ZoningCache();
+    /** Destroys every zoneset held. */
+    ~ZoningCache() DC_TAKES(access_lock);
+    ZoningCache(const ZoningCache&) = delete;
+    ZoningCache& operator=(const ZoningCache&) = delete;
+
+    // ---- The zonesets ----
+
+    /**
+     * Takes a zoneset over: 0, or -1 when its name cannot be read or its key is taken; it then stays the
+     * caller's. An active or uber zoneset becomes the current one even then.
+     */
+    int addZoneset(void* handle, _ZoneSetTypes type) DC_TAKES(access_lock);
+    /**
+     * Removes and destroys the zoneset under the key that `handle` and `type` have, which need not be
+     * `handle` itself: 0, also when there was none, or -1 when the name cannot be read.
+     */
+    int delZoneset(void* handle, _ZoneSetTypes type) DC_TAKES(access_lock);
+    /** The zoneset under a key: an inactive one's name, "[ActiveZoneSetKey]" or "[UberZoneSetKey]"; or null.
+     * `type` is written when there is one; so in the next two. */
+    void* getZoneset(char* name, _ZoneSetTypes& type) DC_TAKES(access_lock);
+    /** Walks the zonesets in the order of their keys; null at the end. */
+    void* getFirstZoneset(_ZoneSetTypes& type) DC_TAKES(access_lock);
+    void* getNextZoneset(void* handle, _ZoneSetTypes& type) DC_TAKES(access_lock);
+    /** The current active and uber zoneset, or null. */
+    void* getActiveZoneset() DC_TAKES(access_lock);
+    void* getUberZoneset() DC_TAKES(access_lock);
+    bool isActiveZoneset(void* handle) DC_TAKES(access_lock);
+    bool isUberZoneset(void* handle) DC_TAKES(access_lock);
+    void clearActive() DC_TAKES(access_lock);
+    void clearInactive() DC_TAKES(access_lock);
+    void clearUber() DC_TAKES(access_lock);
+    void clearZoningCache() DC_TAKES(access_lock);
+    /** Writes the whole database to the log. */
+    void dump() DC_TAKES(access_lock);
+
+    // ---- Counts and limits; until the limits are read every check answers that the database is full ----
+
+    /** Counts, then reads the fabric's limits; false when these cannot be read. */
+    bool initZoningLimits() DC_TAKES(access_lock);
+    /** Counts the database anew: one call of the switch library for every zone, alias and zone member.
+     * Returns 1. */
+    int updateZoningCounts() DC_TAKES(access_lock);
+    /** Whether the database holds exactly its maximum: one loaded beyond the maximum is not full. */
+    bool zonesetLimitAtMax() DC_TAKES(access_lock);
+    bool zoneLimitAtMax() DC_TAKES(access_lock);
+    bool aliasLimitAtMax() DC_TAKES(access_lock);
+    bool memberLimitAtMax() DC_TAKES(access_lock);
+    /** Whether one container holds its maximum or more. */
+    bool zonesPerZonesetAtMax(void* zoneset) DC_REQUIRES(access_lock);
+    bool membersPerZoneAtMax(void* zone) DC_TAKES(access_lock);
+    bool membersPerAliasAtMax(void* alias) DC_REQUIRES(access_lock);
+
+    // ---- Conversions; they touch nothing of the cache and take no lock ----
+
+    /** From CIM_ZoneMembershipSettingData.ConnectivityMemberType; VEX_ZMT_UNKNOWN for other values. */
+    static vex_fzs_zonemember_type_e CIMMemberTypeToVexlib(int type);
+    /** "Soft", "HardVPF", "HardACL" or "Invalid". */
+    static const char* vex_smlCnvFromVEXZoneType(vex_fzs_zone_type_e type);
+    /** From the provider's zone type, 1 hard and 2 soft; 0 for other values. */
+    static vex_fzs_zone_type_e cnvCIMZoneTypeToVEX(int type);
+
+    // ---- The fabric's lock ----
+
+    /** Takes admin rights and the fabric's zoning lock for a client: 1, or 0. A lock held is taken again. */
+    int ZoningLock(char* lockId) DC_TAKES(access_lock);
+    /** Gives both back: 1, or 0 when the switch refuses. The lock does not count as held after either. */
+    int ZoningUnlock() DC_TAKES(access_lock);
+    /** Whether this client took the lock no more than 90 seconds ago; `expired` when it was longer ago. */
+    bool LockIdOK(char* lockId, bool& expired) DC_TAKES(access_lock);
+
+    // ---- Edits; all give a ZoningResult ----
+
+    uint32_t createZoneAlias(char* name) DC_TAKES(access_lock);
+    uint32_t createZone(char* name, vex_fzs_zone_type_e type) DC_TAKES(access_lock);
+    uint32_t createZoneset(char* name) DC_TAKES(access_lock);
+    uint32_t removeZoneAlias(char* name) DC_TAKES(access_lock);
+    uint32_t removeZone(char* name) DC_TAKES(access_lock);
+    uint32_t removeZoneset(char* name) DC_TAKES(access_lock);
+    uint32_t addZoneToZoneset(char* zoneset, char* zone) DC_TAKES(access_lock);
+    uint32_t removeZoneFromZoneset(char* zoneset, char* zone) DC_TAKES(access_lock);
+    uint32_t addMemberToZone(char* zone, vex_fzs_zonemember_type_e type, char* member) DC_TAKES(access_lock);
+    uint32_t removeMemberFromZone(char* zone, vex_fzs_zonemember_type_e type, char* member)
+        DC_TAKES(access_lock);
+    uint32_t addMemberToZoneAlias(char* alias, vex_fzs_zonemember_type_e type, char* member)
+        DC_TAKES(access_lock);
+    uint32_t removeMemberFromZoneAlias(char* alias, vex_fzs_zonemember_type_e type, char* member)
+        DC_TAKES(access_lock);
+    /** Removes a member from every zone and alias of the database. */
+    uint32_t removeMember(vex_fzs_zonemember_type_e type, char* member) DC_TAKES(access_lock);
+
+    /**
+     * Replaces the switch's zoning configuration by the cache's, saves it, and gives the fabric's lock and
+     * admin rights back, all in one command group. Returns 1 when the group was sent, even when the switch
+     * refused it; 0 when nothing was sent, because the database is inconsistent or memory is short.
+     */
+    int replaceZoningDB() DC_TAKES(access_lock);
+
+    // ---- State ----
+
+    bool _lockHeld DC_GUARDED_BY(access_lock) = false;
+    uint32_t _activeChecksum DC_GUARDED_BY(access_lock) = 0;  ///< as last read; so are the next two
+    std::string _activeZonesetName DC_GUARDED_BY(access_lock);
+    uint32_t _inactiveChecksum DC_GUARDED_BY(access_lock) = 0;
+    uint32_t _prevActiveChecksum DC_GUARDED_BY(access_lock) = 1;  ///< of what is loaded; differs, so that the
+    std::string _prevActiveZonesetName DC_GUARDED_BY(access_lock);  ///< first refresh loads
+    uint32_t _prevInactiveChecksum DC_GUARDED_BY(access_lock) = 1;
+    std::string _lockId DC_GUARDED_BY(access_lock);                       ///< the client that holds the lock
+    std::map<std::string, ZoneSet> _zonesets DC_GUARDED_BY(access_lock);  ///< owns the handles
+    int32_t _zonesetCount DC_GUARDED_BY(access_lock) = 0;                 ///< inactive zonesets
+    int32_t _zoneCount DC_GUARDED_BY(access_lock) = 0;
+    int32_t _aliasCount DC_GUARDED_BY(access_lock) = 0;
+    int32_t _memberCount DC_GUARDED_BY(access_lock) = 0;
+    vex_fzs_limits_s _limits DC_GUARDED_BY(access_lock) = {};
+    int32_t _lockTime DC_GUARDED_BY(access_lock) = 0;  ///< uptime in seconds when the lock was taken
+    void* _activeZoneset DC_GUARDED_BY(access_lock) = nullptr;
+    void* _uberZoneset DC_GUARDED_BY(access_lock) = nullptr;
 };

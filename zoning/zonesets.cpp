@@ -1,0 +1,139 @@
+#include "zoning/ZoningCache.h"
+#include "zoning/library_calls.h"
+
+namespace {
+
+constexpr const char* kActiveKey = "[ActiveZoneSetKey]";
+constexpr const char* kUberKey = "[UberZoneSetKey]";
+
+/** The key that a zoneset has in the map; false when it is a name that cannot be read, or for no known type.
+ */
+bool keyOf(void* handle, _ZoneSetTypes type, std::string& key) {
+    switch (type) {
+        case ZONESET_ACTIVE:
+            key = kActiveKey;
+            return true;
+        case ZONESET_INACTIVE:
+            return readName(vex_ZonesetGetName, handle, key);
+        case ZONESET_UBER:
+            key = kUberKey;
+            return true;
+    }
+    return false;
+}
+
+void destroy(ZoneSet& entry) {
+    if (entry.handle != nullptr) vex_ZonesetDestroy(&entry.handle);
+}
+
+}  // namespace
+
+ZoningCache::ZoningCache() = default;
+
+ZoningCache::~ZoningCache() {
+    clearZoningCache();
+}
+
+int ZoningCache::addZoneset(void* handle, _ZoneSetTypes type) {
+    const AccessGuard guard;
+    std::string key;
+    if (!keyOf(handle, type, key)) return -1;
+    // Before the test for a duplicate, and meant so: the last one added is the current one in any case.
+    if (type == ZONESET_UBER) _uberZoneset = handle;
+    if (type == ZONESET_ACTIVE) _activeZoneset = handle;
+    if (!_zonesets.emplace(key, ZoneSet{handle, type}).second) return -1;
+    updateZoningCounts();
+    return 0;
+}
+
+int ZoningCache::delZoneset(void* handle, _ZoneSetTypes type) {
+    const AccessGuard guard;
+    std::string key;
+    if (!keyOf(handle, type, key)) return -1;
+    if (type == ZONESET_UBER) _uberZoneset = nullptr;
+    if (type == ZONESET_ACTIVE) _activeZoneset = nullptr;
+    const auto entry = _zonesets.find(key);
+    if (entry != _zonesets.end()) {
+        destroy(entry->second);
+        _zonesets.erase(entry);
+    }
+    updateZoningCounts();
+    return 0;
+}
+
+void* ZoningCache::getZoneset(char* name, _ZoneSetTypes& type) {
+    const AccessGuard guard;
+    const auto entry = _zonesets.find(given(name));
+    if (entry == _zonesets.end()) return nullptr;
+    type = entry->second.type;
+    return entry->second.handle;
+}
+
+void* ZoningCache::getFirstZoneset(_ZoneSetTypes& type) {
+    const AccessGuard guard;
+    const auto entry = _zonesets.begin();
+    if (entry == _zonesets.end()) return nullptr;
+    type = entry->second.type;
+    return entry->second.handle;
+}
+
+void* ZoningCache::getNextZoneset(void* handle, _ZoneSetTypes& type) {
+    const AccessGuard guard;
+    auto entry = _zonesets.begin();
+    while (entry != _zonesets.end() && entry->second.handle != handle) ++entry;
+    if (entry == _zonesets.end() || ++entry == _zonesets.end()) return nullptr;
+    type = entry->second.type;
+    return entry->second.handle;
+}
+
+void* ZoningCache::getActiveZoneset() {
+    const AccessGuard guard;
+    return _activeZoneset;
+}
+
+void* ZoningCache::getUberZoneset() {
+    const AccessGuard guard;
+    return _uberZoneset;
+}
+
+bool ZoningCache::isActiveZoneset(void* handle) {
+    const AccessGuard guard;
+    return handle == _activeZoneset;
+}
+
+bool ZoningCache::isUberZoneset(void* handle) {
+    const AccessGuard guard;
+    return handle == _uberZoneset;
+}
+
+void ZoningCache::clearActive() {
+    const AccessGuard guard;
+    if (_activeZoneset != nullptr) delZoneset(_activeZoneset, ZONESET_ACTIVE);
+    _activeZoneset = nullptr;
+}
+
+void ZoningCache::clearInactive() {
+    const AccessGuard guard;
+    for (auto entry = _zonesets.begin(); entry != _zonesets.end();) {
+        if (entry->second.type != ZONESET_INACTIVE) {
+            ++entry;
+            continue;
+        }
+        destroy(entry->second);
+        entry = _zonesets.erase(entry);
+    }
+    updateZoningCounts();
+}
+
+void ZoningCache::clearUber() {
+    const AccessGuard guard;
+    if (_uberZoneset != nullptr) delZoneset(_uberZoneset, ZONESET_UBER);
+    _uberZoneset = nullptr;
+}
+
+void ZoningCache::clearZoningCache() {
+    const AccessGuard guard;
+    clearActive();
+    clearInactive();
+    clearUber();
+}

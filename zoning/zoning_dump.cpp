@@ -1,0 +1,72 @@
+#include "common/cim_log.h"
+#include "zoning/ZoningCache.h"
+#include "zoning/library_calls.h"
+
+namespace {
+
+void dumpMembers(const ContainerCalls& calls, void* container) {
+    const int32_t count = calls.memberCount(container);
+    for (int32_t i = 0; i < count; ++i) {
+        char text[256] = {};
+        ZoneMemberToString(text, calls.listMembers(container, i));
+        cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d]     Member: %s\n", "ZoningCache", "dump", __LINE__, text);
+    }
+}
+
+void dumpZones(void* zoneset) {
+    const int32_t count = vex_ZonesetGetZoneCount(zoneset);
+    for (int32_t i = 0; i < count; ++i) {
+        void* zone = vex_ZonesetListZones(zoneset, i);
+        std::string name;
+        if (zone == nullptr) {
+            cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d] Zone : Bad entry\n", "ZoningCache", "dump", __LINE__);
+        } else if (!readName(vex_ZoneGetName, zone, name)) {
+            cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d] Zone : Can't get name\n", "ZoningCache", "dump",
+                    __LINE__);
+        } else {
+            cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d]   Zone: %s\n", "ZoningCache", "dump", __LINE__,
+                    name.c_str());
+            dumpMembers(zoneCalls, zone);
+        }
+    }
+}
+
+/** Members only: that the names of the aliases are missing is meant. */
+void dumpAliases(void* uber) {
+    const int32_t count = aliasCalls.countIn(uber);
+    for (int32_t i = 0; i < count; ++i) {
+        void* alias = vex_ZonesetListAliases(uber, i);
+        std::string name;
+        if (alias == nullptr) {
+            cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d]    Alias : Bad entry\n", "ZoningCache", "dump", __LINE__);
+        } else if (!readName(vex_ZoneAliasGetName, alias, name)) {
+            cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d]    Alias : Can't get name\n", "ZoningCache", "dump",
+                    __LINE__);
+        } else {
+            dumpMembers(aliasCalls, alias);
+        }
+    }
+}
+
+const char* word(_ZoneSetTypes type) {
+    if (type == ZONESET_ACTIVE) return "active";
+    return type == ZONESET_UBER ? "uber" : "inactive";
+}
+
+}  // namespace
+
+void ZoningCache::dump() {
+    const AccessGuard guard;
+    _ZoneSetTypes type = ZONESET_INACTIVE;
+    for (void* zoneset = getFirstZoneset(type); zoneset != nullptr; zoneset = getNextZoneset(zoneset, type)) {
+        std::string name;
+        if (!readName(vex_ZonesetGetName, zoneset, name)) {
+            cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d] Zoneset: Bad entry\n", "ZoningCache", "dump", __LINE__);
+            continue;
+        }
+        cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d] Zoneset: %s (%s)\n", "ZoningCache", "dump", __LINE__,
+                name.c_str(), word(type));
+        dumpZones(zoneset);
+        dumpAliases(_uberZoneset);  // under every zoneset alike: meant, an alias belongs to no single one
+    }
+}

@@ -1,0 +1,60 @@
+#include "common/cim_log.h"
+#include "zoning/CommandGroup.h"
+#include "zoning/ZoningCache.h"
+#include "zoning/library_calls.h"
+
+namespace {
+
+constexpr long kLockSeconds = 90;
+
+long now() {
+    long seconds = 0;
+    uptime(&seconds);
+    return seconds;
+}
+
+}  // namespace
+
+int ZoningCache::ZoningLock(char* lockId) {
+    const AccessGuard guard;
+    {
+        CommandGroup group(2);
+        if (!group.ok()) return 0;
+        _lockTime = static_cast<int32_t>(now());
+        group.add("Cmd.Switch.ReqAdmin");
+        group.add("Cmd.Zoning.FabricLock.77");
+        if (group.send()) {
+            _lockHeld = true;
+            _lockId = given(lockId);
+            return 1;
+        }
+    }
+    _lockId.clear();
+    _lockHeld = false;
+    ZoningUnlock();  // gives admin rights back, which the first command may have obtained
+    return 0;
+}
+
+int ZoningCache::ZoningUnlock() {
+    const AccessGuard guard;
+    CommandGroup group(2);
+    if (!group.ok()) return 0;
+    group.add("Cmd.Zoning.FabricUnlock.77");
+    group.add("Cmd.Switch.RelAdmin");
+    const bool released = group.send();
+    _lockId.clear();
+    _lockHeld = false;
+    return released ? 1 : 0;
+}
+
+bool ZoningCache::LockIdOK(char* lockId, bool& expired) {
+    const AccessGuard guard;
+    expired = false;
+    if (!_lockHeld || _lockId != given(lockId)) return false;
+    const long elapsed = now() - _lockTime;
+    if (elapsed <= kLockSeconds) return true;
+    // The lock still counts as held: meant, its holder decides what becomes of it.
+    cim_log(CIM_LOG_TRACE, "DCACHE: fabric lock interval expired at %lds\n", elapsed);
+    expired = true;
+    return false;
+}
