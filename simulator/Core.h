@@ -11,6 +11,7 @@
 #include "simulator/Switch.h"
 #include "simulator/TextHeap.h"
 #include "simulator/Transcript.h"
+#include "simulator/zoning/Objects.h"
 
 namespace vexsim {
 
@@ -30,6 +31,7 @@ struct Core {
     Mutex mutex;
     Switch device DC_GUARDED_BY(mutex);
     std::set<uint32_t> handles DC_GUARDED_BY(mutex); /**< connections handed out */
+    ZoningObjects zoning DC_GUARDED_BY(mutex);
 
     Transcript transcript;
     Notifier notifier{transcript};
@@ -75,6 +77,10 @@ class DC_SCOPED_CAPABILITY ApiCall {
     const std::vector<std::string>& keys() const { return _keys; }
     Switch& device() { return _core.device; }
     std::set<uint32_t>& handles() { return _core.handles; }
+    ZoningObjects& zoning() { return _core.zoning; }
+
+    /** Adds to what is recorded; for what is known only inside the call, so faults do not match it. */
+    void about(const std::string& text) { _keys.push_back(text); }
 
     /** Records the call with this result and returns it. */
     int32_t done(int32_t result);

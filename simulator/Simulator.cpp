@@ -43,6 +43,7 @@ void Simulator::reset() {
         const Lock lock(core().mutex);
         core().device = Switch();
         core().handles.clear();
+        core().zoning.restartCounts();
     }
     core().transcript.writeTo({});
     core().transcript.keep(true);
@@ -141,6 +142,10 @@ void Simulator::writeTranscript(const std::string& path) {
 
 Live Simulator::live() const {
     Live live;
+    {
+        const Lock lock(core().mutex);
+        core().zoning.count(live);
+    }
     live.texts = core().texts.live();
     live.wrong_frees = core().texts.wrongFrees();
     return live;

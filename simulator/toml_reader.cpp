@@ -262,6 +262,11 @@ std::vector<TableReader> TableReader::tables(const std::string& field) {
     return readers;
 }
 
+bool TableReader::isTable(const std::string& field) const {
+    const toml::node* node = _impl->table->get(field);
+    return node != nullptr && node->is_table();
+}
+
 bool TableReader::isInteger(const std::string& field) const {
     const toml::node* node = _impl->table->get(field);
     return node != nullptr && node->is_integer();

@@ -52,6 +52,7 @@ class TableReader {
 
     /** For a field that may have several types. */
     bool isInteger(const std::string& field) const;
+    bool isTable(const std::string& field) const;
 
     /** Every field that is not known yet, in the order of the file, without marking it. */
     std::vector<std::string> unknownFields() const;

@@ -34,14 +34,17 @@ void checkEffect(TableReader& table, const std::string& function) {
     const bool reads = function == "vex_smlGet" || function == "vex_smlGetBatch" || function == "*";
     const bool has_statuses = reads || function == "vex_smlSet" || function == "vex_smlSetBatch" ||
                               function == "vex_enRegisterForEventList";
+    const bool names = function == "vex_fzsGetActiveZonesetName" || function == "vex_fzsGetZonesetList" ||
+                       function == "vex_ZonesetGetName" || function == "vex_ZoneGetName" ||
+                       function == "vex_ZoneAliasGetName";
     const struct {
         const char* field;
         bool fits;
     } effects[] = {
         {"status", has_statuses},
-        {"value", reads},
+        {"value", reads || names},
         {"truncate", reads},
-        {"unterminated", reads},
+        {"unterminated", reads || names},
         {"handle", function == "vex_IPConnect"},
     };
     for (const auto& effect : effects) {
