@@ -1,8 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 
 /**
  * An intrusive doubly linked list with two embedded sentinels.
@@ -13,15 +11,8 @@
  * to whoever guards it.
  */
 
-/** Stops the program for a destroyed element that a list still links; the text is that of the C library's
- * assert. */
-[[noreturn]] inline void elementStillLinked() {
-    std::fputs(
-        "list_t:188: Element<Item>::~Element() [with Item = SwitchCache]: Assertion `!_prev || !_next' "
-        "failed.\n",
-        stderr);
-    std::abort();
-}
+/** Stops the program, as a failed assertion does, for a destroyed element that a list still links. */
+[[noreturn]] void elementStillLinked();
 
 template <typename T>
 class Element {

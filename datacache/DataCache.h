@@ -22,6 +22,8 @@
 #include "vexlib/vexlib.h"
 #include "zoning/ZoningCache.h"
 
+struct FabricStep;
+
 /** The host's callback: called with the access lock held; see DataCacheEvent. */
 using DataCacheCallback = void (*)(DataCacheEvent*);
 
@@ -198,7 +200,13 @@ class DC_EXPORT DataCache {
 
     bool _load_fabric_info() DC_REQUIRES(access_lock);
     bool _load_switch_domain_list() DC_REQUIRES(access_lock);
+    /** The load's part for one domain of the list; false when the load has failed. */
+    bool _loadDomain(const std::string& domain) DC_REQUIRES(access_lock);
+    /** Carries out one step of the comparison with the fabric before the load. */
+    void _reportFabricStep(const FabricStep& step) DC_REQUIRES(access_lock);
     bool _load_mserver_ports() DC_REQUIRES(access_lock);
+    /** Fills the port table of one remote switch; false when the load has failed. */
+    bool _loadSwitchPorts(SwitchCache& remote) DC_REQUIRES(access_lock);
     static std::vector<std::string> _parseSMLList(std::string list);
     static bool _fabricContainsWWN(std::vector<Wwn> names, Wwn name);
     static std::string _sanitizedMediaVendorSN(const char* text);
@@ -250,4 +258,7 @@ class DC_EXPORT DataCache {
     std::vector<Wwn> _origFabric DC_GUARDED_BY(access_lock);  ///< switches before the current load
     Wwn _origFabricName DC_GUARDED_BY(access_lock);           ///< fabric name before the current load
     bool _fabricInitialized DC_GUARDED_BY(access_lock) = false;
+    /** The switch whose ports are being read, null outside the port load, and the uptime at its first read. */
+    Element<SwitchCache>* _mserverSwitch DC_GUARDED_BY(access_lock) = nullptr;
+    long _mserverRequestTime DC_GUARDED_BY(access_lock) = 0;
 };

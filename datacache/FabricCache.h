@@ -1,10 +1,52 @@
 #pragma once
 
+#include <cstdint>
+#include <string>
+
 #include "common/Wwn.h"
 #include "common/export.h"
+#include "common/list_t.h"
+#include "datacache/SwitchCache.h"
 
+/**
+ * The fabric: its name, the local switch's place in it, and one record for each of its switches, in the order
+ * in which they were first seen.
+ *
+ * It owns the records. The fabric load makes and deletes those of the remote switches; the local switch's
+ * comes from the scan of the local ports and stays. The access lock guards all of it, so a pointer from a
+ * lookup is good until the lock is released. Lookups return null for what they do not find.
+ */
 class DC_EXPORT FabricCache {
   public:
+    FabricCache() = default;
+    ~FabricCache();
+
+    /** The fabric's name, which is the principal switch's; null on a transparent switch. */
     Wwn getFabricWorldWideName() const { return _fabric_name; }
+    /** The same as 16 hexadecimal digits. */
+    std::string getFabricWwn() const { return _fabric_name.tostring(); }
+    uint32_t getOperatingMode() const { return _operating_mode; }
+    uint16_t getSwitchCount() const { return static_cast<uint16_t>(_switches.size()); }
+
+    /** Walks the switches. The one after a switch that is not in the fabric is null. */
+    SwitchCache* getFirstSwitch() const;
+    SwitchCache* getNextSwitch(const SwitchCache* current) const;
+    /** `domain` is a decimal number, of which the low 8 bits count. */
+    SwitchCache* getSwitchByDomainID(const std::string& domain) const;
+    /** By the switch's name as 16 hexadecimal digits. */
+    SwitchCache* getSwitchByWwn(const std::string& name) const;
+    /** The first switch that has a port of this name. */
+    SwitchCache* getSwitchByPortWwn(const std::string& portName) const;
+
+    /** The first list element whose switch has this domain ID or this name. */
+    Element<SwitchCache>* findSwitchCacheElement(unsigned char domain) const;
+    Element<SwitchCache>* findSwitchCacheElement(const Wwn& name) const;
+
     Wwn _fabric_name;
+    Wwn _local_switch_wwn;
+    uint8_t _local_domain_id = 0;  ///< 0 on a transparent switch
+    uint32_t _operating_mode = 0;
+    uint16_t _unused16[2] = {0, 0};
+    List<Element<SwitchCache>> _switches;
+    uint32_t _unused32 = 0;
 };

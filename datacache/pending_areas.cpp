@@ -5,10 +5,6 @@ bool DataCache::_getPortInfo() {
     return true;
 }
 
-bool DataCache::_getFabricInfo() {
-    return true;
-}
-
 void DataCache::_vexlibNotificationCB(vex_event_s* event) {
     if (event->code == VEX_EVENT_SWITCH_STATE_CHANGE) updateSwitch();
     if (event->code == VEX_EVENT_CHASSIS_OPERCHANGE) updateChassis();

@@ -1,0 +1,63 @@
+#include "datacache/FabricCache.h"
+
+#include <limits>
+
+#include "common/cim_log.h"
+#include "common/number_text.h"
+
+namespace {
+
+SwitchCache* switchOf(Element<SwitchCache>* element) {
+    return element == nullptr ? nullptr : element->item();
+}
+
+}  // namespace
+
+FabricCache::~FabricCache() {
+    _switches.purge_list(true);
+}
+
+SwitchCache* FabricCache::getFirstSwitch() const {
+    return switchOf(_switches.get_first());
+}
+
+SwitchCache* FabricCache::getNextSwitch(const SwitchCache* current) const {
+    for (const auto* element = _switches.get_first(); element != nullptr; element = element->get_next()) {
+        if (element->item() == current) return switchOf(element->get_next());
+    }
+    return nullptr;
+}
+
+SwitchCache* FabricCache::getSwitchByDomainID(const std::string& domain) const {
+    const uint32_t value = strtoul32(domain, 10);
+    if (value == std::numeric_limits<uint32_t>::max()) return nullptr;
+    return switchOf(findSwitchCacheElement(static_cast<unsigned char>(value)));
+}
+
+SwitchCache* FabricCache::getSwitchByWwn(const std::string& name) const {
+    return switchOf(findSwitchCacheElement(Wwn(name)));
+}
+
+SwitchCache* FabricCache::getSwitchByPortWwn(const std::string& portName) const {
+    const Wwn port(portName);
+    for (auto* element = _switches.get_first(); element != nullptr; element = element->get_next()) {
+        if (!element->item()->getPortByWorldWideName(port).isNull()) return element->item();
+    }
+    return nullptr;
+}
+
+Element<SwitchCache>* FabricCache::findSwitchCacheElement(unsigned char domain) const {
+    for (auto* element = _switches.get_first(); element != nullptr; element = element->get_next()) {
+        if (element->item()->_domain_id == domain) return element;
+    }
+    cim_log(CIM_LOG_TRACE, "DCACHE: findSwitchCacheElement()domain %x not found from %d elements\n", domain,
+            static_cast<int>(_switches.size()));
+    return nullptr;
+}
+
+Element<SwitchCache>* FabricCache::findSwitchCacheElement(const Wwn& name) const {
+    for (auto* element = _switches.get_first(); element != nullptr; element = element->get_next()) {
+        if (element->item()->_wwn == name) return element;
+    }
+    return nullptr;
+}

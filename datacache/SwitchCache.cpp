@@ -1,0 +1,70 @@
+#include "datacache/SwitchCache.h"
+
+#include "common/cim_log.h"
+#include "common/number_text.h"
+
+PortCache SwitchCache::portOfRow(unsigned row) const {
+    Wwn name = _port_base_wwn;
+    name.Set_Port(_wwn_portno[row]);
+    return {name, _lsdb_port_index[row]};
+}
+
+PortCache SwitchCache::getFirstPort() const {
+    if (_port_base_wwn.isNull() || _port_count == 0) return {};
+    return portOfRow(0);
+}
+
+PortCache SwitchCache::getNextPort(const PortCache& port) const {
+    if (_port_base_wwn.isNull()) return {};
+    for (unsigned row = 0; row + 1 < _port_count; ++row) {
+        // By index and not by name, as is meant.
+        if (_lsdb_port_index[row] == port._port_index) return portOfRow(row + 1);
+    }
+    return {};
+}
+
+PortCache SwitchCache::getPortByWorldWideName(const Wwn& name) const {
+    if (_port_base_wwn.isNull() || !_port_base_wwn.Same_Base(name)) return {};
+    unsigned portField = kNoPortField;
+    name.Get_Port(portField);
+    if (portField >= kNoPortField) return {};
+    for (unsigned row = 0; row < _port_count; ++row) {
+        if (_wwn_portno[row] == portField) return {name, _lsdb_port_index[row]};
+    }
+    return {};
+}
+
+PortCache SwitchCache::getPortByWwn(const std::string& name) const {
+    return getPortByWorldWideName(Wwn(name));
+}
+
+PortCache SwitchCache::getPortByLSDBPortIndex(const std::string& index) const {
+    if (_port_base_wwn.isNull()) return {};
+    uint32_t port = strtoul32(index, 0);
+    const bool cisco = _wwn.isCisco();
+    if (port > 255) {
+        if (!cisco || _local) {
+            cim_log(CIM_LOG_TRACE,
+                    "DCACHE: SwitchCache::getPortByLSDBPortIndex( %s ) port=%u is out of range\n",
+                    index.c_str(), port);
+            return {};
+        }
+        port = ((port >> 2) & 0xFC0U) + (port & 63U);  // slot and port, packed as the port field has them
+    }
+    const unsigned wanted = port + (cisco ? 1U : 0U);  // Cisco numbers its port fields from 1
+    cim_log(CIM_LOG_TRACE,
+            "DCACHE: SwitchCache::getPortByLSDBPortIndex( %s ) searching for _wwn_portno 0x%3.3x\n",
+            index.c_str(), wanted);
+    for (unsigned row = 0; row < _port_count; ++row) {
+        if (_wwn_portno[row] == wanted) return portOfRow(row);
+    }
+    return {};
+}
+
+bool SwitchCache::addPort(unsigned portField, unsigned index) {
+    if (_port_count >= kMaxPorts) return false;
+    _wwn_portno[_port_count] = static_cast<uint16_t>(portField);
+    _lsdb_port_index[_port_count] = static_cast<uint8_t>(index);
+    ++_port_count;
+    return true;
+}
