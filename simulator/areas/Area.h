@@ -64,6 +64,8 @@ const Area& propertiesArea();
 const Area& lsdbWalkArea();
 const Area& sessionArea();
 const Area& alarmsArea();
+const Area& fabricArea();
+const Area& nameServerArea();
 const Area& zoningArea();
 const Area& faultsArea();
 const Area& genericArea();

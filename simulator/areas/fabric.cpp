@@ -1,0 +1,248 @@
+#include <utility>
+
+#include "simulator/areas/Area.h"
+#include "simulator/areas/Fabric.h"
+
+namespace vexsim {
+namespace {
+
+constexpr int64_t lowest_domain = 1;
+constexpr int64_t highest_domain = 239;  // FC-SW
+constexpr unsigned unreachable = 255;
+constexpr int64_t most_ports = 65535;
+
+using Member = std::pair<unsigned, FabricSwitch>;
+
+unsigned readDomain(TableReader& table, const char* field) {
+    return static_cast<unsigned>(table.integer(field, lowest_domain, highest_domain));
+}
+
+std::set<unsigned> readNumbers(TableReader& table, const char* field, int64_t low, int64_t high) {
+    std::set<unsigned> numbers;
+    for (const int64_t number : table.integers(field, low, high)) {
+        numbers.insert(static_cast<unsigned>(number));
+    }
+    return numbers;
+}
+
+/** The management server's fields, which a section and a step share. */
+void readManagement(TableReader& table, const char* status, const char* slow, FabricSwitch& made) {
+    if (table.has(status)) {
+        made.management_status = static_cast<uint32_t>(table.integer(status, 0, UINT32_MAX));
+    }
+    if (table.has(slow)) made.management_slow_s = static_cast<long>(table.integer(slow, 0, 86400));
+}
+
+Member readMember(TableReader& table) {
+    FabricSwitch made;
+    const unsigned domain = readDomain(table, "domain");
+    made.wwn = Wwn(table.wwn("wwn"));
+    made.name = table.has("name") ? table.text("name") : made.wwn.tostring();
+    if (table.has("hops")) made.hops = static_cast<unsigned>(table.integer("hops", 1, unreachable));
+    if (table.has("ports")) made.ports = static_cast<unsigned>(table.integer("ports", 0, most_ports));
+    made.port_wwns = table.texts("port_wwns");
+    made.offline = readNumbers(table, "offline", 0, most_ports);
+    readManagement(table, "management_status", "management_slow", made);
+    return {domain, std::move(made)};
+}
+
+/** Why a switch cannot be in the fabric beside those that are; empty when it can. */
+std::string conflict(Switch& target, const Member& member) {
+    const auto& switches = target.part<Fabric>().switches;
+    const std::string domain = std::to_string(member.first);
+    if (switches.count(member.first) != 0 ||
+        (hasLocalSwitch(target) && localDomain(target) == member.first)) {
+        return "domain " + domain + " is taken";
+    }
+    if (Wwn(target.value("Oper.Switch.WWN")) == member.second.wwn) return "that is the local switch's name";
+    for (const auto& entry : switches) {
+        if (entry.second.wwn == member.second.wwn)
+            return "domain " + std::to_string(entry.first) + " has that name";
+    }
+    return {};
+}
+
+void join(Switch& target, const Member& member) {
+    const std::string reason = conflict(target, member);
+    if (!reason.empty()) throw StepError("switch cannot join: " + reason);
+    target.part<Fabric>().switches.insert(member);
+}
+
+FabricSwitch& memberOf(Switch& target, unsigned domain) {
+    auto& switches = target.part<Fabric>().switches;
+    const auto found = switches.find(domain);
+    if (found == switches.end())
+        throw StepError("the fabric has no other switch with domain " + std::to_string(domain));
+    return found->second;
+}
+
+void leave(Switch& target, unsigned domain) {
+    memberOf(target, domain);
+    target.part<Fabric>().switches.erase(domain);
+}
+
+void setPrincipal(Switch& target, const std::string& wwn) {
+    target.set("Oper.Switch.WhoIsPrincipal", wwn);
+}
+
+/** A fabric that has formed anew: its switches, its paths or its principal. */
+void raiseReformed(Switch& target, const std::string& text) {
+    target.raise(VEX_EVENT_FABRIC_CHANGE, text);
+    target.raise(VEX_EVENT_LSDB_CHANGE, text);
+}
+
+void setDefaults(Switch& target) {
+    target.set("Oper.Switch.DomainID", "1");
+}
+
+void loadFabric(TableReader& table, Switch& target) {
+    if (table.has("principal")) setPrincipal(target, table.wwn("principal"));
+    for (TableReader& entry : table.tables("switch")) {
+        entry.rename("[[fabric.switch]]");
+        Member member = readMember(entry);
+        entry.finish();
+        const std::string reason = conflict(target, member);
+        if (!reason.empty()) entry.fail(reason);
+        target.part<Fabric>().switches.insert(std::move(member));
+    }
+}
+
+Action readJoin(TableReader& table) {
+    return [member = readMember(table)](Switch& target) {
+        join(target, member);
+        raiseReformed(target, "Switch " + member.second.name + " joined");
+    };
+}
+
+Action readLeave(TableReader& table) {
+    return [domain = readDomain(table, "domain")](Switch& target) {
+        leave(target, domain);
+        raiseReformed(target, "Domain " + std::to_string(domain) + " left");
+    };
+}
+
+/** A switch gets another domain ID, the simulated one included. */
+Action readDomainChange(TableReader& table) {
+    const unsigned from = readDomain(table, "domain");
+    const unsigned to = readDomain(table, "to");
+    return [from, to](Switch& target) {
+        auto& switches = target.part<Fabric>().switches;
+        if (switches.count(to) != 0 || localDomain(target) == to)
+            throw StepError("domain " + std::to_string(to) + " is taken");
+        if (localDomain(target) == from) {
+            target.set("Oper.Switch.DomainID", std::to_string(to));
+            target.raise(VEX_EVENT_DOMAINID_CHANGE, std::to_string(to));
+        } else {
+            memberOf(target, from);
+            auto node = switches.extract(from);
+            node.key() = to;
+            switches.insert(std::move(node));
+        }
+        raiseReformed(target, "Domain " + std::to_string(from) + " is now " + std::to_string(to));
+    };
+}
+
+Action readUnreachable(TableReader& table) {
+    return [domain = readDomain(table, "domain")](Switch& target) {
+        memberOf(target, domain).hops = unreachable;
+        target.raise(VEX_EVENT_LSDB_CHANGE, "Domain " + std::to_string(domain) + " unreachable");
+    };
+}
+
+Action readReachable(TableReader& table) {
+    const unsigned domain = readDomain(table, "domain");
+    unsigned hops = 1;
+    if (table.has("hops")) hops = static_cast<unsigned>(table.integer("hops", 1, unreachable - 1));
+    return [domain, hops](Switch& target) {
+        memberOf(target, domain).hops = hops;
+        target.raise(VEX_EVENT_LSDB_CHANGE, "Domain " + std::to_string(domain) + " reachable");
+    };
+}
+
+/** Another fabric's switches join, and the principal of both is a new one. */
+Action readMerge(TableReader& table) {
+    std::vector<Member> members;
+    for (TableReader& entry : table.tables("switches")) {
+        members.push_back(readMember(entry));
+        entry.finish();
+    }
+    return [members, principal = table.wwn("principal")](Switch& target) {
+        for (const Member& member : members) join(target, member);
+        setPrincipal(target, principal);
+        raiseReformed(target, "Fabrics merged");
+    };
+}
+
+/** Switches leave together, and what stays behind has a new principal. */
+Action readSegment(TableReader& table) {
+    const std::set<unsigned> domains = readNumbers(table, "domains", lowest_domain, highest_domain);
+    return [domains, principal = table.wwn("principal")](Switch& target) {
+        for (const unsigned domain : domains) leave(target, domain);
+        setPrincipal(target, principal);
+        raiseReformed(target, "Fabric segmented");
+    };
+}
+
+Action readRename(TableReader& table) {
+    return [principal = table.wwn("principal")](Switch& target) {
+        setPrincipal(target, principal);
+        target.raise(VEX_EVENT_FABRIC_CHANGE, "Principal switch " + principal);
+    };
+}
+
+template <bool online>
+Action readRemotePort(TableReader& table) {
+    const unsigned domain = readDomain(table, "domain");
+    const auto port = static_cast<unsigned>(table.integer("port", 0, most_ports));
+    return [domain, port](Switch& target) {
+        FabricSwitch& owner = memberOf(target, domain);
+        if (online) {
+            owner.offline.erase(port);
+        } else {
+            owner.offline.insert(port);
+        }
+        const std::string name = std::to_string(domain) + '/' + std::to_string(port);
+        target.raise(VEX_EVENT_LSDB_CHANGE, "Port " + name + (online ? " online" : " offline"));
+    };
+}
+
+/** Sets both fields: what the step does not name is well again. The library is not told of it. */
+Action readManagementServer(TableReader& table) {
+    const unsigned domain = readDomain(table, "domain");
+    FabricSwitch said;
+    readManagement(table, "status", "slow", said);
+    return [domain, said](Switch& target) {
+        FabricSwitch& owner = memberOf(target, domain);
+        owner.management_status = said.management_status;
+        owner.management_slow_s = said.management_slow_s;
+    };
+}
+
+}  // namespace
+
+const Area& fabricArea() {
+    static const Area area = [] {
+        Area made;
+        made.name = "fabric";
+        made.sections = {{"fabric", false, loadFabric}};
+        made.steps = {
+            {"switch_join", readJoin},
+            {"switch_leave", readLeave},
+            {"switch_domain", readDomainChange},
+            {"switch_unreachable", readUnreachable},
+            {"switch_reachable", readReachable},
+            {"fabric_merge", readMerge},
+            {"fabric_segment", readSegment},
+            {"fabric_rename", readRename},
+            {"remote_port_online", readRemotePort<true>},
+            {"remote_port_offline", readRemotePort<false>},
+            {"management_server", readManagementServer},
+        };
+        made.defaults = setDefaults;
+        made.read = readFabricKey;
+        return made;
+    }();
+    return area;
+}
+
+}  // namespace vexsim

@@ -1,0 +1,44 @@
+#include "simulator/switch_writer.h"
+
+#include <cstdio>
+#include <sstream>
+
+namespace vexsim {
+namespace {
+
+/** The part of a name that all switches of a scheme share; the domain ID ends it. */
+const char* stem(const FabricShape& shape) {
+    if (shape.cisco) return "2000000dec0000";
+    switch (shape.scheme) {
+        case NameScheme::Naa1:
+            return "10000011220000";
+        case NameScheme::Naa2:
+            return "20000011220000";
+        case NameScheme::Naa3:
+            return "30000000112200";
+        case NameScheme::Naa5:
+            break;
+    }
+    return "50011220000000";
+}
+
+}  // namespace
+
+std::string generatedName(const FabricShape& shape, unsigned domain) {
+    char digits[16];
+    std::snprintf(digits, sizeof digits, "%02x", domain & 0xFFU);
+    return std::string(stem(shape)) + digits;
+}
+
+std::string writeSwitchFile(const FabricShape& shape) {
+    std::ostringstream file;
+    file << "[switch]\nwwn = \"" << generatedName(shape, 1) << "\"\ndomain = 1\nname = \"switch-1\"\n\n"
+         << "[fabric]\nprincipal = \"" << generatedName(shape, 1) << "\"\n";
+    for (unsigned domain = 2; domain <= shape.switches; ++domain) {
+        file << "\n[[fabric.switch]]\ndomain = " << domain << "\nwwn = \"" << generatedName(shape, domain)
+             << "\"\nname = \"switch-" << domain << "\"\nports = " << shape.ports << '\n';
+    }
+    return file.str();
+}
+
+}  // namespace vexsim
