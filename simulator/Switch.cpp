@@ -1,5 +1,7 @@
 #include "simulator/Switch.h"
 
+#include <cstdlib>
+
 #include "simulator/areas/Area.h"
 
 namespace vexsim {
@@ -17,6 +19,10 @@ Reading Switch::read(const std::string& key) {
 std::string Switch::value(const std::string& key, const std::string& fallback) const {
     const auto found = _store.find(key);
     return found == _store.end() ? fallback : found->second;
+}
+
+int64_t Switch::number(const std::string& key) const {
+    return std::strtoll(value(key).c_str(), nullptr, 10);
 }
 
 }  // namespace vexsim

@@ -44,6 +44,8 @@ class Switch {
     bool has(const std::string& key) const { return _store.count(key) != 0; }
     /** The store's value, or the fallback. */
     std::string value(const std::string& key, const std::string& fallback = {}) const;
+    /** The store's value as a decimal number, 0 for anything else. */
+    int64_t number(const std::string& key) const;
     void set(const std::string& key, std::string value) { _store[key] = std::move(value); }
     void erase(const std::string& key) { _store.erase(key); }
     /** Every key of the store, in no order. */
