@@ -182,6 +182,14 @@ class DC_EXPORT DataCache {
     void queueVexlibEvent(vex_event_s* event) DC_TAKES(access_lock);
     void vexlibEventKick(vex_eventcode_e code, vex_eventsource_s* source, char* text) DC_TAKES(access_lock);
     void _vexlibNotificationCB(vex_event_s* event) DC_REQUIRES(access_lock);
+    void _markAreas(int32_t code, int32_t port) DC_REQUIRES(access_lock);
+    void _actOnEvent(int32_t code, const std::string& text) DC_REQUIRES(access_lock);
+    void _sendEnvEvent(const char* component, const char* condition, const std::string& description)
+        DC_REQUIRES(access_lock);
+    template <class Event>
+    void _sendNameServerEvents(const std::string& text) DC_REQUIRES(access_lock);
+    void _mediaInserted(const std::string& text) DC_REQUIRES(access_lock);
+    void _mediaRemoved(const std::string& text) DC_REQUIRES(access_lock);
 
     // ---- Loaders: one area each, called by the pass; the accounts' by the host ----
 
@@ -194,6 +202,12 @@ class DC_EXPORT DataCache {
     void _reportBladeRemove(uint16_t kind, uint16_t slot, uint16_t fans, uint16_t powerSupplies)
         DC_REQUIRES(access_lock);
     bool _getPortInfo() DC_REQUIRES(access_lock);
+    bool _readPortCount() DC_REQUIRES(access_lock);
+    bool _readMarkedPorts() DC_REQUIRES(access_lock);
+    bool _readPort(unsigned port) DC_REQUIRES(access_lock);
+    bool _readPortNames(uint8_t& domain, Wwn& principal) DC_REQUIRES(access_lock);
+    void _updateLocalSwitch(uint8_t domain) DC_REQUIRES(access_lock);
+    void _reportPorts(const Wwn& fabric) DC_REQUIRES(access_lock);
     bool _getFabricInfo() DC_REQUIRES(access_lock);
     bool _getAcctInfo() DC_REQUIRES(access_lock);
     int _getZoningInfo() DC_REQUIRES(access_lock);
@@ -258,7 +272,8 @@ class DC_EXPORT DataCache {
     std::vector<Wwn> _origFabric DC_GUARDED_BY(access_lock);  ///< switches before the current load
     Wwn _origFabricName DC_GUARDED_BY(access_lock);           ///< fabric name before the current load
     bool _fabricInitialized DC_GUARDED_BY(access_lock) = false;
-    /** The switch whose ports are being read, null outside the port load, and the uptime at its first read. */
+    /** The switch whose ports are being read, null outside the port load, and the uptime at its first read.
+     */
     Element<SwitchCache>* _mserverSwitch DC_GUARDED_BY(access_lock) = nullptr;
     long _mserverRequestTime DC_GUARDED_BY(access_lock) = 0;
 };

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "common/Wwn.h"
+#include "datacache/media_data.h"
 
 /** Rows of the tables of local ports; ports are counted from 0. */
 constexpr unsigned kPortRows = 256;
@@ -22,15 +23,26 @@ struct PortState {
     Wwn port0Wwn;                                  ///< the name from which all local port names are derived
 };
 
+constexpr uint16_t kPortTypeDonor = 16000;        ///< a port lent to another use: no port of the fabric
+constexpr uint16_t kPortTypePassThrough = 16004;  ///< a port that walks leave out
+
+/** The first port from `from` on that exists and is no pass-through port, or kPortRows. */
+unsigned nextRootPort(const PortState& ports, unsigned from);
+
 /** The transceivers of the local ports, written by the port scan and by media events. */
 struct TransceiverState {
     TransceiverState() {
-        mediaFormat.fill(2);
-        mediaVendorOUI.fill("000000");
-        mediaVendorSN.fill("0000000000000000");
+        for (unsigned port = 0; port < kPortRows; ++port) clear(port);
+    }
+    /** No transceiver, or nothing known of it. */
+    void clear(size_t port) {
+        mediaPresent[port] = false;
+        mediaFormat[port] = MEDIA_UNKNOWN;
+        mediaVendorOUI[port] = kNoVendorOUI;
+        mediaVendorSN[port] = kNoVendorSN;
     }
     std::array<bool, kPortRows> mediaPresent{};    ///< present, with digital diagnostics (SFF-8472)
-    std::array<uint8_t, kPortRows> mediaFormat{};  ///< 0 SFP, 1 another known form, 2 unknown
+    std::array<uint8_t, kPortRows> mediaFormat{};  ///< a MediaFormat, or what a media event said
     std::array<std::string, kPortRows> mediaVendorOUI;
     std::array<std::string, kPortRows> mediaVendorSN;
 };
