@@ -62,6 +62,7 @@ const Area& bladesArea();
 const Area& accountsArea();
 const Area& propertiesArea();
 const Area& lsdbWalkArea();
+const Area& localPortsArea();
 const Area& sessionArea();
 const Area& alarmsArea();
 const Area& fabricArea();

@@ -6,10 +6,10 @@ namespace vexsim {
 
 const std::vector<const Area*>& areas() {
     static const std::vector<const Area*> table = {
-        &switchArea(),  &chassisArea(),
+        &switchArea(),     &chassisArea(),
         &bladesArea(),  // after the chassis, which says how many slots there are
-        &fabricArea(),  &nameServerArea(), &accountsArea(), &propertiesArea(), &lsdbWalkArea(),
-        &sessionArea(), &alarmsArea(),     &zoningArea(),   &faultsArea(),
+        &localPortsArea(), &fabricArea(),  &nameServerArea(), &accountsArea(), &propertiesArea(),
+        &lsdbWalkArea(),   &sessionArea(), &alarmsArea(),     &zoningArea(),   &faultsArea(),
         &genericArea(),  // last: its raw keys override what the others made
     };
     return table;
