@@ -1,0 +1,194 @@
+#include <functional>
+#include <stdexcept>
+
+#include "datacache/media_data.h"
+#include "tests/support/CacheTest.h"
+
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::Not;
+
+constexpr const char* kSwitch = R"(
+[switch]
+wwn = "1000001122AABBCC"
+[ports]
+count = 6
+[ports.transceiver]
+oui = 0x00AABB
+[[ports.port]]
+numbers = [2]
+transceiver = {identifier = 0x11, oui = 0xC0FFEE, serial = "AB  12   "}
+[[ports.port]]
+numbers = [3]
+transceiver = {ddm = false}
+[[ports.port]]
+numbers = [4]
+state = "NotInstalled"
+)";
+
+TEST(MediaData, CleansSerialNumbers) {
+    const struct {
+        const char* text;
+        const char* clean;
+    } kSerials[] = {
+        {"", ""},
+        {" ", ""},
+        {"    ", ""},
+        {"ABC", "ABC"},
+        {"A B C", "A B C"},
+        {"AB  12   ", "AB _12"},
+        {"A    B", "A ___B"},
+        {"  A", " _A"},
+        {"A  B  C", "A _B _C"},
+        {"0123456789ABCDE  ", "0123456789ABCDE"},     // 17 characters
+        {"0123456789ABCDEFGH", "0123456789ABCDEFG"},  // 18
+        {"0123456789ABCDE   ", "0123456789ABCDE _"},  // 18: the cut leaves spaces that stay
+        {"                  ", " ________________"},  // 18
+        {"01234567890123456                 X", "01234567890123456"},
+    };
+    for (const auto& serial : kSerials) EXPECT_EQ(sanitizedSerial(serial.text), serial.clean) << serial.text;
+    EXPECT_EQ(DataCache::_sanitizedMediaVendorSN("A  B"), "A _B");
+    EXPECT_EQ(DataCache::_sanitizedMediaVendorSN(nullptr), "");
+}
+
+TEST(MediaData, ReadsFormatAndVendor) {
+    EXPECT_EQ(mediaFormatOf("0304"), MEDIA_SFP);
+    EXPECT_EQ(mediaFormatOf("0B04"), MEDIA_UNKNOWN) << "read as a decimal number";
+    EXPECT_EQ(mediaFormatOf("1104"), MEDIA_OTHER);
+    EXPECT_EQ(mediaFormatOf("0004"), MEDIA_UNKNOWN);
+    EXPECT_EQ(mediaFormatOf(""), MEDIA_UNKNOWN);
+    EXPECT_EQ(mediaFormatOf("3"), MEDIA_SFP);
+    EXPECT_EQ(vendorOUIOf("0123456789ABCDEF01"), "ABCDEF");
+    EXPECT_EQ(vendorOUIOf("0123456789ABCDE"), "000000") << "too short";
+}
+
+class Transceiver : public CacheTest {
+  protected:
+    Transceiver() {
+        load(kSwitch);
+        settle();
+        events();
+        log();
+    }
+    /** Hands a media event to the dispatch; no scan follows. */
+    void media(int code, const std::string& text) {
+        vex_event_s event{};
+        event.code = code;
+        text.copy(event.text, sizeof event.text);
+        const AccessGuard guard;
+        cache()._vexlibNotificationCB(&event);
+    }
+    /** What the getters say of a port: format, diagnostics, OUI, serial number. */
+    std::string port(const std::string& index) {
+        return std::to_string(cache().getTransceiverFormat(index)) +
+               (cache().getTransceiverDDMSupported(index) ? " yes " : " no ") +
+               cache().getTransceiverVendorOUI(index) + ' ' + cache().getTransceiverVendorSN(index);
+    }
+    static constexpr const char* kNothing = "2 no  ";
+};
+
+TEST_F(Transceiver, IsReadWithItsPort) {
+    EXPECT_EQ(port("0"), "0 yes 00AABB SIM0000000000000");
+    EXPECT_EQ(port("2"), "1 yes C0FFEE AB _12");
+    EXPECT_EQ(port("3"), kNothing) << "no diagnostics";
+    EXPECT_EQ(port("4"), kNothing) << "not installed";
+    EXPECT_EQ(port("6"), kNothing) << "no such port";
+}
+
+TEST_F(Transceiver, IndexesAreTexts) {
+    EXPECT_EQ(port("1"), "0 yes 00AABB SIM0000000000001");
+    EXPECT_EQ(port(" 01x"), port("1"));
+    EXPECT_EQ(port("65537"), port("1")) << "cut to 16 bits";
+    for (const char* text : {"", "x", "00", " 0", "0x", "-0", "65536"}) {
+        EXPECT_EQ(port(text), kNothing) << '"' << text << "\" is read as 0 and is not \"0\"";
+    }
+    EXPECT_EQ(port("255"), kNothing);
+    for (const char* text : {"256", "65535", "-1", "4294967296"}) {
+        for (const auto& ask : std::vector<std::function<void()>>{
+                 [&] { cache().getTransceiverFormat(text); },
+                 [&] { cache().getTransceiverDDMSupported(text); },
+                 [&] { cache().getTransceiverVendorSN(text); },
+                 [&] { cache().getTransceiverVendorOUI(text); },
+             }) {
+            try {
+                ask();
+                ADD_FAILURE() << text;
+            } catch (const std::out_of_range& error) {
+                EXPECT_STREQ(error.what(), "bitset::test");
+            }
+        }
+        EXPECT_EQ(cache().getPortType(text), 0);
+        EXPECT_EQ(cache().getPortHWType(text), 0);
+    }
+    EXPECT_EQ(pthread_mutex_trylock(&access_mutex), 0) << "the lock is released as the exception leaves";
+    pthread_mutex_unlock(&access_mutex);
+}
+
+TEST_F(Transceiver, IsFoundByVendorAndSerial) {
+    EXPECT_EQ(cache().getRootPortIndexForTransceiver("00AABB", "SIM0000000000005"), "5");
+    EXPECT_EQ(cache().getRootPortIndexForTransceiver("C0FFEE", "AB _12"), "2");
+    EXPECT_EQ(cache().getRootPortIndexForTransceiver("C0FFEE", "AB  12"), "");
+    EXPECT_EQ(cache().getRootPortIndexForTransceiver("000000", "0000000000000000"), "") << "no diagnostics";
+    sim.run(
+        "[[step]]\ndo = \"transceiver_plugged\"\nport = 1\noui = 65\nserial = \"0123456789ABCDEF\"\n"
+        "[[step]]\ndo = \"transceiver_plugged\"\nport = 0\noui = 65\nserial = \"0123456789ABCDEF\"\n");
+    settle();
+    EXPECT_EQ(cache().getRootPortIndexForTransceiver("A", "0123456789ABCDEF"), "0") << "the first of two";
+}
+
+TEST_F(Transceiver, MediaEventsChangeTheirPortOnly) {
+    media(76, "9;9;9;3;1;4161;0123456789ABCDEF;257");  // 4161 is 4096 + 65
+    EXPECT_EQ(port("3"), "1 yes A 0123456789ABCDEF") << "OUI and format are cut to a byte";
+    media(77, "9;9;1;3");
+    EXPECT_EQ(port("3"), kNothing);
+    {
+        const AccessGuard guard;
+        EXPECT_EQ(cache()._transceivers.mediaVendorOUI[3], "000000");
+        EXPECT_EQ(cache()._transceivers.mediaVendorSN[3], "0000000000000000");
+        EXPECT_EQ(cache()._transceivers.mediaFormat[3], 2);
+    }
+    media(76, "9;9;9;2;0;65;0123456789ABCDEF;1");
+    EXPECT_EQ(port("2"), kNothing) << "presence 0 resets";
+    EXPECT_EQ(port("1"), "0 yes 00AABB SIM0000000000001");
+    EXPECT_EQ(cache().workToDo(), false) << "no scan follows";
+    EXPECT_THAT(events(), ElementsAre());
+    media(76, "9;9;9;255;1;65;0123456789ABCDEF;1");
+    const AccessGuard guard;
+    EXPECT_TRUE(cache()._transceivers.mediaPresent[255]);
+}
+
+TEST_F(Transceiver, MediaEventsThatSayTooLittleOrTooMuchChangeNothing) {
+    const std::string before = port("3");
+    media(77, "1;2;3");
+    EXPECT_THAT(log(),
+                Contains("2 DCACHE: VEX_EVENT_PORT_MEDIA_REMOVED event only contains 3 items, string = "
+                         "'1;2;3'"));
+    media(76, "");
+    EXPECT_THAT(log(), Contains("2 DCACHE: VEX_EVENT_PORT_MEDIA_INSTERTED event only contains -1 items, "
+                                "string = ''"));
+    const std::string unterminated = "1;2;3;0;1;5;" + std::string(1388, 'x');
+    media(76, unterminated);
+    EXPECT_THAT(log(), Contains("2 DCACHE: VEX_EVENT_PORT_MEDIA_INSTERTED event only contains 7 items, "
+                                "string = '" +
+                                unterminated + "'"));
+    for (const char* number : {"-1", "256", "65536", "2147483647", "99999999999", "-99999999999"}) {
+        media(76, std::string("0;0;0;") + number + ";1;65;0123456789ABCDEF;1");
+        media(77, std::string("0;0;0;") + number);
+    }
+    EXPECT_EQ(port("3"), before);
+    EXPECT_EQ(port("0"), "0 yes 00AABB SIM0000000000000");
+    EXPECT_THAT(log(), Not(Contains(::testing::HasSubstr("event only contains"))));
+}
+
+TEST_F(Transceiver, PlugAndPullFromTheSwitch) {
+    step("[[step]]\ndo = \"transceiver_pulled\"\nport = 0\n");
+    EXPECT_EQ(port("0"), kNothing);
+    step("[[step]]\ndo = \"transceiver_plugged\"\nport = 0\noui = 0x001142\nserial = \"FEDCBA9876543210\"\n");
+    EXPECT_EQ(port("0"), "0 yes B FEDCBA9876543210");
+    step("[[step]]\ndo = \"port_online\"\nport = 0\n");
+    EXPECT_EQ(port("0"), "0 yes 001142 FEDCBA9876543210") << "the next scan of the port reads it whole";
+}
+
+}  // namespace
