@@ -13,6 +13,7 @@ bool DataCache::_load_switch_domain_list() {
     const size_t listKey = batch.add("Oper.Eport.LsdbRecordList.255");
     if (!batch.get(_handle)) {
         logUpdateFailed("_load_switch_domain_list", 2038);
+        _fabric._fabric_name = _origFabricName;  // so that the next load compares with the same old state
         return false;
     }
     if (batch.status(listKey) != 0) {
@@ -33,7 +34,7 @@ bool DataCache::_load_switch_domain_list() {
     }
     for (const std::string& domain : domains) {
         if (_loadDomain(domain)) continue;
-        _fabric._fabric_name = _origFabricName;  // so that the next load compares with the same old state
+        _fabric._fabric_name = _origFabricName;
         return false;
     }
     std::vector<Wwn> members;

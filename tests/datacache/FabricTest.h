@@ -1,0 +1,56 @@
+#pragma once
+
+#include "tests/support/CacheTest.h"
+
+/**
+ * A switch in a fabric. Its own ports are given here and not scanned: what is under test is the fabric.
+ */
+class FabricTest : public CacheTest {
+  protected:
+    static constexpr const char* kLocal = "1000001122000001";
+
+    /** Loads a switch file, gives the switch its own record and ports 0 to 3, and lets the cache load. */
+    void loadFabric(const std::string& switchToml) {
+        load(switchToml);
+        auto* const local = new SwitchCache;
+        local->_wwn = Wwn(sim.get("Oper.Switch.WWN").value_or(""));
+        local->_local = true;
+        const AccessGuard guard;
+        cache()._portState.port0Wwn = Wwn("2" + local->_wwn.tostring().substr(1));
+        for (size_t port = 0; port < 4; ++port) cache()._portState.localPortsPresent[port] = true;
+        cache()._fabric._switches.add(Element<SwitchCache>::alloc(local, true));
+        settle();
+    }
+
+    /** A load of the fabric, as the pass makes it; false when it failed. */
+    bool reload() {
+        const AccessGuard guard;
+        return cache()._getFabricInfo();
+    }
+
+    FabricCache& fabric() { return *cache().getFabric(1); }
+    SwitchCache* member(const std::string& name) { return fabric().getSwitchByWwn(name); }
+
+    /** The switches of the cache as "DOMAIN NAME ports=N", in list order, less the local one. */
+    std::vector<std::string> members() {
+        std::vector<std::string> lines;
+        for (const SwitchCache* s = fabric().getFirstSwitch(); s != nullptr; s = fabric().getNextSwitch(s)) {
+            if (s->isLocal()) continue;
+            lines.push_back(std::to_string(s->getDomainID()) + ' ' + s->getWwn() +
+                            " ports=" + std::to_string(s->_port_count));
+        }
+        return lines;
+    }
+
+    /** Log messages about the fabric's switches since the last call, from the list of domains on. */
+    std::vector<std::string> memberLog() {
+        std::vector<std::string> lines;
+        bool on = false;
+        for (const std::string& line : log()) {
+            if (line == "2 DCACHE: _load_switch_domain_list()") on = true;
+            if (line == "2 DCACHE: _load_mserver_ports()") on = false;
+            if (on) lines.push_back(line);
+        }
+        return lines;
+    }
+};
