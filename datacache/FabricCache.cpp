@@ -13,8 +13,26 @@ SwitchCache* switchOf(Element<SwitchCache>* element) {
 
 }  // namespace
 
+FabricCache::FabricCache() = default;
+
 FabricCache::~FabricCache() {
     _switches.purge_list(true);
+}
+
+Wwn FabricCache::getFabricWorldWideName() const {
+    return _fabric_name;
+}
+
+std::string FabricCache::getFabricWwn() const {
+    return _fabric_name.tostring();
+}
+
+uint32_t FabricCache::getOperatingMode() const {
+    return _operating_mode;
+}
+
+uint16_t FabricCache::getSwitchCount() const {
+    return static_cast<uint16_t>(_switches.size());
 }
 
 SwitchCache* FabricCache::getFirstSwitch() const {

@@ -18,15 +18,15 @@
  */
 class DC_EXPORT FabricCache {
   public:
-    FabricCache() = default;
+    FabricCache();
     ~FabricCache();
 
     /** The fabric's name, which is the principal switch's; null on a transparent switch. */
-    Wwn getFabricWorldWideName() const { return _fabric_name; }
+    Wwn getFabricWorldWideName() const;
     /** The same as 16 hexadecimal digits. */
-    std::string getFabricWwn() const { return _fabric_name.tostring(); }
-    uint32_t getOperatingMode() const { return _operating_mode; }
-    uint16_t getSwitchCount() const { return static_cast<uint16_t>(_switches.size()); }
+    std::string getFabricWwn() const;
+    uint32_t getOperatingMode() const;
+    uint16_t getSwitchCount() const;
 
     /** Walks the switches. The one after a switch that is not in the fabric is null. */
     SwitchCache* getFirstSwitch() const;

@@ -12,10 +12,10 @@
  */
 class DC_EXPORT PortCache {
   public:
-    PortCache() = default;
-    PortCache(const Wwn& name, unsigned short index) : _wwn(name), _port_index(index) {}
+    PortCache();
+    PortCache(const Wwn& name, unsigned short index);
 
-    bool isNull() const { return _wwn.isNull(); }
+    bool isNull() const;
     /** The port's name as 16 hexadecimal digits; empty for the null port. */
     std::string getWwn() const;
 

@@ -3,22 +3,48 @@
 #include "common/cim_log.h"
 #include "common/number_text.h"
 
-PortCache SwitchCache::portOfRow(unsigned row) const {
-    Wwn name = _port_base_wwn;
-    name.Set_Port(_wwn_portno[row]);
-    return {name, _lsdb_port_index[row]};
+namespace {
+
+PortCache portOfRow(const SwitchCache& owner, unsigned row) {
+    Wwn name = owner._port_base_wwn;
+    name.Set_Port(owner._wwn_portno[row]);
+    return {name, owner._lsdb_port_index[row]};
+}
+
+}  // namespace
+
+SwitchCache::SwitchCache() = default;
+
+unsigned char SwitchCache::getDomainID() const {
+    return _domain_id;
+}
+
+Wwn SwitchCache::getWorldWideName() const {
+    return _wwn;
+}
+
+std::string SwitchCache::getWwn() const {
+    return _wwn.tostring();
+}
+
+bool SwitchCache::isLocal() const {
+    return _local;
+}
+
+unsigned char SwitchCache::getStatus() const {
+    return _status;
 }
 
 PortCache SwitchCache::getFirstPort() const {
     if (_port_base_wwn.isNull() || _port_count == 0) return {};
-    return portOfRow(0);
+    return portOfRow(*this, 0);
 }
 
 PortCache SwitchCache::getNextPort(const PortCache& port) const {
     if (_port_base_wwn.isNull()) return {};
     for (unsigned row = 0; row + 1 < _port_count; ++row) {
         // By index and not by name, as is meant.
-        if (_lsdb_port_index[row] == port._port_index) return portOfRow(row + 1);
+        if (_lsdb_port_index[row] == port._port_index) return portOfRow(*this, row + 1);
     }
     return {};
 }
@@ -56,7 +82,7 @@ PortCache SwitchCache::getPortByLSDBPortIndex(const std::string& index) const {
             "DCACHE: SwitchCache::getPortByLSDBPortIndex( %s ) searching for _wwn_portno 0x%3.3x\n",
             index.c_str(), wanted);
     for (unsigned row = 0; row < _port_count; ++row) {
-        if (_wwn_portno[row] == wanted) return portOfRow(row);
+        if (_wwn_portno[row] == wanted) return portOfRow(*this, row);
     }
     return {};
 }

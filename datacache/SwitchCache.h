@@ -23,12 +23,14 @@ class DC_EXPORT SwitchCache {
     /** Wider than any port field: what stays of it after Wwn::Get_Port() tells a name that has none. */
     static constexpr unsigned kNoPortField = 4096;
 
-    unsigned char getDomainID() const { return _domain_id; }
-    Wwn getWorldWideName() const { return _wwn; }
+    SwitchCache();
+
+    unsigned char getDomainID() const;
+    Wwn getWorldWideName() const;
     /** The switch's name as 16 hexadecimal digits. */
-    std::string getWwn() const { return _wwn.tostring(); }
-    bool isLocal() const { return _local; }
-    unsigned char getStatus() const { return _status; }
+    std::string getWwn() const;
+    bool isLocal() const;
+    unsigned char getStatus() const;
 
     /** Walks the ports in the order of the rows; the null port at the end. The next port is found by index.
      */
@@ -59,7 +61,4 @@ class DC_EXPORT SwitchCache {
     bool _stale = false;            ///< not seen yet in the load that is going on
     bool _local = false;
     uint8_t _status = 2;
-
-  private:
-    PortCache portOfRow(unsigned row) const;
 };

@@ -27,7 +27,8 @@ std::vector<int> values(const List<E>& list) {
     std::vector<int> forth;
     std::vector<int> back;
     for (const E* e = list.get_first(); e != nullptr; e = e->get_next()) forth.push_back(e->item()->value);
-    for (const E* e = list.get_last(); e != nullptr; e = e->get_prev()) back.insert(back.begin(), e->item()->value);
+    for (const E* e = list.get_last(); e != nullptr; e = e->get_prev())
+        back.insert(back.begin(), e->item()->value);
     EXPECT_EQ(forth, back);
     EXPECT_EQ(forth.size(), list.size());
     return forth;

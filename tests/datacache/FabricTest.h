@@ -1,5 +1,7 @@
 #pragma once
 
+#include <thread>
+
 #include "tests/support/CacheTest.h"
 
 /**
@@ -20,6 +22,28 @@ class FabricTest : public CacheTest {
         for (size_t port = 0; port < 4; ++port) cache()._portState.localPortsPresent[port] = true;
         cache()._fabric._switches.add(Element<SwitchCache>::alloc(local, true));
         settle();
+    }
+
+    /** Runs a step, given as its fields (more steps may follow as tables), then settles. */
+    void act(const std::string& fields) { step("[[step]]\n" + fields); }
+
+    /** Back to no switch and no cache. */
+    void restart() {
+        delete DataCache::instance;
+        DataCache::instance = nullptr;
+        hSwitch = 0;
+        sim.reset();
+        sim.setDelivery(vexsim::Delivery::Manual);
+    }
+
+    /** Whether another thread could take the access lock. */
+    static bool lockIsFree() {
+        bool taken = false;
+        std::thread([&taken] {
+            taken = pthread_mutex_trylock(&access_mutex) == 0;
+            if (taken) pthread_mutex_unlock(&access_mutex);
+        }).join();
+        return taken;
     }
 
     /** A load of the fabric, as the pass makes it; false when it failed. */

@@ -71,7 +71,7 @@ const Case kCases[] = {
     {"gain and loss: the loss is told first",
      "Pabc",
      "Pbdc",
-     {kSame, kCheck, "? b", "? d", "P +d", "? c",                           //
+     {kSame, kCheck, "? b", "? d", "P +d", "? c",  //
       "b=a?", "d=a?", "c=a?", "P -a", "b=b?", "b=c?", "d=c?", "c=c?", "shrunk P", "grown P"}},
     {"segmented: only known switches are told of",
      "Pabc",
