@@ -52,6 +52,14 @@ void CacheTest::load(const std::string& switchToml) {
     wakeEvaluation();  // as the evaluation thread starts with a pass
 }
 
+void CacheTest::start(const std::string& switchToml) {
+    load(switchToml);
+    settle();
+    allEvents();
+    calls();
+    log();
+}
+
 bool CacheTest::pass() {
     const AccessGuard guard;
     return cache().evaluateCaches();

@@ -27,6 +27,8 @@ class CacheTest : public ::testing::Test {
 
     /** Loads a switch file's text, then does what a host does at start-up, less the evaluation thread. */
     void load(const std::string& switchToml);
+    /** load(), then the first passes; forgets their events, calls and log lines. */
+    void start(const std::string& switchToml);
     /** One evaluation pass; returns whether the cache is ready. */
     bool pass();
     /** Delivers notifications and runs the passes that they ask for until nothing is left; returns their
