@@ -17,7 +17,7 @@
 namespace vexsim {
 namespace {
 
-constexpr int64_t longest_wait_ms = 24 * 60 * 60 * 1000;
+constexpr double longest_wait_ms = 24.0 * 60 * 60 * 1000;
 
 std::string quoted(const std::string& text) {
     return '"' + text + '"';
@@ -181,7 +181,7 @@ std::chrono::milliseconds TableReader::duration(const std::string& field) {
         }
     }
     const double milliseconds = amount * unit_ms;
-    if (!(milliseconds >= 0 && milliseconds <= static_cast<double>(longest_wait_ms))) {
+    if (!(milliseconds >= 0 && milliseconds <= longest_wait_ms)) {
         fail(field, quoted(field) + " must be seconds, or a text like \"500ms\" or \"2s\", up to a day");
     }
     return std::chrono::milliseconds(std::llround(milliseconds));
@@ -281,6 +281,7 @@ std::vector<std::string> TableReader::unknownFields() const {
     std::sort(found.begin(), found.end(),
               [](const auto& left, const auto& right) { return left.first < right.first; });
     std::vector<std::string> names;
+    names.reserve(found.size());
     for (auto& entry : found) names.push_back(std::move(entry.second));
     return names;
 }

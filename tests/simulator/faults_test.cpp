@@ -107,7 +107,7 @@ TEST_F(FaultsTest, ConnectionsAreRefusedAsTheSwitchFileSays) {
 }
 
 TEST_F(FaultsTest, ADelayKeepsNobodyElseWaiting) {
-    fault("function = 'vex_smlGet'\nkey = 'A.1'\ndelay_ms = 500");
+    fault("function = 'vex_smlGet'\nkey = 'A.1'\ndelay_ms = 1000");
     std::atomic<bool> returned{false};
     std::chrono::steady_clock::duration taken{};
     std::thread slow([&] {
@@ -120,7 +120,7 @@ TEST_F(FaultsTest, ADelayKeepsNobodyElseWaiting) {
     EXPECT_EQ(single("A.2"), "0=two");
     EXPECT_FALSE(returned);
     slow.join();
-    EXPECT_GE(taken, std::chrono::milliseconds(500));
+    EXPECT_GE(taken, std::chrono::milliseconds(1000));
 }
 
 TEST_F(FaultsTest, TextsAreCountedAndWrongFreesNoticed) {
