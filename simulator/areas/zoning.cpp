@@ -92,6 +92,16 @@ ZonesetContent readActive(TableReader& table, const ZoningDatabase& configured) 
     return std::move(*content);
 }
 
+/**
+ * A file without the section: a switch that a cache need not load, as 1 is what a cache begins with. So files
+ * about other things are not full of zoning.
+ */
+void setDefaults(Switch& target) {
+    target.set("Oper.Zoning.InactiveChecksum", "1");
+    target.set("Oper.Zoning.ActiveChecksum", "1");
+    target.set("Oper.Zoning.ActiveZoneSet", "");
+}
+
 void loadZoning(TableReader& table, Switch& target) {
     Zoning& zoning = target.part<Zoning>();
     if (std::optional<TableReader> limits = table.table("limits")) {
@@ -172,7 +182,7 @@ const Area& zoningArea() {
             {"zoning_replace", readReplace},    {"zone_add", readZoneAdd},
             {"zone_remove", readZoneRemove},    {"fabric_lock", readFabricLock},
         };
-        made.defaults = publishZoning;
+        made.defaults = setDefaults;
         made.command_prefixes = {"Cmd.Zoning."};
         made.command = runZoningCommand;
         return made;

@@ -108,6 +108,16 @@ TEST_F(Lifecycle, InstanceIsNullBeforeInit) {
 }
 
 TEST_F(Lifecycle, ConnectsUntilItSucceeds) {
+    sim.loadSwitchText(std::string(kSwitch) + R"(
+        [zoning.limits]
+        zonesets = 1
+        zones = 1
+        members = 1
+        zones_per_zoneset = 1
+        members_per_zone = 1
+        aliases = 1
+        members_per_alias = 1
+    )");
     sim.run(R"(
         [[step]]
         do = "fault"
