@@ -1,0 +1,122 @@
+#include "tests/zoning/ZoningTest.h"
+
+namespace {
+
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+class ZoningCommit : public ZoningTest {
+  protected:
+    ZoningCommit() {
+        start();
+        EXPECT_EQ(zoning().ZoningLock(Arg{"client"}), 1);
+        calls();
+        log();
+    }
+    /** The commands sent since the last call, one group. */
+    std::string sent() {
+        std::string found;
+        for (const std::string& call : calls()) {
+            if (call.compare(0, 16, "vex_smlSetBatch ") == 0) found += call.substr(16);
+        }
+        return found;
+    }
+    bool held() {
+        const AccessGuard guard;
+        return zoning()._lockHeld;
+    }
+};
+
+TEST_F(ZoningCommit, IsOneGroupInItsOrder) {
+    EXPECT_EQ(zoning().removeZoneset(Arg{"alpha"}), ZONING_DONE);
+    EXPECT_EQ(zoning().createZoneset(Arg{"Zulu"}), ZONING_DONE);
+    calls();
+    EXPECT_EQ(zoning().replaceZoningDB(), 1);
+    EXPECT_EQ(sent(),
+              "Cmd.Zoning.EditConfig,Cmd.Zoning.ClearConfig,"
+              "Cmd.Zoning.Alias.a1.Create,Cmd.Zoning.Alias.a1.AddZoneMember.2000001122000001,"
+              "Cmd.Zoning.Alias.a1.AddZoneMember.2000001122000002,Cmd.Zoning.Alias.a2.Create,"
+              "Cmd.Zoning.Zone.z1.Create,Cmd.Zoning.Zone.z1.ZoneType.Soft,"
+              "Cmd.Zoning.Zone.z1.AddZoneMember.2000001122000003,Cmd.Zoning.Zone.z1.AddZoneMember.a1,"
+              "Cmd.Zoning.Zone.z2.Create,Cmd.Zoning.Zone.z2.ZoneType.HardACL,"
+              "Cmd.Zoning.Zone.z2.AddZoneMember.0102,Cmd.Zoning.Zone.z2.AddZoneMember.010203,"
+              "Cmd.Zoning.Zone.z3.Create,Cmd.Zoning.Zone.z3.ZoneType.Soft,"
+              "Cmd.Zoning.ZoneSet.Zulu.Create,"
+              "Cmd.Zoning.ZoneSet.alpha.Create,Cmd.Zoning.ZoneSet.alpha.AddZone.z1,"
+              "Cmd.Zoning.ZoneSet.alpha.AddZone.z2,"
+              "Cmd.Zoning.ZoneSet.beta.Create,Cmd.Zoning.ZoneSet.beta.AddZone.z1,"
+              "Cmd.Zoning.SaveConfig,Cmd.Zoning.FabricUnlock.77,Cmd.Switch.RelAdmin")
+        << "the active zoneset is sent too, and so is configured again";
+    EXPECT_TRUE(held()) << "the group released the fabric's lock, and the flag stays";
+    EXPECT_EQ(zoning().ZoningLock(Arg{"next"}), 1) << "the switch's lock is free";
+}
+
+TEST_F(ZoningCommit, ThatTheSwitchRefusesIsOnlyLogged) {
+    const Zonesets before = onSwitch();
+    EXPECT_EQ(zoning().removeZone(Arg{"z3"}), ZONING_DONE);
+    const char* const faults[] = {
+        "function = 'vex_smlSetBatch'\nresult = 3",
+        "function = 'vex_smlSetBatch'\nkey = 'Cmd.Zoning.Zone.z2.Create'\nstatus = 4",
+        "function = 'vex_smlSetBatch'\nkey = 'Cmd.Zoning.SaveConfig'\nstatus = 4",
+    };
+    for (const char* fault : faults) {
+        SCOPED_TRACE(fault);
+        sim.run(std::string("do = 'fault'\n") + fault);
+        log();
+        EXPECT_EQ(zoning().replaceZoningDB(), 1);
+        EXPECT_THAT(log(), ElementsAre("2 DCACHE: Zoning session failed"));
+        EXPECT_FALSE(held());
+        EXPECT_EQ(onSwitch(), before) << "all or nothing";
+        zoning().ZoningUnlock();
+        EXPECT_EQ(zoning().ZoningLock(Arg{"client"}), 1);
+    }
+    zoning().ZoningUnlock();
+    EXPECT_EQ(zoning().replaceZoningDB(), 1) << "without the lock it is refused as well";
+    EXPECT_EQ(onSwitch(), before);
+    expectNoLeak();
+}
+
+TEST_F(ZoningCommit, OfAnInconsistentDatabaseSendsNothing) {
+    const struct {
+        const char* function;
+        const char* effect;
+        int skip;
+    } cases[] = {
+        {"vex_ZonesetListAliases", "null = true", 1}, {"vex_ZoneAliasGetName", "result = 1", 1},
+        {"vex_ZonesetListZones", "null = true", 2},   {"vex_ZoneGetName", "result = 1", 0},
+        {"vex_ZoneGetType", "result = 1", 2},         {"vex_ZonesetGetName", "result = 1", 1},
+        {"vex_ZonesetListZones", "null = true", 3},   {"vex_ZoneGetName", "result = 1", 6},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(std::string(test.function) + ' ' + std::to_string(test.skip));
+        sim.run(std::string("do = 'fault'\nfunction = '") + test.function + "'\n" + test.effect +
+                "\nskip = " + std::to_string(test.skip));
+        log();
+        calls();
+        EXPECT_EQ(zoning().replaceZoningDB(), 0);
+        EXPECT_THAT(log(), ElementsAre(AllOf(StartsWith("4 Exception[CRIT]:ZoningCache:replaceZoningDB["),
+                                             HasSubstr("] Internal consistency error"))));
+        EXPECT_EQ(sent(), "");
+        EXPECT_TRUE(held()) << "the lock is as it was";
+        sim.run("do = 'clear_faults'");
+    }
+    EXPECT_EQ(zoning().replaceZoningDB(), 1) << "the next one goes through";
+    expectNoLeak();
+}
+
+TEST_F(ZoningCommit, OfAMemberThatHasNoTextIsLeftToTheSwitch) {
+    vex_memberid_u id{};
+    ASSERT_EQ(vex_strToMemberIdentifier("2000001122000077", VEX_ZMT_NODENAME, &id), 0);
+    ASSERT_EQ(vex_ZoneAddMember(vex_ZonesetFindZone(zoning().getUberZoneset(), "z3"),
+                                vex_MemberCreate(VEX_ZMT_NODENAME, &id)),
+              0);
+    const Zonesets before = onSwitch();
+    calls();
+    EXPECT_EQ(zoning().replaceZoningDB(), 1);
+    EXPECT_THAT(sent(), HasSubstr("Cmd.Zoning.Zone.z3.AddZoneMember.Invalid,"));
+    EXPECT_EQ(onSwitch(), before);
+}
+
+}  // namespace

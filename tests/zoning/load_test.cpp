@@ -1,0 +1,174 @@
+#include "tests/zoning/ZoningTest.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+const std::string kDatabaseChange = "DCEventZoningDBChange wwn=1000001122AABBCC";
+
+std::string activeChange(const std::string& previous, const std::string& now) {
+    return "DCEventActiveZonesetChange wwn=1000001122000001 previousActiveZoneset=\"" + previous +
+           "\" activeZoneset=\"" + now + '"';
+}
+
+class ZoningLoad : public ZoningTest {
+  protected:
+    std::vector<std::string> libraryCalls() {
+        std::vector<std::string> found;
+        for (const std::string& call : calls()) {
+            if (call.compare(0, 7, "vex_fzs") == 0 || call.compare(0, 7, "vex_sml") == 0)
+                found.push_back(call.substr(0, call.find(' ')));
+        }
+        return found;
+    }
+};
+
+TEST_F(ZoningLoad, ReadsAllAtFirst) {
+    load(std::string(kSwitch) + kLimits);
+    settle();
+    EXPECT_THAT(events(), ElementsAre(activeChange("", "alpha"), kDatabaseChange));
+    const Zonesets loaded = cached();
+    EXPECT_EQ(loaded.size(), 4U);
+    EXPECT_THAT(loaded.at(kActive),
+                ElementsAre("zone z1 Soft 2000001122000003,a1", "zone z2 HardACL 0102,010203",
+                            "alias a1 2000001122000001,2000001122000002"));
+    EXPECT_EQ(loaded.at("beta").size(), 2U);
+    EXPECT_EQ(loaded.at(kUber).size(), 5U);
+    EXPECT_THAT(logWith("Zoning database update complete").size(), 1U);
+    expectNoLeak();
+    EXPECT_TRUE(refresh());
+    EXPECT_THAT(events(), IsEmpty()) << "nothing changed";
+}
+
+TEST_F(ZoningLoad, ReadsOnlyThePartThatChanged) {
+    start();
+    sim.run("do = 'zone_add'\nname = 'z4'\nmembers = ['a2']\nzonesets = ['beta']");
+    EXPECT_TRUE(refresh());
+    EXPECT_THAT(libraryCalls(), ElementsAre("vex_smlGetBatch", "vex_fzsGetZonesetList", "vex_fzsGetZoneset",
+                                            "vex_fzsGetZoneset", "vex_fzsGetAllZonesAndAliases"));
+    EXPECT_THAT(events(), ElementsAre(kDatabaseChange));
+    sim.run("do = 'zoneset_activate'\nname = 'beta'");
+    EXPECT_TRUE(refresh());
+    EXPECT_THAT(libraryCalls(), ElementsAre("vex_smlGetBatch", "vex_fzsGetActiveZoneset"));
+    EXPECT_THAT(events(), ElementsAre(activeChange("alpha", "beta")));
+    sim.run("do = 'zoneset_deactivate'");
+    EXPECT_TRUE(refresh());
+    EXPECT_THAT(libraryCalls(), ElementsAre("vex_smlGetBatch"));
+    EXPECT_THAT(events(), ElementsAre(activeChange("beta", "")));
+    EXPECT_EQ(zoning().getActiveZoneset(), nullptr);
+    expectNoLeak();
+}
+
+TEST_F(ZoningLoad, OfATransparentSwitchAsksNothing) {
+    start(std::string("[features]\ntransparent = true\n") + kSwitch);
+    sim.set("Config.Switch.TransparentMode", "True");
+    cache().updateSwitch();
+    pass();
+    sim.run("do = 'zone_remove'\nname = 'z3'");
+    allEvents();
+    calls();
+    const Zonesets before = cached();
+    calls();
+    EXPECT_TRUE(refresh());
+    EXPECT_THAT(calls(), IsEmpty());
+    EXPECT_THAT(events(), IsEmpty());
+    EXPECT_EQ(cached(), before);
+}
+
+TEST_F(ZoningLoad, ReadsChecksumsAsHexadecimal) {
+    start(std::string(kSwitch) +
+          "[sml]\n\"Oper.Zoning.ActiveChecksum\" = \"1A2B\"\n"
+          "\"Oper.Zoning.InactiveChecksum\" = \"FFFFFFFF\"\n");
+    const AccessGuard guard;
+    EXPECT_EQ(zoning()._activeChecksum, 6699U);
+    EXPECT_EQ(zoning()._inactiveChecksum, 0xFFFFFFFFU);
+    EXPECT_EQ(zoning()._prevInactiveChecksum, 0xFFFFFFFFU);
+    cache().reloadZoning();
+    EXPECT_EQ(zoning()._prevInactiveChecksum, 0U) << "one more, in 32 bits";
+}
+
+TEST_F(ZoningLoad, OfAnEmptyDatabaseStillHasTheUberZoneset) {
+    load(std::string("[switch]\nwwn = '1000001122AABBCC'\nprincipal = '1000001122000001'\n") + kLimits);
+    settle();
+    EXPECT_THAT(events(), ElementsAre(activeChange("", ""), kDatabaseChange));
+    EXPECT_EQ(cached(), (Zonesets{{kUber, {}}}));
+}
+
+TEST_F(ZoningLoad, IsRepeatedUntilItSucceeds) {
+    const struct {
+        const char* function;
+        const char* message;
+        size_t zonesets;
+    } cases[] = {
+        {"vex_fzsGetZonesetList", "2 DCACHE: vex_fzsGetZonesetList failed", 1},
+        {"vex_fzsGetZoneset", "2 DCACHE: vex_fzsGetZoneset failed", 2},
+        {"vex_fzsGetAllZonesAndAliases", "2 DCACHE: vex_fzsGetAllZonesAndAliases failed", 3},
+    };
+    for (const char* effect : {"result = 5", "null = true"}) {
+        for (const auto& test : cases) {
+            const bool list = test.function == cases[0].function;
+            if (list && effect[0] == 'n') continue;  // hands out no handle
+            SCOPED_TRACE(std::string(test.function) + ' ' + effect);
+            start();
+            const Zonesets before = cached();
+            cache().reloadZoning();
+            sim.run(std::string("do = 'fault'\nfunction = '") + test.function + "'\n" + effect +
+                    (test.zonesets == 2 ? "\nskip = 1" : ""));
+            log();
+            EXPECT_FALSE(refresh());
+            EXPECT_THAT(logWith("failed").front(), test.message);
+            EXPECT_EQ(cached().size(), test.zonesets);
+            EXPECT_EQ(zoning().getUberZoneset(), nullptr);
+            EXPECT_THAT(events(), IsEmpty());
+            EXPECT_NE(zoning().createZone(Arg{"z9"}, VEX_ZT_SOFT), ZONING_DONE) << "without an uber zoneset";
+            expectNoLeak();
+            EXPECT_TRUE(refresh());
+            EXPECT_EQ(cached(), before);
+            EXPECT_THAT(events(), ElementsAre(kDatabaseChange));
+        }
+    }
+}
+
+TEST_F(ZoningLoad, KeepsWhatItHasWhenTheChecksumsCannotBeRead) {
+    start();
+    const Zonesets before = cached();
+    sim.run("do = 'zone_remove'\nname = 'z1'");
+    sim.run("do = 'fault'\nfunction = 'vex_smlGetBatch'\nkey = 'Oper.Zoning.*'\nstatus = 24");
+    EXPECT_FALSE(refresh());
+    EXPECT_THAT(logWith("failed").front(), "2 DCACHE: Cache update failed: DataCache:_getZoningInfo:2469");
+    EXPECT_EQ(cached(), before);
+    EXPECT_TRUE(refresh());
+    EXPECT_NE(cached(), before);
+}
+
+TEST_F(ZoningLoad, WithoutTheActiveZonesetStillTellsOfTheChange) {
+    start();
+    sim.run("do = 'zoneset_activate'\nname = 'beta'");
+    sim.run("do = 'fault'\nfunction = 'vex_fzsGetActiveZoneset'\nresult = 5");
+    log();
+    EXPECT_TRUE(refresh());
+    EXPECT_THAT(logWith("active zoneset"), ElementsAre("2 DCACHE: no active zoneset"));
+    EXPECT_THAT(events(), ElementsAre(activeChange("alpha", "beta")));
+    EXPECT_EQ(zoning().getActiveZoneset(), nullptr);
+    EXPECT_TRUE(refresh());
+    EXPECT_EQ(zoning().getActiveZoneset(), nullptr) << "it counts as loaded";
+    expectNoLeak();
+}
+
+TEST_F(ZoningLoad, SurvivesZonesetsThatTakeEachOthersPlace) {
+    start();
+    for (const std::string& name : {kUber, kActive, std::string("beta")}) {
+        SCOPED_TRACE(name);
+        cache().reloadZoning();
+        sim.run("do = 'fault'\nfunction = 'vex_ZonesetGetName'\nvalue = '" + name + '\'');
+        refresh();
+        expectNoLeak();
+        cache().reloadZoning();
+        EXPECT_TRUE(refresh());
+        EXPECT_EQ(cached().size(), 4U);
+        expectNoLeak();
+    }
+}
+
+}  // namespace

@@ -1,0 +1,79 @@
+#include "tests/zoning/ZoningTest.h"
+
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class FabricLock : public ZoningTest {
+  protected:
+    FabricLock() { start(); }
+    bool expired = false;
+};
+
+TEST_F(FabricLock, IsOneGroupAndKnowsItsClient) {
+    EXPECT_EQ(zoning().ZoningLock(Arg{"client"}), 1);
+    EXPECT_THAT(calls(), ElementsAre("vex_smlSetBatch Cmd.Switch.ReqAdmin,Cmd.Zoning.FabricLock.77"));
+    EXPECT_TRUE(zoning().LockIdOK(Arg{"client"}, expired));
+    EXPECT_FALSE(zoning().LockIdOK(Arg{"other"}, expired));
+    EXPECT_FALSE(zoning().LockIdOK(nullptr, expired));
+    EXPECT_EQ(zoning().ZoningUnlock(), 1);
+    EXPECT_THAT(calls(), ElementsAre("vex_smlSetBatch Cmd.Zoning.FabricUnlock.77,Cmd.Switch.RelAdmin"));
+    EXPECT_FALSE(zoning().LockIdOK(Arg{"client"}, expired));
+    EXPECT_EQ(zoning().ZoningUnlock(), 0) << "there is nothing to release";
+}
+
+TEST_F(FabricLock, ExpiresAfterNinetySeconds) {
+    ASSERT_EQ(zoning().ZoningLock(Arg{"client"}), 1);
+    long now = 0;
+    uptime(&now);
+    const AccessGuard guard;
+    log();
+    // The clock runs on while the test does, so the lock's time is set against it, not the other way round.
+    const auto ok = [&](int32_t age) {
+        long before = 0;
+        long after = 0;
+        bool answer = false;
+        do {
+            uptime(&before);
+            zoning()._lockTime = static_cast<int32_t>(before) - age;
+            log();
+            answer = zoning().LockIdOK(Arg{"client"}, expired);
+            uptime(&after);
+        } while (before != after);
+        return answer;
+    };
+    EXPECT_TRUE(ok(90));
+    EXPECT_FALSE(expired);
+    EXPECT_THAT(log(), IsEmpty());
+    EXPECT_FALSE(ok(91));
+    EXPECT_TRUE(expired);
+    EXPECT_THAT(log(), ElementsAre("2 DCACHE: fabric lock interval expired at 91s"));
+    EXPECT_TRUE(zoning()._lockHeld) << "the flag stays";
+    EXPECT_FALSE(zoning().LockIdOK(Arg{"other"}, expired));
+    EXPECT_FALSE(expired) << "of another client's lock nothing is told";
+}
+
+TEST_F(FabricLock, CountsFromTheLastTimeItWasTaken) {
+    ASSERT_EQ(zoning().ZoningLock(Arg{"client"}), 1);
+    sim.advanceClock(100);
+    EXPECT_FALSE(zoning().LockIdOK(Arg{"client"}, expired));
+    sim.run("do = 'admin'\nshared = true");
+    ASSERT_EQ(zoning().ZoningLock(Arg{"next"}), 1) << "a lock held is taken again";
+    EXPECT_TRUE(zoning().LockIdOK(Arg{"next"}, expired));
+    EXPECT_FALSE(zoning().LockIdOK(Arg{"client"}, expired));
+}
+
+TEST_F(FabricLock, GivesAdminRightsBackWhenItIsRefused) {
+    sim.run("do = 'fabric_lock'\nheld_elsewhere = true");
+    EXPECT_EQ(zoning().ZoningLock(Arg{"client"}), 0);
+    EXPECT_THAT(calls(), ElementsAre("vex_smlSetBatch Cmd.Switch.ReqAdmin,Cmd.Zoning.FabricLock.77",
+                                     "vex_smlSetBatch Cmd.Zoning.FabricUnlock.77,Cmd.Switch.RelAdmin"));
+    EXPECT_FALSE(zoning().LockIdOK(Arg{"client"}, expired));
+    EXPECT_FALSE(zoning().LockIdOK(Arg{""}, expired)) << "an empty id is no key";
+    sim.run("do = 'fabric_lock'\nheld_elsewhere = false");
+    EXPECT_EQ(zoning().ZoningLock(Arg{"client"}), 1) << "admin rights are free again";
+}
+
+}  // namespace
