@@ -61,7 +61,7 @@ const Area& chassisArea();
 const Area& bladesArea();
 const Area& accountsArea();
 const Area& propertiesArea();
-const Area& lsdbWalkArea();
+const Area& lsdbLinksArea();
 const Area& localPortsArea();
 const Area& sessionArea();
 const Area& alarmsArea();

@@ -8,8 +8,10 @@ const std::vector<const Area*>& areas() {
     static const std::vector<const Area*> table = {
         &switchArea(),     &chassisArea(),
         &bladesArea(),  // after the chassis, which says how many slots there are
-        &localPortsArea(), &fabricArea(),  &nameServerArea(), &accountsArea(), &propertiesArea(),
-        &lsdbWalkArea(),   &sessionArea(), &alarmsArea(),     &zoningArea(),   &faultsArea(),
+        &localPortsArea(),
+        &lsdbLinksArea(),  // before the fabric, which answers every other key of a record
+        &fabricArea(),     &nameServerArea(), &accountsArea(), &propertiesArea(),
+        &sessionArea(),    &alarmsArea(),     &zoningArea(),   &faultsArea(),
         &genericArea(),  // last: its raw keys override what the others made
     };
     return table;

@@ -60,7 +60,6 @@ void setDefaults(Switch& target) {
         fields->setDefaults(target);
     }
     target.set("Oper.Switch.OperState", "Online");
-    target.set("Oper.Switch.DomainID", "1");
     target.set("Oper.Switch.FaultList", "");
 }
 

@@ -19,7 +19,10 @@ class AccountsTest : public CacheTest {
   protected:
     void start(const std::string& users) {
         load("[switch]\nwwn = \"1000001122AABBCC\"\n[accounts]\nusers = [" + users + "]\n");
-        settle();
+        {
+            const AccessGuard guard;
+            EXPECT_TRUE(cache()._getSwitchInfo());
+        }
         events();
         calls();
         log();
@@ -39,8 +42,15 @@ class AccountsTest : public CacheTest {
 
 TEST_F(AccountsTest, AreReadOnlyWhenTheHostAsks) {
     start(R"("admin", "operator")");
-    EXPECT_TRUE(cache().isCacheReady());
+    pass();
+    {
+        const AccessGuard guard;
+        EXPECT_TRUE(cache()._accountsOK);
+    }
     EXPECT_THAT(accounts(), IsEmpty());
+    events();
+    calls();
+    log();
     ASSERT_TRUE(read());
     EXPECT_THAT(calls(), ElementsAre("vex_smlGetBatch Oper.Switch.FirstPotentialUser",
                                      "vex_smlGetBatch Oper.Switch.NextPotentialUser.admin",

@@ -11,20 +11,27 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Texts = std::vector<std::string>;
 
+/** 1 - 2 - 5, and 1 - 7 by two links; 9 is out of reach. */
 constexpr const char* kSwitch = R"(
 [switch]
 wwn = "10:00:00:11:22:aa:bb:cc"
+domain = 1
+[fabric]
+switch = [
+  {domain = 2, wwn = "10:00:00:11:22:00:00:02", ports = 4},
+  {domain = 5, wwn = "10:00:00:11:22:00:00:05", ports = 4, hops = 2},
+  {domain = 7, wwn = "10:00:00:11:22:00:00:07", ports = 4},
+  {domain = 9, wwn = "10:00:00:11:22:00:00:09", ports = 4, hops = 255},
+]
 [[lsdb]]
-record = 1
-links = [{local_port = 0, neighbor = "2"}, {local_port = 19, neighbor = "7"}]
-[[lsdb]]
-record = 2
-links = [{local_port = 4, neighbor = "1"}]
-[[lsdb]]
-record = 7
+domain = 7
+links = [{local_port = 19, neighbor = 1}, {local_port = "0x105", neighbor = 1}]
 [[name_server]]
-port = "010000"
-entries = ["010001", "010002", "0100EF"]
+port = 3
+wwns = ["2100001122000001", "2100001122000002"]
+[[name_server]]
+port = 4
+wwn = "21:00:00:11:22:00:00:03"
 )";
 
 class Walkers : public CacheTest {
@@ -80,30 +87,30 @@ TEST_F(Walkers, VisitTheWholeDatabase) {
             seen.push_back(std::string(dst.data()) + " -> " + remote.data());
         }
     }
-    EXPECT_THAT(seen, ElementsAre("1: 2", "0 -> 2", "19 -> 7", "2: 1", "4 -> 1", "7: 0"));
-    EXPECT_STREQ(record.data(), "7") << "the end of the walk leaves the last record";
+    EXPECT_THAT(seen, ElementsAre("1: 2", "0 -> 2", "1 -> 7", "2: 2", "0 -> 1", "1 -> 5", "5: 1", "0 -> 2",
+                                  "7: 2", "19 -> 1", "0x105 -> 1", "9: 0"));
+    EXPECT_STREQ(record.data(), "9") << "the end of the walk leaves the last record";
     EXPECT_THAT(log(), IsEmpty());
     EXPECT_EQ(get_lsdb_record_link_local_information("1", "2", dst.data()), nullptr);
+    EXPECT_EQ(get_lsdb_record_link_count("3"), -1) << "no such record";
+
+    sim.run("[[step]]\ndo = \"lsdb_links\"\ndomain = 1\nlinks = [{local_port = 3, neighbor = 7}]\n");
+    EXPECT_EQ(get_lsdb_record_link_count("1"), 1);
+    EXPECT_STREQ(get_lsdb_record_link_local_information("1", "0", dst.data()), "3");
 }
 
 TEST_F(Walkers, VisitTheDevicesAtAPort) {
-    Texts seen;
-    for (const char* at = get_first_attached_port("010000", dst.data()); at != nullptr;
-         at = get_next_attached_port("010000", std::string(at).c_str(), dst.data())) {
-        seen.push_back(at);
-    }
-    EXPECT_THAT(seen, ElementsAre("010001", "010002", "0100EF"));
-    EXPECT_EQ(get_first_attached_port("010100", dst.data()), nullptr);
-}
-
-TEST_F(Walkers, FollowTheFabricsListWhereThereIsOne) {
-    sim.set("Oper.Eport.LsdbRecordList.255", "7,1");
-    EXPECT_STREQ(get_first_lsdb_record(dst.data()), "7");
-    EXPECT_STREQ(get_next_lsdb_record("7", dst.data()), "1");
-    EXPECT_EQ(get_next_lsdb_record("1", dst.data()), nullptr);
-    EXPECT_EQ(get_lsdb_record_link_count("2"), -1);
-    sim.run("[[step]]\ndo = \"lsdb_links\"\nrecord = 7\nlinks = [{local_port = 3, neighbor = 1}]\n");
-    EXPECT_EQ(get_lsdb_record_link_count("7"), 1);
+    const auto devices = [this](const char* port) {
+        Texts seen;
+        for (const char* at = get_first_attached_port(port, dst.data()); at != nullptr;
+             at = get_next_attached_port(port, std::string(at).c_str(), dst.data())) {
+            seen.push_back(at);
+        }
+        return seen;
+    };
+    EXPECT_THAT(devices("3"), ElementsAre("2100001122000001", "2100001122000002"));
+    EXPECT_THAT(devices("4"), ElementsAre("2100001122000003"));
+    EXPECT_THAT(devices("5"), IsEmpty());
 }
 
 TEST_F(Walkers, FailedReadsLeaveTheBuffer) {
