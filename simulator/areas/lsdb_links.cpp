@@ -99,6 +99,7 @@ unsigned domainOf(TableReader& table) {
 Links describedLinks(TableReader& table) {
     Links links;
     for (TableReader& link : table.tables("links")) {
+        link.rename("a link");
         links.push_back({link.value("local_port"), link.value("neighbor")});
         link.finish();
     }
