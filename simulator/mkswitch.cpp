@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
                    "switches of the fabric, the simulated one (domain 1) included")
         ->check(CLI::Range(1, 239))
         ->capture_default_str();
-    app.add_option("--ports", shape.ports, "ports of every other switch")
+    app.add_option("--ports", shape.ports, "ports of every switch; the simulated one has 1 to 128 of them")
         ->check(CLI::Range(0, 256))
         ->capture_default_str();
     const std::map<std::string, vexsim::NameScheme> schemes{{"naa1", vexsim::NameScheme::Naa1},

@@ -1,5 +1,6 @@
 #include "simulator/switch_writer.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <sstream>
 
@@ -33,6 +34,7 @@ std::string generatedName(const FabricShape& shape, unsigned domain) {
 std::string writeSwitchFile(const FabricShape& shape) {
     std::ostringstream file;
     file << "[switch]\nwwn = \"" << generatedName(shape, 1) << "\"\ndomain = 1\nname = \"switch-1\"\n\n"
+         << "[ports]\ncount = " << std::clamp(shape.ports, 1U, 128U) << "\n\n"
          << "[fabric]\nprincipal = \"" << generatedName(shape, 1) << "\"\n";
     for (unsigned domain = 2; domain <= shape.switches; ++domain) {
         file << "\n[[fabric.switch]]\ndomain = " << domain << "\nwwn = \"" << generatedName(shape, domain)

@@ -15,7 +15,7 @@ enum class NameScheme {
 /** A fabric to generate. Domain 1 is the simulated switch itself and the principal. */
 struct FabricShape {
     unsigned switches = 2; /**< the simulated one included, 1 to 239 */
-    unsigned ports = 16;   /**< of every other switch, 0 to 256 */
+    unsigned ports = 16;   /**< of every other switch, 0 to 256; of the simulated one 1 to 128 */
     NameScheme scheme = NameScheme::Naa1;
     bool cisco = false; /**< Cisco names, with port numbers from 1; the scheme is then Naa2 */
 };

@@ -4,24 +4,32 @@
 
 #include "tests/support/CacheTest.h"
 
-/**
- * A switch in a fabric. Its own ports are given here and not scanned: what is under test is the fabric.
- */
+/** A switch with four ports, numbered 0 to 3, in a fabric. */
 class FabricTest : public CacheTest {
   protected:
     static constexpr const char* kLocal = "1000001122000001";
 
-    /** Loads a switch file, gives the switch its own record and ports 0 to 3, and lets the cache load. */
+    /** Loads a switch file, with the ports, and lets the cache load. */
     void loadFabric(const std::string& switchToml) {
-        load(switchToml);
-        auto* const local = new SwitchCache;
-        local->_wwn = Wwn(sim.get("Oper.Switch.WWN").value_or(""));
-        local->_local = true;
-        const AccessGuard guard;
-        cache()._portState.port0Wwn = Wwn("2" + local->_wwn.tostring().substr(1));
-        for (size_t port = 0; port < 4; ++port) cache()._portState.localPortsPresent[port] = true;
-        cache()._fabric._switches.add(Element<SwitchCache>::alloc(local, true));
+        load(switchToml + "\n[ports]\ncount = 4\n");
         settle();
+    }
+
+    /** The same for a file that says what ports there are. */
+    void loadGenerated(const std::string& switchToml) {
+        load(switchToml);
+        settle();
+    }
+
+    /** The events about fabrics and their switches since the last call. */
+    std::vector<std::string> fabricEvents() {
+        std::vector<std::string> lines;
+        for (const std::string& line : events()) {
+            for (const char* kind : {"DCEventFabric", "DCEventSwitchAdd", "DCEventSwitchRemove"}) {
+                if (line.rfind(kind, 0) == 0) lines.push_back(line);
+            }
+        }
+        return lines;
     }
 
     /** Runs a step, given as its fields (more steps may follow as tables), then settles. */

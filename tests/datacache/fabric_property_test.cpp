@@ -107,9 +107,12 @@ class FabricProperty : public FabricTest, public ::testing::WithParamInterface<u
             EXPECT_EQ(fabric().getSwitchByDomainID(number), found);
             expectPortsEqual(*found, number);
         }
-        for (unsigned short port = 0; port < 4; ++port) {
-            const Wwn local = cache().calcPortWorldWideName(Wwn(*sim.get("Oper.Switch.WWN")), port);
-            EXPECT_EQ(cache().calcPortIndex(Wwn(*sim.get("Oper.Switch.WWN")), local), port);
+        const std::string local = Wwn(*sim.get("Oper.Switch.WWN")).tostring();
+        const int ports = std::stoi(*sim.get("Oper.Switch.MaxPorts"));
+        for (int port = 0; port < ports; ++port) {
+            const std::string name = cache().calcPortWwn(local, std::to_string(port));
+            EXPECT_EQ(name, Wwn(*sim.get("Oper.UserPort.0." + std::to_string(port) + ".WWN")).tostring());
+            EXPECT_EQ(cache().calcPortIndex(local, name), std::to_string(port));
         }
     }
 
@@ -140,7 +143,7 @@ class FabricProperty : public FabricTest, public ::testing::WithParamInterface<u
 
 TEST_P(FabricProperty, CacheEqualsSwitchWhenQuiet) {
     sim.keepTranscript(false);
-    loadFabric(writeSwitchFile(randomShape()));
+    loadGenerated(writeSwitchFile(randomShape()));
     expectCacheEqualsSwitch();
     for (int round = 0; round < 30 && !HasFailure(); ++round) {
         std::string steps;

@@ -111,7 +111,7 @@ TEST_F(SimulatedFabric, GeneratedFabricsLoadWhole) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.port);
-        loadFabric(writeSwitchFile(c.shape));
+        loadGenerated(writeSwitchFile(c.shape));
         EXPECT_EQ(fabric().getSwitchCount(), 88);
         const SwitchCache* const last = fabric().getSwitchByDomainID("88");
         ASSERT_NE(last, nullptr);
