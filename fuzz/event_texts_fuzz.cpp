@@ -1,0 +1,75 @@
+/* Feeds arbitrary bytes, as an event's text field, to everything that reads such texts. */
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+#include "common/Wwn.h"
+#include "common/bounded_text.h"
+#include "datacache/event_texts.h"
+#include "datacache/media_data.h"
+#include "vexlib/vexlib.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+
+namespace {
+
+void require(bool holds) {
+    if (!holds) std::abort();
+}
+
+bool isDescription(const std::string& text) {
+    const std::string end = " sensor";
+    return text == "unknown" ||
+           (text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0);
+}
+
+template <typename Describe>
+void checkAlarm(Describe describe) {
+    try {
+        require(isDescription(describe()));
+    } catch (const std::out_of_range& error) {
+        require(std::strcmp(error.what(), "basic_string::substr") == 0);
+    }
+}
+
+void checkMedia(const std::string& text) {
+    const MediaInserted inserted = parseMediaInserted(text);
+    require(inserted.items >= -1 && inserted.items <= MediaInserted::kItems);
+    require(inserted.vendorSN.size() <= 16);
+    const MediaRemoved removed = parseMediaRemoved(text);
+    require(removed.items >= -1 && removed.items <= MediaRemoved::kItems);
+    require(sanitizedSerial(text).find("  ") == std::string::npos);
+    require(sanitizedSerial(text).size() <= 17);
+    require(vendorOUIOf(text).size() == 6);
+    require(mediaFormatOf(text) <= MEDIA_UNKNOWN);
+}
+
+void checkNameServer(const std::string& text) {
+    size_t position = 0;
+    std::string name;
+    for (size_t before = 0; nextNameServerEntry(text, position, name); before = position) {
+        require(position > before && position <= text.size());
+        require(name.find(';') == std::string::npos);
+        require(Wwn(name).tostring().size() == 16);
+    }
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    // On the heap and without a terminator, so that a read beyond the field is found.
+    auto* const event = new vex_event_s;
+    std::memset(event->text, 0, sizeof event->text);
+    if (size > 0) std::memcpy(event->text, data, size < sizeof event->text ? size : sizeof event->text);
+    const std::string text = boundedText(event->text);
+    delete event;
+
+    checkAlarm([&] { return overheatDescription(text); });
+    checkAlarm([&] { return voltageDescription(text, true); });
+    checkAlarm([&] { return voltageDescription(text, false); });
+    checkMedia(text);
+    checkNameServer(text);
+    return 0;
+}

@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <string>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+
+namespace {
+
+void feed(const std::string& text) {
+    LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+}
+
+const std::string kTexts[] = {
+    "",
+    "[A1002.0038][MP] Temp overheat, CPU above its limit",
+    "Alarm (1002.0038) the inlet temp sensor reading is out of range, it is too high",
+    "Alarm [12V voltage sensor shows an overvoltage]",
+    "Alarm (1) the 12V voltage supply is out of range, it is too high",
+    "Alarm (1) the 12V voltage supply is out of range, it is too low",
+    " temp sensor reading is out of range, it is too high)",
+    "0;0;0;4;1;4386;0123456789ABCDEF;1",
+    "0;0;0;4;1;4386;   SHORT;99999999999999999999;1",
+    "0;0;0;-4",
+    "010400,N,200000051E000001;010500,N,200000051E000002",
+    ",,;,,;,",
+};
+
+/** Every text, each of its beginnings, and each in a field that it fills to the last byte. */
+TEST(EventTextsCorpus, KnownTexts) {
+    for (const std::string& text : kTexts) {
+        for (size_t length = 0; length <= text.size(); ++length) feed(text.substr(0, length));
+        for (const char filler : {' ', ';', ',', '9', ')', '['}) {
+            feed(text + std::string(1400, filler));
+            if (text.size() < 1400) feed(std::string(1400 - text.size(), filler) + text);
+        }
+    }
+}
+
+/** Pieces of known texts, cut and joined at random with bytes of all values between them. */
+TEST(EventTextsCorpus, RandomTexts) {
+    std::mt19937 random(1400);
+    for (int round = 0; round < 20000; ++round) {
+        std::string text;
+        for (size_t pieces = random() % 6; pieces > 0; --pieces) {
+            const std::string& known = kTexts[random() % std::size(kTexts)];
+            const size_t start = random() % (known.size() + 1);
+            text += known.substr(start, random() % 80);
+            text.append(random() % 4, static_cast<char>(random() % 256));
+            if (random() % 16 == 0) text.append(random() % 1400, static_cast<char>(random() % 256));
+        }
+        feed(text);
+    }
+}
+
+}  // namespace
