@@ -1,7 +1,5 @@
 #include "host/event_fields.h"
 
-using Json = nlohmann::ordered_json;
-
 namespace {
 
 /** Adds `member` of the event's class under its own name. */
@@ -165,16 +163,17 @@ Json eventFields(const DataCacheEvent& event) {
 }
 
 std::string eventLine(const DataCacheEvent& event) {
-    const Json fields = eventFields(event);
+    return eventLine(eventFields(event));
+}
+
+std::string eventLine(const Json& fields) {
     std::string line = fields.value("class", "event");
     for (const auto& [name, value] : fields.items()) {
         if (name == "class" || (name == "type" && fields.contains("class"))) continue;
         const bool isName =
             name == "wwn" || (name.size() > 3 && name.compare(name.size() - 3, 3, "Wwn") == 0);
         line += ' ' + name + '=';
-        // What the switch sent may be any bytes: invalid UTF-8 is replaced, never an error.
-        line += isName ? value.get<std::string>()
-                       : value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+        line += isName ? value.get<std::string>() : jsonLine(value);
     }
     return line;
 }
