@@ -1,0 +1,60 @@
+#include "host/cim_words.h"
+
+#include "datacache/ChassisState.h"
+
+namespace {
+
+struct Word {
+    uint16_t code;
+    const char* text;
+};
+
+constexpr Word operationalStatusWords[] = {
+    {0, "Unknown"},
+    {1, "Other"},
+    {2, "OK"},
+    {3, "Degraded"},
+    {4, "Stressed"},
+    {5, "Predictive Failure"},
+    {6, "Error"},
+    {7, "Non-Recoverable Error"},
+    {8, "Starting"},
+    {9, "Stopping"},
+    {10, "Stopped"},
+    {11, "In Service"},
+    {12, "No Contact"},
+    {13, "Lost Communication"},
+    {14, "Aborted"},
+    {15, "Dormant"},
+    {16, "Supporting Entity in Error"},
+    {17, "Completed"},
+    {18, "Power Mode"},
+    {32768, "Self test failed"},
+    {32769, "Management processor fault"},
+};
+
+constexpr Word hardwareStatusWords[] = {
+    {HARDWARE_UNKNOWN, "unknown"},
+    {HARDWARE_GOOD, "good"},
+    {HARDWARE_BAD, "bad"},
+    {HARDWARE_NOT_INSTALLED, "not installed"},
+};
+
+template <size_t Size>
+Json withWord(const Word (&words)[Size], uint16_t code) {
+    const char* text = "?";
+    for (const Word& word : words) {
+        if (word.code == code) text = word.text;
+    }
+    return {{"code", code}, {"text", text}};
+}
+
+}  // namespace
+
+Json operationalStatus(uint16_t value) {
+    return withWord(operationalStatusWords, value);
+}
+
+Json hardwareStatus(uint16_t value) {
+    return withWord(hardwareStatusWords, value);
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+
+#include "host/json_text.h"
+
+/**
+ * A CIM OperationalStatus value with its word (DMTF CIM schema, CIM_ManagedSystemElement; 32768 and 32769 are
+ * this system's own): {"code": 2, "text": "OK"}.
+ */
+Json operationalStatus(uint16_t value);
+
+/** A list of such values. */
+template <typename List>
+Json operationalStatusList(const List& values) {
+    Json list = Json::array();
+    for (const uint16_t value : values) list.push_back(operationalStatus(value));
+    return list;
+}
+
+/** The state of a fan or a power supply (HardwareStatus) with its word. */
+Json hardwareStatus(uint16_t value);

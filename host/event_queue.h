@@ -1,0 +1,49 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <vector>
+
+#include "host/json_text.h"
+
+class DataCacheEvent;
+
+/** An event of the cache, as it was when the callback ran. */
+struct HostEvent {
+    timespec time;  ///< CLOCK_REALTIME
+    Json fields;    ///< see eventFields()
+};
+
+/**
+ * What other threads tell the main thread: events of the cache, that the cache has started, that a signal
+ * asks the tool to end. The callback runs with the access lock held and on little stack, so all that it does
+ * is to copy the event into here.
+ */
+class EventQueue {
+  public:
+    /** The tool's one queue; never destroyed, because the cache's threads outlive main(). */
+    static EventQueue& instance();
+
+    /** The host callback. */
+    static void callback(DataCacheEvent* event);
+
+    void setStarted();
+    /** The first call asks for an orderly end, the second ends the process at once. */
+    void interrupt();
+
+    /** Waits for something new, at most so many milliseconds, and takes the events. */
+    std::vector<HostEvent> wait(int milliseconds);
+
+    bool started() const;
+    bool interrupted() const;
+
+  private:
+    void add(HostEvent event);
+
+    mutable std::mutex _mutex;
+    std::condition_variable _changed;
+    std::vector<HostEvent> _events;
+    bool _news = false;
+    bool _started = false;
+    bool _interrupted = false;
+};

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "common/export.h"
+
+/** Exit statuses of the tool. */
+enum ExitStatus {
+    EXIT_DONE = 0,
+    EXIT_NOT_DONE = 1,  ///< the cache never became ready, or an edit was refused
+    EXIT_WRONG_INPUT = 2,
+};
+
+/** What the user asked for. */
+struct HostRequest {
+    enum Command { Run, Show } command = Run;
+
+    std::string switchFile;  ///< required with the simulated switch, impossible without
+    std::string scenario;
+    std::string transcript;
+    bool json = false;
+    double timeout = 30;  ///< seconds until a command that needs a complete cache gives up
+    double seconds = 0;   ///< Run: end after this time; 0 for no such limit
+    std::string area;     ///< Show: one of areaNames, or "all"
+};
+
+/** The areas that the tool shows, in the order in which it prints them all. */
+constexpr const char* areaNames[] = {"switch", "chassis"};
+
+/**
+ * The tool's second half, a shared object of its own: it is linked against libdatacache, whose calls to
+ * vexlib need a provider as soon as it is loaded; so the tool's first half, the program, reads the command
+ * line, loads the provider that the user chose (`provider`, of dlopen), and then this. Returns the exit
+ * status, if it returns.
+ */
+extern "C" DC_EXPORT int hostMain(void* provider, const HostRequest& request);
