@@ -7,7 +7,7 @@
 namespace {
 
 struct CacheArea {
-    Json (*read)(DataCache& cache) DC_REQUIRES(access_lock);
+    Json (*read)(DataCache& cache);                      ///< with the access lock held
     void (*print)(std::ostream& out, const Json& area);  ///< for a person
 };
 
