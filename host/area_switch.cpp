@@ -7,6 +7,7 @@ Json switchArea(DataCache& cache) {
         {"area", "switch"},
         {"upToDate", cache._switchOK && !cache._switchUpdate},
         {"wwn", state.switchWwn.tostring()},
+        {"domain", cache.getRootSwitchDomainID()},
         {"operationalStatus", operationalStatusList(state.operationalStatus)},
         {"transparent", state.transparent},
         {"fcoe", state.fcoe},

@@ -40,6 +40,13 @@ constexpr Word hardwareStatusWords[] = {
     {HARDWARE_NOT_INSTALLED, "not installed"},
 };
 
+constexpr Word portTypeWords[] = {
+    {0, "unknown"},   {2, "G"},      {3, "GL"},     {4, "E"},      {5, "F"},      {6, "FL"},
+    {16000, "Donor"}, {16001, "TH"}, {16002, "TF"}, {16003, "TR"}, {16004, "PT"},
+};
+
+constexpr Word transceiverWords[] = {{0, "SFP"}, {1, "other"}, {2, "unknown"}};
+
 template <size_t Size>
 Json withWord(const Word (&words)[Size], uint16_t code) {
     const char* text = "?";
@@ -57,4 +64,12 @@ Json operationalStatus(uint16_t value) {
 
 Json hardwareStatus(uint16_t value) {
     return withWord(hardwareStatusWords, value);
+}
+
+Json portType(uint16_t value) {
+    return withWord(portTypeWords, value);
+}
+
+Json transceiverFormat(uint16_t value) {
+    return withWord(transceiverWords, value);
 }

@@ -20,3 +20,9 @@ Json operationalStatusList(const List& values) {
 
 /** The state of a fan or a power supply (HardwareStatus) with its word. */
 Json hardwareStatus(uint16_t value);
+
+/** A port's CIM type with its letters, as the switch calls it. */
+Json portType(uint16_t value);
+
+/** The form of a transceiver with its word. */
+Json transceiverFormat(uint16_t value);

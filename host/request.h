@@ -26,7 +26,8 @@ struct HostRequest {
 };
 
 /** The areas that the tool shows, in the order in which it prints them all. */
-constexpr const char* areaNames[] = {"switch", "chassis"};
+constexpr const char* areaNames[] = {"switch",   "chassis", "blades",     "ports", "fabric",
+                                     "accounts", "zoning",  "properties", "lsdb"};
 
 /**
  * The tool's second half, a shared object of its own: it is linked against libdatacache, whose calls to

@@ -48,7 +48,7 @@ int runCommand(Session& session, const HostRequest& request) {
         std::cerr << error.what() << std::endl;
         status = EXIT_WRONG_INPUT;
     }
-    if (session.started()) showArea(std::cout, "all", request.json);
+    if (session.started()) showCachedState(std::cout, request.json);
     if (status == EXIT_NOT_DONE) {
         std::cerr << "datacache-host: the cache never became ready; "
                   << (session.started() ? "not up to date: " + staleAreas() : "the switch was not reached")

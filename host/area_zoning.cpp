@@ -1,0 +1,60 @@
+#include "host/area_text.h"
+#include "host/areas.h"
+#include "host/zoning_view.h"
+
+namespace {
+
+Json fullness(const char* what, int32_t count, int32_t limit) {
+    return {{"of", what}, {"count", count}, {"limit", limit}};
+}
+
+void printMembers(std::ostream& out, const Json& owner) {
+    for (const Json& member : owner["members"]) {
+        if (member.is_null()) {
+            out << "        (cannot be read)\n";
+        } else {
+            out << "        " << plainText(member["type"]) << ' ' << plainText(member["member"]) << '\n';
+        }
+    }
+}
+
+}  // namespace
+
+Json zoningArea(DataCache& cache) {
+    ZoningCache& zoning = cache._zoningCache;
+    const vex_fzs_limits_s& limits = zoning._limits;
+    return {
+        {"area", "zoning"},
+        {"upToDate", cache._zoningOK && !cache._zoningUpdate},
+        {"activeZoneset", zoning._activeZonesetName},
+        {"size",
+         {
+             fullness("zonesets", zoning._zonesetCount, limits.max_zonesets),
+             fullness("zones", zoning._zoneCount, limits.max_zones),
+             fullness("aliases", zoning._aliasCount, limits.max_aliases),
+             fullness("members", zoning._memberCount, limits.max_members),
+         }},
+        {"zonesets", zonesetsOf(zoning)},
+    };
+}
+
+void printZoning(std::ostream& out, const Json& area) {
+    Json head = area;
+    head.erase("zonesets");
+    printArea(out, head);
+    for (const Json& zoneset : area["zonesets"]) {
+        const bool uber = zoneset["type"] == "uber";
+        out << "  "
+            << (uber ? "all zones and aliases"
+                     : "zoneset " + plainText(zoneset["name"]) + " (" + plainText(zoneset["type"]) + ')')
+            << '\n';
+        for (const Json& zone : zoneset["zones"]) {
+            out << "    zone " << plainText(zone["name"]) << " (" << plainText(zone["type"]) << ")\n";
+            printMembers(out, zone);
+        }
+        for (const Json& alias : zoneset.value("aliases", Json::array())) {
+            out << "    alias " << plainText(alias["name"]) << '\n';
+            printMembers(out, alias);
+        }
+    }
+}
