@@ -11,10 +11,26 @@ Json fullness(const char* what, int32_t count, int32_t limit) {
 void printMembers(std::ostream& out, const Json& owner) {
     for (const Json& member : owner["members"]) {
         if (member.is_null()) {
-            out << "        (cannot be read)\n";
+            out << "      (cannot be read)\n";
         } else {
-            out << "        " << plainText(member["type"]) << ' ' << plainText(member["member"]) << '\n';
+            out << "      " << plainText(member["type"]) << ' ' << plainText(member["member"]) << '\n';
         }
+    }
+}
+
+void printZoneset(std::ostream& out, const Json& zoneset) {
+    if (zoneset["type"] == "uber") {
+        out << "  all zones and aliases\n";
+    } else {
+        out << "  zoneset " << plainText(zoneset["name"]) << " (" << plainText(zoneset["type"]) << ")\n";
+    }
+    for (const Json& zone : zoneset["zones"]) {
+        out << "    zone " << plainText(zone["name"]) << " (" << plainText(zone["type"]) << ")\n";
+        printMembers(out, zone);
+    }
+    for (const Json& alias : zoneset.value("aliases", Json::array())) {
+        out << "    alias " << plainText(alias["name"]) << '\n';
+        printMembers(out, alias);
     }
 }
 
@@ -42,19 +58,9 @@ void printZoning(std::ostream& out, const Json& area) {
     Json head = area;
     head.erase("zonesets");
     printArea(out, head);
-    for (const Json& zoneset : area["zonesets"]) {
-        const bool uber = zoneset["type"] == "uber";
-        out << "  "
-            << (uber ? "all zones and aliases"
-                     : "zoneset " + plainText(zoneset["name"]) + " (" + plainText(zoneset["type"]) + ')')
-            << '\n';
-        for (const Json& zone : zoneset["zones"]) {
-            out << "    zone " << plainText(zone["name"]) << " (" << plainText(zone["type"]) << ")\n";
-            printMembers(out, zone);
-        }
-        for (const Json& alias : zoneset.value("aliases", Json::array())) {
-            out << "    alias " << plainText(alias["name"]) << '\n';
-            printMembers(out, alias);
+    for (const bool uber : {false, true}) {
+        for (const Json& zoneset : area["zonesets"]) {
+            if ((zoneset["type"] == "uber") == uber) printZoneset(out, zoneset);
         }
     }
 }

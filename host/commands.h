@@ -11,3 +11,12 @@ int runCommand(Session& session, const HostRequest& request);
 
 /** Prints one area, or "all", of a complete cache. */
 int showCommand(Session& session, const HostRequest& request);
+
+/** Writes the fabric as Graphviz DOT. */
+int graphCommand(Session& session, const HostRequest& request);
+
+/** Carries out zoning statements under the fabric's lock, and prints the switch's zoning afterwards. */
+int zoneCommand(Session& session, const HostRequest& request);
+
+/** Carries out statements of a configuration-edit session. */
+int configCommand(Session& session, const HostRequest& request);

@@ -3,16 +3,31 @@
 #include "host/commands.h"
 #include "host/input_error.h"
 
+namespace {
+
+int run(Session& session, const HostRequest& request) {
+    switch (request.command) {
+        case HostRequest::Run:
+            return runCommand(session, request);
+        case HostRequest::Show:
+            return showCommand(session, request);
+        case HostRequest::Graph:
+            return graphCommand(session, request);
+        case HostRequest::Zone:
+            return zoneCommand(session, request);
+        case HostRequest::Config:
+            return configCommand(session, request);
+    }
+    return EXIT_WRONG_INPUT;
+}
+
+}  // namespace
+
 int hostMain(void* provider, const HostRequest& request) {
     try {
         Session session(provider, request);
         session.start();
-        switch (request.command) {
-            case HostRequest::Run:
-                session.leave(runCommand(session, request));
-            case HostRequest::Show:
-                session.leave(showCommand(session, request));
-        }
+        session.leave(run(session, request));
     } catch (const HostInputError& error) {  // with nothing started
         std::cerr << error.what() << std::endl;
     }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "common/export.h"
+#include "host/statements.h"
 
 /** Exit statuses of the tool. */
 enum ExitStatus {
@@ -14,15 +15,17 @@ enum ExitStatus {
 
 /** What the user asked for. */
 struct HostRequest {
-    enum Command { Run, Show } command = Run;
+    enum Command { Run, Show, Graph, Zone, Config } command = Run;
 
     std::string switchFile;  ///< required with the simulated switch, impossible without
     std::string scenario;
     std::string transcript;
     bool json = false;
-    double timeout = 30;  ///< seconds until a command that needs a complete cache gives up
-    double seconds = 0;   ///< Run: end after this time; 0 for no such limit
-    std::string area;     ///< Show: one of areaNames, or "all"
+    double timeout = 30;                ///< seconds until a command that needs a complete cache gives up
+    double seconds = 0;                 ///< Run: end after this time; 0 for no such limit
+    std::string area;                   ///< Show: one of areaNames, or "all"
+    std::vector<Statement> statements;  ///< Zone, Config
+    bool keepGoing = false;             ///< Zone, Config: also after a statement that was not done
 };
 
 /** The areas that the tool shows, in the order in which it prints them all. */

@@ -106,6 +106,11 @@ bool Session::waitReady(double seconds) {
     return false;
 }
 
+void Session::waitSettled() {
+    const Clock::time_point begin = Clock::now();
+    while (!state().settled && secondsSince(begin) < 5 && !interrupted()) wait();
+}
+
 Session::State Session::state() const {
     State state;
     // A pass can take long, and the main thread has events to print and an interrupt to see.
@@ -115,6 +120,7 @@ Session::State Session::state() const {
         state.passed = cache->_accountsOK;  // the one result that every pass sets
         state.ready = cache->isCacheReady();
         state.quiet = cache->_eventQueue.empty() && !wakeUpsPending();
+        state.settled = state.quiet && !cache->workToDo();
     }
     pthread_mutex_unlock(&access_mutex);
     return state;

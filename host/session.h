@@ -32,15 +32,20 @@ class Session {
      * or the user interrupted. Events that come meanwhile are dropped. */
     bool waitReady(double seconds);
 
+    /** Waits until nothing is left to be done, at most 5 seconds: an area that cannot be read stays marked.
+     */
+    void waitSettled();
+
     /** The user asked for the end. */
     bool interrupted() const { return _queue.interrupted(); }
     bool started() const { return _queue.started(); }
 
     /** What the cache says when nothing is using it; all false while a pass runs. */
     struct State {
-        bool passed = false;  ///< the first pass is over, whatever came of it
-        bool ready = false;   ///< the last pass found every area up to date
-        bool quiet = false;   ///< and there is nothing to be done
+        bool passed = false;   ///< the first pass is over, whatever came of it
+        bool ready = false;    ///< the last pass found every area up to date
+        bool quiet = false;    ///< no event and no wake-up waits to be taken up
+        bool settled = false;  ///< quiet, and no area is marked for update
     };
     State state() const;
 

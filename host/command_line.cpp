@@ -1,0 +1,127 @@
+#include "host/command_line.h"
+
+#include <CLI/CLI.hpp>
+
+#include "host/input_error.h"
+
+namespace {
+
+constexpr const char* footer = R"(Examples:
+  datacache-host run --switch examples/blade-module.toml --scenario examples/blade-module.scenario.toml
+  datacache-host run --switch examples/blade-module.toml --for 60 --json
+  datacache-host run --vexlib /usr/lib/libvexlib.so
+  datacache-host show chassis --switch examples/blade-module.toml
+  datacache-host graph --switch examples/blade-module.toml | dot -Tsvg > fabric.svg
+  datacache-host zone --switch examples/blade-module.toml lock "create zone backup" commit
+  datacache-host config --switch examples/blade-module.toml edit "set Config.Services.TelnetEnable True" save
+
+Exit status: 0 done; 1 the cache never became ready, or a statement was not carried out; 2 wrong usage or input.
+The cache logs to /tmp/cim.out, and what is critical to /tmp/cim.crit.out as well.)";
+
+/** The statements of `zone` and `config` before they are understood. */
+struct StatementTexts {
+    std::vector<std::string> texts;
+    std::string script;
+};
+
+void addCommonOptions(CLI::App& command, CommandLine& line) {
+    command.add_option("--switch", line.request.switchFile, "Switch file for the simulated switch")
+        ->type_name("FILE");
+    command
+        .add_option("--vexlib", line.vexlib,
+                    "Shared object that provides vexlib (default: the simulated switch)")
+        ->type_name("PATH");
+    command.add_flag("--json", line.request.json, "Print JSON, one object a line");
+    command
+        .add_option("--transcript", line.request.transcript, "Write the simulated switch's calls to a file")
+        ->type_name("FILE");
+}
+
+void addTimeout(CLI::App& command, HostRequest& request) {
+    command.add_option("--timeout", request.timeout, "Give up when the cache is not ready by then")
+        ->type_name("SECONDS")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+}
+
+void addRun(CLI::App& app, CommandLine& line) {
+    CLI::App& run = *app.add_subcommand("run", "Print events as they come, and the cached state at the end");
+    addCommonOptions(run, line);
+    run.add_option("--scenario", line.request.scenario,
+                   "Scenario that the simulated switch plays; its end is the end")
+        ->type_name("FILE");
+    run.add_option("--for", line.request.seconds,
+                   "End after this time (default: at the scenario's end, or on Ctrl-C)")
+        ->type_name("SECONDS")
+        ->check(CLI::PositiveNumber);
+    run.final_callback([&line] { line.request.command = HostRequest::Run; });
+}
+
+void addShow(CLI::App& app, CommandLine& line) {
+    CLI::App& show = *app.add_subcommand("show", "Print one area of the cache, or all");
+    std::vector<std::string> names(std::begin(areaNames), std::end(areaNames));
+    names.emplace_back("all");
+    show.add_option("area", line.request.area, "The area")
+        ->required()
+        ->type_name("AREA")
+        ->check(CLI::IsMember(std::move(names)));
+    addCommonOptions(show, line);
+    addTimeout(show, line.request);
+    show.final_callback([&line] { line.request.command = HostRequest::Show; });
+}
+
+void addGraph(CLI::App& app, CommandLine& line) {
+    CLI::App& graph = *app.add_subcommand("graph", "Write the fabric as Graphviz DOT");
+    addCommonOptions(graph, line);
+    addTimeout(graph, line.request);
+    graph.final_callback([&line] { line.request.command = HostRequest::Graph; });
+}
+
+/** `zone` and `config`: a session of statements. */
+void addSession(CLI::App& app, CommandLine& line, StatementTexts& given, HostRequest::Command command,
+                const char* name, const char* what, const std::vector<StatementForm>& language) {
+    CLI::App& session = *app.add_subcommand(name, what);
+    session.add_option("statement", given.texts, "Statements, each one argument")->type_name("STATEMENT");
+    session.add_option("--script", given.script, "File with a statement a line, - for standard input")
+        ->type_name("FILE");
+    session.add_flag("--keep-going", line.request.keepGoing, "Go on after a statement that was not done");
+    addCommonOptions(session, line);
+    addTimeout(session, line.request);
+    session.footer("Statements:\n" + describe(language));
+    session.final_callback([&line, &given, &language, command] {
+        line.request.command = command;
+        if (!given.script.empty()) line.request.statements = parseScript(language, given.script);
+        for (const std::string& text : given.texts) {
+            line.request.statements.push_back(parseStatement(language, text, "datacache-host"));
+        }
+        if (line.request.statements.empty()) {
+            throw HostInputError("datacache-host: no statement given; see --help");
+        }
+    });
+}
+
+}  // namespace
+
+std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
+    CLI::App app("Runs the switch cache as its host would, on a switch or on a simulated one.",
+                 "datacache-host");
+    app.set_version_flag("--version", "datacache-host " HOST_VERSION);
+    app.set_help_all_flag("--help-all", "Print the help of every command, and exit");
+    app.require_subcommand(1);
+    CommandLine line;
+    StatementTexts given;
+    addRun(app, line);
+    addShow(app, line);
+    addGraph(app, line);
+    addSession(app, line, given, HostRequest::Zone, "zone", "Edit the fabric's zoning", zoneLanguage());
+    addSession(app, line, given, HostRequest::Config, "config", "Edit the switch's configuration",
+               configLanguage());
+    app.footer(footer);  // after the commands, which would print it as well
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        status = app.exit(error) == 0 ? EXIT_DONE : EXIT_WRONG_INPUT;
+        return std::nullopt;
+    }
+    return line;
+}

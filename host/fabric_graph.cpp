@@ -1,0 +1,120 @@
+#include "host/fabric_graph.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <set>
+
+#include "host/areas.h"
+
+namespace {
+
+Json portsOf(const DataCache& cache, const SwitchCache& owner) DC_REQUIRES(access_lock) {
+    Json ports = Json::array();
+    for (unsigned row = 0; row < std::min<unsigned>(owner._port_count, SwitchCache::kMaxPorts); ++row) {
+        const uint8_t index = owner._lsdb_port_index[row];
+        Json port{{"index", index}};
+        if (owner.isLocal()) port["status"] = cache._portState.portStatus[index];
+        ports.push_back(port);
+    }
+    return ports;
+}
+
+/** Links between switches of the fabric. Each switch reports its own end: the one of the lower domain counts,
+ * the other where that is missing. */
+Json linksOf(const Json& lsdb, const std::set<int>& domains) {
+    std::set<std::pair<int, int>> reported;
+    Json links = Json::array();
+    for (const bool upward : {true, false}) {
+        for (const Json& link : lsdb["links"]) {
+            const int from = std::atoi(link["record"].get<std::string>().c_str());
+            const int to = std::atoi(link["neighbor"].get<std::string>().c_str());
+            if ((from < to) != upward || domains.count(from) == 0 || domains.count(to) == 0) continue;
+            if (upward) {
+                reported.emplace(from, to);
+            } else if (reported.count({to, from}) != 0) {
+                continue;
+            }
+            const int port = std::atoi(link["localPort"].get<std::string>().c_str());
+            links.push_back({{"from", from}, {"to", to}, {"port", port}});
+        }
+    }
+    return links;
+}
+
+const char* colourOf(const Json& port) {
+    if (!port.contains("status")) return "#ffffff";
+    switch (port["status"].get<int>()) {
+        case 2:
+            return "#b7e1b0";  // OK
+        case 6:
+            return "#f4a6a0";  // Error
+        case 10:
+            return "#dddddd";  // Stopped
+        default:
+            return "#fbe6a2";
+    }
+}
+
+void writePorts(std::ostream& out, const Json& ports) {
+    const size_t columns = ports.size() > 64 ? 16 : 10;
+    for (size_t i = 0; i < ports.size(); ++i) {
+        if (i % columns == 0) out << (i == 0 ? "<tr>" : "</tr><tr>");
+        out << "<td width=\"22\" bgcolor=\"" << colourOf(ports[i]) << "\">" << ports[i]["index"] << "</td>";
+    }
+    out << "</tr>";
+}
+
+void writeSwitch(std::ostream& out, const Json& one) {
+    const bool local = one["local"];
+    const bool principal = one["principal"];
+    std::string marks = local ? "local switch" : "";
+    if (principal) marks += local ? ", principal" : "principal switch";
+    out << "  d" << one["domain"] << " [label=<<table border=\"" << (principal ? 3 : 1)
+        << "\" cellborder=\"0\" cellspacing=\"0\" cellpadding=\"4\">"
+        << "<tr><td bgcolor=\"" << (local ? "#2f5d8a" : "#e8edf2") << "\"><font color=\""
+        << (local ? "#ffffff" : "#222222") << "\"><b>domain " << one["domain"] << "</b><br/>"
+        << one["wwn"].get<std::string>() << (marks.empty() ? "" : "<br/><i>" + marks + "</i>")
+        << "</font></td></tr>";
+    if (!one["ports"].empty()) {
+        out << "<tr><td><table border=\"0\" cellborder=\"1\" cellspacing=\"2\" cellpadding=\"2\">";
+        writePorts(out, one["ports"]);
+        out << "</table></td></tr>";
+    }
+    out << "</table>>];\n";
+}
+
+}  // namespace
+
+Json fabricGraph(DataCache& cache) {
+    const FabricCache& fabric = cache._fabric;
+    const Wwn principal = fabric.getFabricWorldWideName();
+    Json switches = Json::array();
+    std::set<int> domains;
+    for (const SwitchCache* one = fabric.getFirstSwitch(); one; one = fabric.getNextSwitch(one)) {
+        switches.push_back({
+            {"domain", one->getDomainID()},
+            {"wwn", one->getWwn()},
+            {"local", one->isLocal()},
+            {"principal", !principal.isNull() && one->getWorldWideName() == principal},
+            {"ports", portsOf(cache, *one)},
+        });
+        domains.insert(one->getDomainID());
+    }
+    return {
+        {"name", principal.tostring()}, {"switches", switches}, {"links", linksOf(lsdbArea(cache), domains)}};
+}
+
+void writeDot(std::ostream& out, const Json& graph) {
+    out << "graph fabric {\n"
+        << "  graph [fontname=\"Helvetica\", labelloc=t, nodesep=0.6, ranksep=1.0,\n"
+        << "    label=<Fabric <b>" << graph["name"].get<std::string>() << "</b><br/><font point-size=\"10\">"
+        << "local ports: green OK, grey stopped, red in error, yellow other states</font>>];\n"
+        << "  node [shape=plain, fontname=\"Helvetica\", fontsize=11];\n"
+        << "  edge [fontname=\"Helvetica\", fontsize=10, color=\"#555555\"];\n";
+    for (const Json& one : graph["switches"]) writeSwitch(out, one);
+    for (const Json& link : graph["links"]) {
+        out << "  d" << link["from"] << " -- d" << link["to"] << " [taillabel=\" " << link["port"]
+            << " \"];\n";
+    }
+    out << "}\n";
+}
