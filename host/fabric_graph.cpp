@@ -108,7 +108,8 @@ void writeDot(std::ostream& out, const Json& graph) {
     out << "graph fabric {\n"
         << "  graph [fontname=\"Helvetica\", labelloc=t, nodesep=0.6, ranksep=1.0,\n"
         << "    label=<Fabric <b>" << graph["name"].get<std::string>() << "</b><br/><font point-size=\"10\">"
-        << "local ports: green OK, grey stopped, red in error, yellow other states</font>>];\n"
+        << "local ports: green OK, grey stopped, red in error, yellow other; white: other "
+           "switches</font>>];\n"
         << "  node [shape=plain, fontname=\"Helvetica\", fontsize=11];\n"
         << "  edge [fontname=\"Helvetica\", fontsize=10, color=\"#555555\"];\n";
     for (const Json& one : graph["switches"]) writeSwitch(out, one);

@@ -49,25 +49,25 @@ Reading domainAfter(Switch& target, unsigned domain) {
     return next == domains.end() ? Reading{EndOfList, {}} : Reading{Ok, std::to_string(*next)};
 }
 
-Reading lsdbRecord(Switch& target, unsigned domain, std::string_view field) {
+std::optional<Reading> lsdbRecord(Switch& target, unsigned domain, std::string_view field) {
     const bool local = hasLocalSwitch(target) && domain == localDomain(target);
     const auto& switches = target.part<Fabric>().switches;
     const auto found = switches.find(domain);
-    if (!local && found == switches.end()) return {EndOfList, {}};
+    if (!local && found == switches.end()) return Reading{EndOfList, {}};
     if (field == ".WWN") {
-        return {Ok, local ? target.value("Oper.Switch.WWN") : found->second.wwn.tostring()};
+        return Reading{Ok, local ? target.value("Oper.Switch.WWN") : found->second.wwn.tostring()};
     }
-    if (field == ".Hops") return {Ok, local ? "0" : std::to_string(found->second.hops)};
-    return {UnknownKey, {}};
+    if (field == ".Hops") return Reading{Ok, local ? "0" : std::to_string(found->second.hops)};
+    return std::nullopt;  // links are the walks'
 }
 
 Reading portWwn(const FabricSwitch& owner, unsigned port) {
-    if (owner.offline.count(port) != 0) return {EndOfList, {}};
+    if (owner.offline.count(port) != 0) return Reading{EndOfList, {}};
     if (!owner.port_wwns.empty()) {
-        if (port >= owner.port_wwns.size()) return {EndOfList, {}};
+        if (port >= owner.port_wwns.size()) return Reading{EndOfList, {}};
         return {Ok, owner.port_wwns[port]};
     }
-    if (port >= owner.ports) return {EndOfList, {}};
+    if (port >= owner.ports) return Reading{EndOfList, {}};
     return {Ok, portName(owner.wwn, port).tostring()};
 }
 
