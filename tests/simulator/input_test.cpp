@@ -142,10 +142,12 @@ TEST_F(SimulatorTest, ASwitchFileBecomesKeys) {
 }
 
 TEST_F(SimulatorTest, TheExamplesLoadAndTheirScenariosCanBeCarriedOut) {
-    for (const std::string name : {"blade-module", "modular-chassis"}) {
-        const std::string base = EXAMPLES_DIR "/" + name;
-        sim.loadSwitchFile(base + ".toml");
-        std::ifstream file(base + ".scenario.toml");
+    using Pair = std::pair<std::string, std::string>;
+    for (const auto& [device, name] :
+         {Pair("blade-module", "blade-module"), Pair("modular-chassis", "modular-chassis"),
+          Pair("modular-chassis", "fabric")}) {
+        sim.loadSwitchFile(EXAMPLES_DIR "/" + device + ".toml");
+        std::ifstream file(EXAMPLES_DIR "/" + name + ".scenario.toml");
         std::ostringstream steps;
         steps << file.rdbuf();
         EXPECT_EQ(errorOf([&] { sim.run(steps.str(), name); }), "no error");
