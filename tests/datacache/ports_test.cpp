@@ -176,6 +176,9 @@ TEST_F(Ports, PortComesOnline) {
     EXPECT_THAT(reads(), ElementsAre("Oper.Switch.MaxPorts", "3",
                                      "Oper.UserPort.0.1.WWN,Oper.Switch.DomainID,Oper.Switch.WhoIsPrincipal"))
         << "one port changed, one port is read";
+    doStep("port_offline", 5);
+    EXPECT_THAT(reads(), ElementsAre("Oper.Switch.MaxPorts", "5", HasSubstr("WhoIsPrincipal")))
+        << "and the one before it no more";
 }
 
 TEST_F(Ports, StatusFollowsBothStates) {
