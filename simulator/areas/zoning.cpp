@@ -28,8 +28,7 @@ void expect(TableReader& table, const char* field, Status status, const std::str
             table.fail(field, '"' + what + "\" is not a zoning name");
         case BadMember:
             table.fail(field, '"' + what +
-                                  "\" is no member: neither a name, an address, domain and port, nor a "
-                                  "known alias");
+                                  "\" is no member: neither an address, domain and port, nor a known alias");
         case NoSuchName:
             table.fail(field, "there is no \"" + what + '"');
         case Exists:

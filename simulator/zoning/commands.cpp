@@ -13,6 +13,7 @@ Status lock(Switch& target, const Command& command) {
     if (!target.part<Session>().isAdmin(command.handle)) return NoAdmin;
     if (zoning.locked_elsewhere || zoning.lock.value_or(command.handle) != command.handle) return Refused;
     zoning.lock = command.handle;
+    zoning.edit.reset();  // a lock that is taken again begins anew
     return Ok;
 }
 
