@@ -51,7 +51,7 @@ users = ["admin", "evil\u001b[31m\u009b\"quoted\""]
 [services]
 telnet = true
 [[lsdb]]
-record = "3"
+domain = 3
 links = [{ local_port = "1", neighbor = "10" }]
 [zoning.limits]
 zonesets = 4
