@@ -47,7 +47,7 @@ struct Live {
     size_t zones = 0;
     size_t aliases = 0;
     size_t members = 0;
-    size_t misuse = 0;      /**< zoning handles that were none, and objects given or destroyed twice; an error */
+    size_t misuse = 0; /**< zoning handles that were none, and objects given or destroyed twice; an error */
     size_t wrong_frees = 0; /**< releases of memory that was not the library's to release; always an error */
 };
 
