@@ -94,6 +94,7 @@ bool DataCache::_loadDomain(const std::string& domain) {
     if (!known) {
         element = Element<SwitchCache>::alloc(new SwitchCache, true);
         element->item()->_wwn = name;
+        element->item()->_local = hops == "0";  // never here, as such a domain was skipped: kept as computed
         _fabric._switches.add(element);
     }
     // What the management server did to a known switch stays: one that timed out is not asked again.

@@ -2,17 +2,12 @@
 #include "datacache/DataCache.h"
 #include "datacache/update_failed.h"
 #include "switchlib/SmlBatch.h"
+#include "switchlib/uptime_seconds.h"
 
 namespace {
 
 /** A management server that answers with a failure after this time has timed out. */
 constexpr long kPatience_s = 10;
-
-long secondsUp() {
-    long seconds = 0;
-    uptime(&seconds);
-    return seconds;
-}
 
 }  // namespace
 
@@ -39,13 +34,13 @@ bool DataCache::_load_mserver_ports() {
 bool DataCache::_loadSwitchPorts(SwitchCache& remote) {
     SmlBatch batch;  // of one record, again and again
     const size_t countKey = batch.add("Oper.TopologyAll.%u.PortEntries", remote._domain_id);
-    _mserverRequestTime = secondsUp();
+    _mserverRequestTime = uptimeSeconds();
     if (!batch.get(_handle)) {
         logUpdateFailed("_load_mserver_ports", 2380);
         return false;
     }
     if (batch.status(countKey) != 0) {
-        if (secondsUp() - _mserverRequestTime <= kPatience_s) {
+        if (uptimeSeconds() - _mserverRequestTime <= kPatience_s) {
             ++remote._mserver_errors;
         } else {
             remote._mserver_timeout = true;

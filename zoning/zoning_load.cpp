@@ -3,21 +3,17 @@
 #include "datacache/DataCache.h"
 #include "datacache/update_failed.h"
 #include "switchlib/SmlBatch.h"
+#include "switchlib/uptime_seconds.h"
 
 namespace {
 
 /** Whole seconds since it was made. */
 class Stopwatch {
   public:
-    Stopwatch() { uptime(&_start); }
-    long seconds() const {
-        long now = 0;
-        uptime(&now);
-        return now - _start;
-    }
+    long seconds() const { return uptimeSeconds() - _start; }
 
   private:
-    long _start = 0;
+    long _start = uptimeSeconds();
 };
 
 /** Hands a zoneset to the cache, or destroys it where the cache has no place for it (a name that is taken).

@@ -1,4 +1,5 @@
 #include "common/cim_log.h"
+#include "switchlib/uptime_seconds.h"
 #include "zoning/CommandGroup.h"
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
@@ -7,12 +8,6 @@ namespace {
 
 constexpr long kLockSeconds = 90;
 
-long now() {
-    long seconds = 0;
-    uptime(&seconds);
-    return seconds;
-}
-
 }  // namespace
 
 int ZoningCache::ZoningLock(char* lockId) {
@@ -20,7 +15,7 @@ int ZoningCache::ZoningLock(char* lockId) {
     {
         CommandGroup group(2);
         if (!group.ok()) return 0;
-        _lockTime = static_cast<int32_t>(now());
+        _lockTime = static_cast<int32_t>(uptimeSeconds());
         group.add("Cmd.Switch.ReqAdmin");
         group.add("Cmd.Zoning.FabricLock.77");
         if (group.send()) {
@@ -51,7 +46,7 @@ bool ZoningCache::LockIdOK(char* lockId, bool& expired) {
     const AccessGuard guard;
     expired = false;
     if (!_lockHeld || _lockId != given(lockId)) return false;
-    const long elapsed = now() - _lockTime;
+    const long elapsed = uptimeSeconds() - _lockTime;
     if (elapsed <= kLockSeconds) return true;
     // The lock still counts as held: meant, its holder decides what becomes of it.
     cim_log(CIM_LOG_TRACE, "DCACHE: fabric lock interval expired at %lds\n", elapsed);

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "vexlib/vexlib.h"
+
+/** Seconds since the system started. */
+inline long uptimeSeconds() {
+    long seconds = 0;
+    uptime(&seconds);
+    return seconds;
+}
