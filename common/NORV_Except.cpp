@@ -11,5 +11,3 @@ NORV_Except::NORV_Except(const char* file_name, const char* function_name, int l
     if (std::vsnprintf(message, sizeof message, format, arguments) < 0) message[0] = '\0';
     va_end(arguments);
 }
-
-NORV_Except::~NORV_Except() = default;

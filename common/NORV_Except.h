@@ -27,7 +27,7 @@ class DC_EXPORT NORV_Except {
                 const char* format, ...) DC_PRINTF(6, 7);
     NORV_Except(const NORV_Except&) = default;
     NORV_Except& operator=(const NORV_Except&) = default;
-    ~NORV_Except();
+    ~NORV_Except() = default;
 
     const char* file;
     const char* function;

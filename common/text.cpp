@@ -1,6 +1,7 @@
 #include "common/text.h"
 
 #include <cctype>
+#include <cstddef>
 #include <cstdio>
 
 const char* booltostr(bool value) {
@@ -13,7 +14,7 @@ char* VEX_WWNToStr(char* dst, const unsigned char* wwn) {
 
 char* byteToStr(char* dst, const unsigned char* bytes, int count) {
     for (int i = 0; i < count; ++i) {
-        std::snprintf(dst + 2 * i, 3, "%2.2X", static_cast<unsigned>(bytes[i]));
+        std::snprintf(dst + static_cast<size_t>(i) * 2, 3, "%2.2X", static_cast<unsigned>(bytes[i]));
     }
     return dst;
 }

@@ -46,7 +46,7 @@ void DataCache::vexlibNotificationCB(void*, vex_event_s* event, void*) {
     cim_log(CIM_LOG_TRACE, "DCACHE: queueing VEX_EVENT_T[%d:%d:%d] (%d)%s : %.*s\n", source[0], source[1],
             source[2], event->code, _tagToString(event->code), VEX_EVENT_TEXT_SIZE, event->text);
     instance->queueVexlibEvent(copy.get());
-    copy.release();
+    static_cast<void>(copy.release());  // the queue's now
     wakeEvaluation();
 }
 
@@ -64,5 +64,5 @@ void DataCache::vexlibEventKick(vex_eventcode_e code, vex_eventsource_s* source,
     cim_log(CIM_LOG_TRACE, "DCACHE: queueing - kick - VEX_EVENT_T[%d:%d:%d] (%d)%s : %s\n", words[0],
             words[1], words[2], event->code, _tagToString(event->code), event->text);
     queueVexlibEvent(event.get());
-    event.release();
+    static_cast<void>(event.release());
 }

@@ -131,6 +131,7 @@ void DataCache::_reportFabricStep(const FabricStep& step) {
     }
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): by value, as callers know it
 std::vector<std::string> DataCache::_parseSMLList(std::string list) {
     std::vector<std::string> fields;
     if (list.empty()) return fields;

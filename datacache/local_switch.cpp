@@ -13,7 +13,7 @@ SwitchCache& localRecord(FabricCache& fabric, const Wwn& name, const Wwn& portBa
     made->_port_base_wwn = portBase;
     made->_local = true;
     auto element = std::make_unique<Element<SwitchCache>>(made.get());
-    made.release();  // the element's now
+    static_cast<void>(made.release());  // the element's now
     fabric._switches.add(element.get());
     return *element.release()->item();
 }

@@ -15,7 +15,7 @@ MediaFormat mediaFormatOf(const std::string& data0to31) {
 }
 
 std::string vendorOUIOf(const std::string& data32to63) {
-    constexpr size_t kStart = 2 * (37 - 32);
+    constexpr size_t kStart = size_t{2} * (37 - 32);
     constexpr size_t kDigits = 6;
     // Data that end before the identifier tell of none.
     if (data32to63.size() < kStart + kDigits) return kNoVendorOUI;

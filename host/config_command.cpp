@@ -51,7 +51,7 @@ class ConfigSession {
 
   private:
     Outcome edit() {
-        const Outcome outcome = simple(getConfigEditMode());
+        Outcome outcome = simple(getConfigEditMode());
         _editing = outcome.done;
         return outcome;
     }

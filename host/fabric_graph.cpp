@@ -19,6 +19,11 @@ Json portsOf(const DataCache& cache, const SwitchCache& owner) DC_REQUIRES(acces
     return ports;
 }
 
+/** A number that the switch tells as text; 0 for anything else. */
+int numberOf(const Json& text) {
+    return static_cast<int>(std::strtol(text.get<std::string>().c_str(), nullptr, 10));
+}
+
 /** Links between switches of the fabric. Each switch reports its own end: the one of the lower domain counts,
  * the other where that is missing. */
 Json linksOf(const Json& lsdb, const std::set<int>& domains) {
@@ -26,15 +31,15 @@ Json linksOf(const Json& lsdb, const std::set<int>& domains) {
     Json links = Json::array();
     for (const bool upward : {true, false}) {
         for (const Json& link : lsdb["links"]) {
-            const int from = std::atoi(link["record"].get<std::string>().c_str());
-            const int to = std::atoi(link["neighbor"].get<std::string>().c_str());
+            const int from = numberOf(link["record"]);
+            const int to = numberOf(link["neighbor"]);
             if ((from < to) != upward || domains.count(from) == 0 || domains.count(to) == 0) continue;
             if (upward) {
                 reported.emplace(from, to);
             } else if (reported.count({to, from}) != 0) {
                 continue;
             }
-            const int port = std::atoi(link["localPort"].get<std::string>().c_str());
+            const int port = numberOf(link["localPort"]);
             links.push_back({{"from", from}, {"to", to}, {"port", port}});
         }
     }

@@ -5,6 +5,7 @@
 
 #include "simulator/switch_writer.h"
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what gets here is a lack of memory, which may end the program
 int main(int argc, char** argv) {
     vexsim::FabricShape shape;
     std::string path;

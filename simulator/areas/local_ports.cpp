@@ -112,7 +112,8 @@ void raisePort(Switch& target, int32_t code, unsigned port, const std::string& w
     target.raise(code, "Port " + std::to_string(port) + ' ' + what, {{0, 0, static_cast<int32_t>(port)}});
 }
 
-Action stateStep(unsigned port, std::optional<std::string> oper, std::optional<std::string> admin) {
+Action stateStep(unsigned port, const std::optional<std::string>& oper,
+                 const std::optional<std::string>& admin) {
     return [port, oper, admin](Switch& target) {
         needPort(target, port);
         if (oper) target.set(operKey(port, "OperState"), *oper);

@@ -85,7 +85,7 @@ std::string hexText(const uint8_t* bytes, size_t count) {
 }  // namespace
 
 bool MemberId::operator==(const MemberId& other) const {
-    return type == other.type && std::memcmp(&id, &other.id, sizeof id) == 0;
+    return type == other.type && std::memcmp(id.bytes, other.id.bytes, sizeof id.bytes) == 0;
 }
 
 std::optional<MemberId> makeMember(vex_fzs_zonemember_type_e type, const vex_memberid_u& given) {

@@ -8,7 +8,7 @@ namespace vexsim {
 void writeName(const std::string& name, bool unterminated, char* field) {
     constexpr size_t size = VEX_ZONING_NAME_SIZE;
     std::memset(field, unterminated ? '#' : '\0', size);
-    std::memcpy(field, name.data(), std::min(name.size(), unterminated ? size : size - 1));
+    std::copy_n(name.data(), std::min(name.size(), unterminated ? size : size - 1), field);
 }
 
 int32_t giveName(ApiCall& call, const std::string& name, char* field) {
