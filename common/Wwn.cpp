@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
 #include <cstdlib>
 
 namespace {
@@ -27,10 +26,12 @@ Wwn::Wwn(const std::string& text) {
 }
 
 std::string Wwn::tostring() const {
-    char text[17];
-    std::snprintf(text, sizeof text, "%2.2X%2.2X%2.2X%2.2X%2.2X%2.2X%2.2X%2.2X", _high >> 24,
-                  (_high >> 16) & 0xFFU, (_high >> 8) & 0xFFU, _high & 0xFFU, _low >> 24,
-                  (_low >> 16) & 0xFFU, (_low >> 8) & 0xFFU, _low & 0xFFU);
+    constexpr char kDigits[] = "0123456789ABCDEF";  // by hand: loads log names by the thousand
+    std::string text(16, '0');
+    for (unsigned i = 0; i < 8; ++i) {
+        text[i] = kDigits[(_high >> (28 - 4 * i)) & 0xFU];
+        text[8 + i] = kDigits[(_low >> (28 - 4 * i)) & 0xFU];
+    }
     return text;
 }
 
