@@ -66,8 +66,8 @@ void Session::start() {
     _begin = Clock::now();
     std::thread([this] {
         DataCache::init();
+        _queue.setStarted();  // before the first event, which may be the reason for an interrupt
         DataCache::start(EventQueue::callback);
-        _queue.setStarted();
     }).detach();
 }
 
