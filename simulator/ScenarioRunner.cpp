@@ -35,11 +35,19 @@ bool ScenarioRunner::done() const {
 }
 
 bool ScenarioRunner::wait(std::chrono::steady_clock::time_point until) {
-    Lock lock(_mutex);
-    while (_running) {
-        if (lock.waitUntil(_changed, until) == std::cv_status::timeout && _running) return false;
+    std::string error;
+    {
+        Lock lock(_mutex);
+        while (_running) {
+            if (lock.waitUntil(_changed, until) == std::cv_status::timeout && _running) return false;
+        }
+        error = _error;
     }
-    if (!_error.empty()) throw InputError(_error);
+    {
+        const Lock control(_control);
+        if (_thread.joinable() && done()) _thread.join();  // a run that is over leaves no thread behind
+    }
+    if (!error.empty()) throw InputError(error);
     return true;
 }
 
