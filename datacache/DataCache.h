@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "common/AccessLock.h"
 #include "common/Wwn.h"
 #include "common/cim_log.h"
 #include "common/export.h"
 #include "common/thread_annotations.h"
-#include "datacache/AccessLock.h"
 #include "datacache/BladeState.h"
 #include "datacache/ChassisState.h"
 #include "datacache/DataCacheEvent.h"

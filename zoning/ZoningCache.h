@@ -4,9 +4,9 @@
 #include <map>
 #include <string>
 
+#include "common/AccessLock.h"
 #include "common/export.h"
 #include "common/thread_annotations.h"
-#include "datacache/AccessLock.h"
 #include "vexlib/vexlib.h"
 #include "zoning/member_text.h"
 
