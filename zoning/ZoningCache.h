@@ -147,7 +147,9 @@ class DC_EXPORT ZoningCache {
     /**
      * Replaces the switch's zoning configuration by the cache's, saves it, and gives the fabric's lock and
      * admin rights back, all in one command group. Returns 1 when the group was sent, even when the switch
-     * refused it; 0 when nothing was sent, because the database is inconsistent or memory is short.
+     * refused it; 0 when nothing was sent, because the database is inconsistent or memory is short. Without
+     * an uber zoneset (nothing was loaded yet, or the last load of the configured part failed) it is
+     * inconsistent: an empty configuration is never sent by accident.
      */
     int replaceZoningDB() DC_TAKES(access_lock);
 

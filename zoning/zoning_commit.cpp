@@ -10,6 +10,12 @@ namespace {
     throw NORV_Except("ZoningCache", "replaceZoningDB", line, EXCEPT_CRITICAL, "Internal consistency error");
 }
 
+/** A count that the library gave; throws NORV_Except where it failed: sending less would erase the rest. */
+int32_t counted(int32_t count, int line) {
+    if (count < 0) inconsistent(line);
+    return count;
+}
+
 /** An object's name; throws NORV_Except for a null object and for one that does not tell its name. */
 std::string nameOf(int32_t (*getName)(void*, char*), void* object, int line) {
     std::string name;
@@ -19,7 +25,7 @@ std::string nameOf(int32_t (*getName)(void*, char*), void* object, int line) {
 
 void addMemberCommands(CommandGroup& group, const ContainerCalls& calls, void* container,
                        const std::string& prefix) {
-    const int32_t count = calls.memberCount(container);
+    const int32_t count = counted(calls.memberCount(container), __LINE__);
     for (int32_t i = 0; i < count; ++i) {
         char text[256] = {};
         ZoneMemberToString(text, calls.listMembers(container, i));
@@ -28,7 +34,7 @@ void addMemberCommands(CommandGroup& group, const ContainerCalls& calls, void* c
 }
 
 void addAliasCommands(CommandGroup& group, void* uber) {
-    const int32_t count = aliasCalls.countIn(uber);
+    const int32_t count = counted(vex_ZonesetGetAliasCount(uber), __LINE__);
     for (int32_t i = 0; i < count; ++i) {
         void* alias = vex_ZonesetListAliases(uber, i);
         const std::string prefix = "Cmd.Zoning.Alias." + nameOf(vex_ZoneAliasGetName, alias, __LINE__);
@@ -38,7 +44,7 @@ void addAliasCommands(CommandGroup& group, void* uber) {
 }
 
 void addZoneCommands(CommandGroup& group, void* uber) {
-    const int32_t count = zoneCalls.countIn(uber);
+    const int32_t count = counted(vex_ZonesetGetZoneCount(uber), __LINE__);
     for (int32_t i = 0; i < count; ++i) {
         void* zone = vex_ZonesetListZones(uber, i);
         const std::string prefix = "Cmd.Zoning.Zone." + nameOf(vex_ZoneGetName, zone, __LINE__);
@@ -53,7 +59,7 @@ void addZoneCommands(CommandGroup& group, void* uber) {
 void addZonesetCommands(CommandGroup& group, void* zoneset) {
     const std::string prefix = "Cmd.Zoning.ZoneSet." + nameOf(vex_ZonesetGetName, zoneset, __LINE__);
     group.add(prefix + ".Create");
-    const int32_t count = vex_ZonesetGetZoneCount(zoneset);
+    const int32_t count = counted(vex_ZonesetGetZoneCount(zoneset), __LINE__);
     for (int32_t i = 0; i < count; ++i) {
         void* zone = vex_ZonesetListZones(zoneset, i);
         group.add(prefix + ".AddZone." + nameOf(vex_ZoneGetName, zone, __LINE__));
@@ -77,6 +83,9 @@ int ZoningCache::replaceZoningDB() {
     CommandGroup group(30);
     if (!group.ok()) return 0;
     try {
+        // Without the uber zoneset nothing configured is loaded, and the commit would clear the switch's
+        // zoning.
+        if (_uberZoneset == nullptr) inconsistent(__LINE__);
         group.add("Cmd.Zoning.EditConfig");
         group.add("Cmd.Zoning.ClearConfig");
         addAliasCommands(group, _uberZoneset);
