@@ -55,8 +55,9 @@ void DataCache::updateZoning() {
 
 void DataCache::reloadZoning() {
     const AccessGuard guard;
-    _zoningCache._prevInactiveChecksum =
-        _zoningCache._inactiveChecksum + 1;  // differs, so the next load reloads
+    // The checksum alone would not force it: the switch may come to report this very number.
+    _zoningCache._prevInactiveChecksum = _zoningCache._inactiveChecksum + 1;
+    _zoningCache._configuredDue = true;
     updateZoning();
     wakeEvaluation();
 }

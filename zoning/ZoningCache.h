@@ -162,6 +162,8 @@ class DC_EXPORT ZoningCache {
     uint32_t _prevActiveChecksum DC_GUARDED_BY(access_lock) = 1;  ///< of what is loaded; differs, so that the
     std::string _prevActiveZonesetName DC_GUARDED_BY(access_lock);  ///< first refresh loads
     uint32_t _prevInactiveChecksum DC_GUARDED_BY(access_lock) = 1;
+    /** The configured part must be loaded whatever its checksum: a load of it failed, or was asked for. */
+    bool _configuredDue DC_GUARDED_BY(access_lock) = false;
     std::string _lockId DC_GUARDED_BY(access_lock);                       ///< the client that holds the lock
     std::map<std::string, ZoneSet> _zonesets DC_GUARDED_BY(access_lock);  ///< owns the handles
     int32_t _zonesetCount DC_GUARDED_BY(access_lock) = 0;                 ///< inactive zonesets

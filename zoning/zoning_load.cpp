@@ -39,6 +39,7 @@ void loadActive(ZoningCache& cache, uint32_t handle) DC_REQUIRES(access_lock) {
 }
 
 bool loadConfigured(ZoningCache& cache, uint32_t handle) DC_REQUIRES(access_lock) {
+    cache._configuredDue = true;  // until all of it is here
     cache.clearInactive();
     cache.clearUber();
     int32_t count = 0;
@@ -66,6 +67,7 @@ bool loadConfigured(ZoningCache& cache, uint32_t handle) DC_REQUIRES(access_lock
     }
     give(cache, uber, ZONESET_UBER);
     cim_log(CIM_LOG_TRACE, "DCACHE: Uber zoneset added, %lds\n", watch.seconds());
+    cache._configuredDue = false;
     return true;
 }
 
@@ -100,7 +102,7 @@ int DataCache::_getZoningInfo() {
         cache._prevActiveChecksum = cache._activeChecksum;
     }
 
-    if (cache._inactiveChecksum == cache._prevInactiveChecksum) return 1;
+    if (cache._inactiveChecksum == cache._prevInactiveChecksum && !cache._configuredDue) return 1;
     if (!loadConfigured(cache, _handle)) return 0;
     cim_log(CIM_LOG_TRACE, "DCACHE: Zoning database update complete\n");
     cim_log(CIM_LOG_TRACE, "DCACHE: DCEventZoningDBChange\n");
