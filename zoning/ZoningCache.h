@@ -153,6 +153,14 @@ class DC_EXPORT ZoningCache {
      */
     int replaceZoningDB() DC_TAKES(access_lock);
 
+    // ---- Load ----
+
+    /**
+     * Removes the entry under the key of the active or the uber zoneset, current or not: it stays behind when
+     * somebody added another one of its type, or null, in its place.
+     */
+    void _dropEntry(_ZoneSetTypes type) DC_REQUIRES(access_lock);
+
     // ---- State ----
 
     bool _lockHeld DC_GUARDED_BY(access_lock) = false;

@@ -17,8 +17,10 @@ inline const char* given(const char* name) {
     return name == nullptr ? "" : name;
 }
 
-/** Reads an object's name with the library's call for it; false when the library fails. */
+/** Reads an object's name with the library's call for it; false without an object, or when the library fails.
+ */
 inline bool readName(int32_t (*getName)(void*, char*), void* object, std::string& name) {
+    if (object == nullptr) return false;
     char field[256] = {};  // longer than any name, for a library that forgets the terminator
     if (getName(object, field) != 0) return false;
     name.assign(field, strnlen(field, sizeof field));

@@ -26,6 +26,14 @@ void destroy(ZoneSet& entry) {
     if (entry.handle != nullptr) vex_ZonesetDestroy(&entry.handle);
 }
 
+/** Removes the entry of that key, if there is one. */
+void drop(std::map<std::string, ZoneSet>& zonesets, const std::string& key) {
+    const auto entry = zonesets.find(key);
+    if (entry == zonesets.end()) return;
+    destroy(entry->second);
+    zonesets.erase(entry);
+}
+
 }  // namespace
 
 ZoningCache::ZoningCache() = default;
@@ -52,13 +60,13 @@ int ZoningCache::delZoneset(void* handle, _ZoneSetTypes type) {
     if (!keyOf(handle, type, key)) return -1;
     if (type == ZONESET_UBER) _uberZoneset = nullptr;
     if (type == ZONESET_ACTIVE) _activeZoneset = nullptr;
-    const auto entry = _zonesets.find(key);
-    if (entry != _zonesets.end()) {
-        destroy(entry->second);
-        _zonesets.erase(entry);
-    }
+    drop(_zonesets, key);
     updateZoningCounts();
     return 0;
+}
+
+void ZoningCache::_dropEntry(_ZoneSetTypes type) {
+    drop(_zonesets, type == ZONESET_ACTIVE ? kActiveKey : kUberKey);
 }
 
 void* ZoningCache::getZoneset(char* name, _ZoneSetTypes& type) {

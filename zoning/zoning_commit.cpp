@@ -19,7 +19,7 @@ int32_t counted(int32_t count, int line) {
 /** An object's name; throws NORV_Except for a null object and for one that does not tell its name. */
 std::string nameOf(int32_t (*getName)(void*, char*), void* object, int line) {
     std::string name;
-    if (object == nullptr || !readName(getName, object, name)) inconsistent(line);
+    if (!readName(getName, object, name)) inconsistent(line);
     return name;
 }
 

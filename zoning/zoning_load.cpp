@@ -19,14 +19,12 @@ class Stopwatch {
 /** Hands a zoneset to the cache, or destroys it where the cache has no place for it (a name that is taken).
  */
 void give(ZoningCache& cache, void* zoneset, _ZoneSetTypes type) DC_REQUIRES(access_lock) {
-    if (cache.addZoneset(zoneset, type) == 0) return;
-    if (cache._activeZoneset == zoneset) cache._activeZoneset = nullptr;
-    if (cache._uberZoneset == zoneset) cache._uberZoneset = nullptr;
-    vex_ZonesetDestroy(&zoneset);
+    if (cache.addZoneset(zoneset, type) != 0) vex_ZonesetDestroy(&zoneset);
 }
 
 void loadActive(ZoningCache& cache, uint32_t handle) DC_REQUIRES(access_lock) {
     cache.clearActive();
+    cache._dropEntry(ZONESET_ACTIVE);
     const Stopwatch watch;
     if (cache._activeZonesetName.empty()) return;
     void* zoneset = nullptr;
@@ -42,6 +40,7 @@ bool loadConfigured(ZoningCache& cache, uint32_t handle) DC_REQUIRES(access_lock
     cache._configuredDue = true;  // until all of it is here
     cache.clearInactive();
     cache.clearUber();
+    cache._dropEntry(ZONESET_UBER);
     int32_t count = 0;
     char(*names)[VEX_ZONING_NAME_SIZE] = nullptr;
     if (vex_fzsGetZonesetList(handle, &count, &names) != 0) {
@@ -65,6 +64,7 @@ bool loadConfigured(ZoningCache& cache, uint32_t handle) DC_REQUIRES(access_lock
         cim_log(CIM_LOG_TRACE, "DCACHE: vex_fzsGetAllZonesAndAliases failed\n");
         return false;
     }
+    cache._dropEntry(ZONESET_UBER);  // where a zoneset of that very name took its place
     give(cache, uber, ZONESET_UBER);
     cim_log(CIM_LOG_TRACE, "DCACHE: Uber zoneset added, %lds\n", watch.seconds());
     cache._configuredDue = false;

@@ -165,17 +165,33 @@ TEST_F(ZoningLoad, WithoutTheActiveZonesetStillTellsOfTheChange) {
 
 TEST_F(ZoningLoad, SurvivesZonesetsThatTakeEachOthersPlace) {
     start();
+    const Zonesets before = cached();
     for (const std::string& name : {kUber, kActive, std::string("beta")}) {
         SCOPED_TRACE(name);
         cache().reloadZoning();
         sim.run("do = 'fault'\nfunction = 'vex_ZonesetGetName'\nvalue = '" + name + '\'');
-        refresh();
+        EXPECT_TRUE(refresh());
+        EXPECT_NE(zoning().getUberZoneset(), nullptr);
         expectNoLeak();
         cache().reloadZoning();
         EXPECT_TRUE(refresh());
-        EXPECT_EQ(cached().size(), 4U);
+        EXPECT_EQ(cached(), before);
         expectNoLeak();
     }
+    EXPECT_EQ(zoning().addZoneset(nullptr, ZONESET_UBER), -1);
+    EXPECT_EQ(zoning().addZoneset(nullptr, ZONESET_ACTIVE), -1);
+    EXPECT_EQ(zoning().addZoneset(nullptr, ZONESET_INACTIVE), -1);
+    EXPECT_EQ(zoning().getUberZoneset(), nullptr) << "the last one added is the current one";
+    EXPECT_EQ(zoning().replaceZoningDB(), 0);
+    cache().reloadZoning();
+    sim.run("do = 'zoneset_deactivate'");
+    EXPECT_TRUE(refresh());
+    const Zonesets without = cached();
+    EXPECT_EQ(without.count(kActive), 0U) << "no load leaves behind what it replaces";
+    sim.run("do = 'zoneset_activate'\nname = 'alpha'");
+    EXPECT_TRUE(refresh());
+    EXPECT_EQ(cached(), before);
+    expectNoLeak();
 }
 
 }  // namespace
