@@ -57,16 +57,15 @@ const char* word(_ZoneSetTypes type) {
 
 void ZoningCache::dump() {
     const AccessGuard guard;
-    _ZoneSetTypes type = ZONESET_INACTIVE;
-    for (void* zoneset = getFirstZoneset(type); zoneset != nullptr; zoneset = getNextZoneset(zoneset, type)) {
+    for (const auto& [key, entry] : _zonesets) {
         std::string name;
-        if (!readName(vex_ZonesetGetName, zoneset, name)) {
+        if (!readName(vex_ZonesetGetName, entry.handle, name)) {
             cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d] Zoneset: Bad entry\n", "ZoningCache", "dump", __LINE__);
             continue;
         }
         cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d] Zoneset: %s (%s)\n", "ZoningCache", "dump", __LINE__,
-                name.c_str(), word(type));
-        dumpZones(zoneset);
+                name.c_str(), word(entry.type));
+        dumpZones(entry.handle);
         dumpAliases(_uberZoneset);  // under every zoneset alike: meant, an alias belongs to no single one
     }
 }

@@ -186,6 +186,15 @@ TEST_F(Zoneset, DumpNamesWhatCannotBeRead) {
                                       info + "    Alias : Bad entry", info + "    Alias : Can't get name"));
     fault("vex_ZonesetGetName", "result = 1");
     EXPECT_THAT(dumped(), ElementsAre(info + " Zoneset: Bad entry"));
+
+    // One handle under two keys, and none under a third, end no walk and begin none anew.
+    zoning().clearUber();
+    void* const zoneset = vex_ZonesetCreate("gamma");
+    EXPECT_EQ(zoning().addZoneset(zoneset, ZONESET_ACTIVE), 0);
+    EXPECT_EQ(zoning().addZoneset(nullptr, ZONESET_UBER), 0);
+    EXPECT_EQ(zoning().addZoneset(zoneset, ZONESET_INACTIVE), 0);
+    EXPECT_THAT(dumped(), ElementsAre(info + " Zoneset: gamma (active)", info + " Zoneset: Bad entry",
+                                      info + " Zoneset: gamma (inactive)"));
 }
 
 }  // namespace
