@@ -106,14 +106,14 @@ class DC_EXPORT ZoningCache {
     bool membersPerZoneAtMax(void* zone) DC_TAKES(access_lock);
     bool membersPerAliasAtMax(void* alias) DC_REQUIRES(access_lock);
 
-    // ---- Conversions; they touch nothing of the cache and take no lock ----
+    // ---- Conversions ----
 
     /** From CIM_ZoneMembershipSettingData.ConnectivityMemberType; VEX_ZMT_UNKNOWN for other values. */
-    static vex_fzs_zonemember_type_e CIMMemberTypeToVexlib(int type);
+    static vex_fzs_zonemember_type_e CIMMemberTypeToVexlib(int type) DC_TAKES(access_lock);
     /** "Soft", "HardVPF", "HardACL" or "Invalid". */
-    static const char* vex_smlCnvFromVEXZoneType(vex_fzs_zone_type_e type);
+    static const char* vex_smlCnvFromVEXZoneType(vex_fzs_zone_type_e type) DC_TAKES(access_lock);
     /** From the provider's zone type, 1 hard and 2 soft; 0 for other values. */
-    static vex_fzs_zone_type_e cnvCIMZoneTypeToVEX(int type);
+    static vex_fzs_zone_type_e cnvCIMZoneTypeToVEX(int type) DC_TAKES(access_lock);
 
     // ---- The fabric's lock ----
 

@@ -1,6 +1,7 @@
 #include "zoning/ZoningCache.h"
 
 vex_fzs_zonemember_type_e ZoningCache::CIMMemberTypeToVexlib(int type) {
+    const AccessGuard guard;
     switch (type) {
         case 2:
             return VEX_ZMT_WWN;
@@ -14,6 +15,7 @@ vex_fzs_zonemember_type_e ZoningCache::CIMMemberTypeToVexlib(int type) {
 }
 
 const char* ZoningCache::vex_smlCnvFromVEXZoneType(vex_fzs_zone_type_e type) {
+    const AccessGuard guard;
     switch (type) {
         case VEX_ZT_SOFT:
             return "Soft";
@@ -27,6 +29,7 @@ const char* ZoningCache::vex_smlCnvFromVEXZoneType(vex_fzs_zone_type_e type) {
 }
 
 vex_fzs_zone_type_e ZoningCache::cnvCIMZoneTypeToVEX(int type) {
+    const AccessGuard guard;
     switch (type) {
         case 1:
             return VEX_ZT_HARD_ACL;

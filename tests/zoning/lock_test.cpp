@@ -1,3 +1,7 @@
+#include <chrono>
+#include <functional>
+#include <future>
+
 #include "tests/zoning/ZoningTest.h"
 
 namespace {
@@ -11,6 +15,24 @@ class FabricLock : public ZoningTest {
     FabricLock() { start(); }
     bool expired = false;
 };
+
+TEST_F(FabricLock, OrNotEveryCallWaitsForTheAccessLock) {
+    const std::function<void()> operations[] = {
+        [] { ZoningCache::CIMMemberTypeToVexlib(2); },
+        [] { ZoningCache::cnvCIMZoneTypeToVEX(1); },
+        [] { ZoningCache::vex_smlCnvFromVEXZoneType(VEX_ZT_SOFT); },
+        [this] { zoning().getUberZoneset(); },
+        [this] { zoning().zoneLimitAtMax(); },
+        [this] { zoning().LockIdOK(nullptr, expired); },
+        [this] { zoning().removeZone(nullptr); },
+    };
+    std::vector<std::future<void>> running;
+    const AccessGuard guard;
+    for (const auto& operation : operations) running.push_back(std::async(std::launch::async, operation));
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
+    for (const auto& one : running) EXPECT_EQ(one.wait_until(deadline), std::future_status::timeout);
+    // The guard is released first, then the threads are waited for.
+}
 
 TEST_F(FabricLock, IsOneGroupAndKnowsItsClient) {
     EXPECT_EQ(zoning().ZoningLock(Arg{"client"}), 1);
