@@ -153,8 +153,15 @@ class DC_EXPORT ZoningCache {
      */
     int replaceZoningDB() DC_TAKES(access_lock);
 
-    // ---- Load ----
+    // ---- Load, as DataCache::_getZoningInfo() orders it; `handle` is the connection's ----
 
+    /** Replaces the active zoneset by the switch's, which is none when `_activeZonesetName` is empty. */
+    void _loadActive(uint32_t handle) DC_REQUIRES(access_lock);
+    /**
+     * Replaces the inactive zonesets and the uber zoneset by the switch's. When it fails, what was read until
+     * then stays, there is no uber zoneset, and the load stays due.
+     */
+    bool _loadConfigured(uint32_t handle) DC_REQUIRES(access_lock);
     /**
      * Removes the entry under the key of the active or the uber zoneset, current or not: it stays behind when
      * somebody added another one of its type, or null, in its place.

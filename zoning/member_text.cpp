@@ -30,7 +30,7 @@ int ZoneMemberToString(char* out, void* member) {
             byteToStr(out, id.wwn, sizeof id.wwn);
             return 1;
         case VEX_ZMT_DOMAIN_PORT:
-            // Hexadecimal and without a separator, unlike formatMemberId(): meant, commands take this form.
+            // Hexadecimal and without a separator, unlike formatMemberId(): commands take this form.
             std::snprintf(out, size, "%2.2x%2.2x", unsigned{id.domain_port.domain},
                           unsigned{id.domain_port.port});
             return 1;
@@ -59,7 +59,7 @@ void formatMemberId(int* type, unsigned char* id, char* out) {
         case VEX_ZMT_DOMAIN_PORT: {
             int32_t port = 0;
             std::memcpy(&port, id + offsetof(vex_memberid_u, domain_port.port), sizeof port);
-            // Decimal and with a colon, unlike ZoneMemberToString(): meant, people read this form.
+            // Decimal and with a colon, unlike ZoneMemberToString(): people read this form.
             std::snprintf(out, size, "%2.2d:%2.2d", id[0], port);
             break;
         }

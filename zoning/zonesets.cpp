@@ -46,7 +46,8 @@ int ZoningCache::addZoneset(void* handle, _ZoneSetTypes type) {
     const AccessGuard guard;
     std::string key;
     if (!keyOf(handle, type, key)) return -1;
-    // Before the test for a duplicate, and meant so: the last one added is the current one in any case.
+    // Required: before the test for a duplicate, so the last one added is the current one even when it is
+    // refused.
     if (type == ZONESET_UBER) _uberZoneset = handle;
     if (type == ZONESET_ACTIVE) _activeZoneset = handle;
     if (!_zonesets.emplace(key, ZoneSet{handle, type}).second) return -1;

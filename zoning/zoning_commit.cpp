@@ -101,7 +101,7 @@ int ZoningCache::replaceZoningDB() {
         return 0;
     }
     if (!group.ok()) return 0;
-    // After a success the lock still counts as held, though the group released it: meant.
+    // Required: after a success the lock still counts as held, though the group released it.
     if (!group.send()) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Zoning session failed\n");
         _lockHeld = false;

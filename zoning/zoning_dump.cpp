@@ -31,7 +31,7 @@ void dumpZones(void* zoneset) {
     }
 }
 
-/** Members only: that the names of the aliases are missing is meant. */
+/** Required: members only, without the names of the aliases. */
 void dumpAliases(void* uber) {
     const int32_t count = aliasCalls.countIn(uber);
     for (int32_t i = 0; i < count; ++i) {
@@ -66,6 +66,6 @@ void ZoningCache::dump() {
         cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d] Zoneset: %s (%s)\n", "ZoningCache", "dump", __LINE__,
                 name.c_str(), word(entry.type));
         dumpZones(entry.handle);
-        dumpAliases(_uberZoneset);  // under every zoneset alike: meant, an alias belongs to no single one
+        dumpAliases(_uberZoneset);  // Required: under every zoneset alike.
     }
 }

@@ -1,6 +1,61 @@
+#include <algorithm>
+
+#include "common/bounded_text.h"
 #include "common/cim_log.h"
 #include "switchlib/NORV_Vex_Lib.h"
 #include "zoning/ZoningCache.h"
+#include "zoning/library_calls.h"
+
+namespace {
+
+/** Adds counts from outside, whose sum may pass 32 bits; it then wraps. */
+int32_t plus(int32_t sum, int32_t count) {
+    return static_cast<int32_t>(static_cast<uint32_t>(sum) + static_cast<uint32_t>(count));
+}
+
+/** Members of the aliases that a zone names as its members. */
+int32_t membersThroughAliases(void* uber, void* zone, int32_t members) {
+    int32_t sum = 0;
+    for (int32_t i = 0; i < members; ++i) {
+        void* member = vex_ZoneListMembers(zone, i);
+        vex_fzs_zonemember_type_e type = VEX_ZMT_UNKNOWN;
+        vex_memberid_u id{};
+        if (member == nullptr || vex_MemberGetAttr(member, &type, &id) != 0 || type != VEX_ZMT_ALIAS)
+            continue;
+        void* alias = vex_ZonesetFindAlias(uber, boundedText(id.alias).c_str());
+        if (alias != nullptr) sum = plus(sum, vex_ZoneAliasGetMemberCount(alias));
+    }
+    return sum;
+}
+
+}  // namespace
+
+int ZoningCache::updateZoningCounts() {
+    const AccessGuard guard;
+    _zonesetCount =
+        static_cast<int32_t>(std::count_if(_zonesets.begin(), _zonesets.end(), [](const auto& entry) {
+            return entry.second.type == ZONESET_INACTIVE;
+        }));
+    _memberCount = 0;
+    _zoneCount = zoneCalls.countIn(_uberZoneset);
+    for (int32_t i = 0; i < _zoneCount; ++i) {
+        void* zone = vex_ZonesetListZones(_uberZoneset, i);
+        if (zone == nullptr) continue;
+        const int32_t members = vex_ZoneGetMemberCount(zone);
+        _memberCount = plus(_memberCount, members);
+        _memberCount = plus(_memberCount, membersThroughAliases(_uberZoneset, zone, members));
+    }
+    // Required: the members of an alias count here once more, after each zone that names it; the member limit
+    // is measured against this generous count.
+    _aliasCount = aliasCalls.countIn(_uberZoneset);
+    for (int32_t i = 0; i < _aliasCount; ++i) {
+        void* alias = vex_ZonesetListAliases(_uberZoneset, i);
+        if (alias != nullptr) _memberCount = plus(_memberCount, vex_ZoneAliasGetMemberCount(alias));
+    }
+    cim_log(CIM_LOG_TRACE, "DCACHE: zsl = %d, zl = %d, al = %d, zml = %d\n", _zonesetCount, _zoneCount,
+            _aliasCount, _memberCount);
+    return 1;
+}
 
 bool ZoningCache::initZoningLimits() {
     const AccessGuard guard;
@@ -8,8 +63,9 @@ bool ZoningCache::initZoningLimits() {
     return vex_fzsGetZoningLimitations(hSwitch, &_limits) == 0;
 }
 
-// The four limits of the whole database are at their maximum only when they are met exactly, and log the
-// count; the three of one container also when they are passed, and log the limit. Both is meant.
+// Required: the four limits of the whole database are at their maximum only when they are met exactly, and
+// log the count; the three of one container also when they are passed, and log the limit. A database that was
+// loaded beyond a maximum can therefore still grow.
 
 bool ZoningCache::zonesetLimitAtMax() {
     const AccessGuard guard;

@@ -48,7 +48,7 @@ bool ZoningCache::LockIdOK(char* lockId, bool& expired) {
     if (!_lockHeld || _lockId != given(lockId)) return false;
     const long elapsed = uptimeSeconds() - _lockTime;
     if (elapsed <= kLockSeconds) return true;
-    // The lock still counts as held: meant, its holder decides what becomes of it.
+    // Required: the lock still counts as held; its holder decides what becomes of it.
     cim_log(CIM_LOG_TRACE, "DCACHE: fabric lock interval expired at %lds\n", elapsed);
     expired = true;
     return false;
