@@ -89,6 +89,7 @@ Effect Hits::onCall() const {
         takeFirst(effect.handle, rule.effect.handle);
         effect.null = effect.null || rule.effect.null;
         effect.delay_ms += rule.effect.delay_ms;
+        effect.uptime_s += rule.effect.uptime_s;
     }
     return effect;
 }

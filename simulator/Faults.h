@@ -8,7 +8,8 @@
 
 namespace vexsim {
 
-/** What a fault does to the call, or to the keys of it, that it hits. Exactly one of these, delay apart. */
+/** What a fault does to the call, or to the keys of it, that it hits. Exactly one of these, the two times
+ * apart. */
 struct Effect {
     std::optional<int32_t> result;    /**< the whole call fails with this result and does nothing */
     std::optional<uint32_t> status;   /**< the key's status; no value is read or written */
@@ -18,6 +19,7 @@ struct Effect {
     bool null = false;                /**< a call that returns a handle or a text returns null */
     std::optional<uint32_t> handle;   /**< the connection handle, 0 included */
     int64_t delay_ms = 0;             /**< the call takes that much longer */
+    int64_t uptime_s = 0;             /**< so much uptime passes in the call, without anybody waiting */
 };
 
 /** One rule: which calls, which of their keys, when, and what happens to them. */

@@ -24,8 +24,10 @@ Effect readEffect(TableReader& table) {
     if (has("null")) effect.null = table.flag("null");
     if (has("handle")) effect.handle = static_cast<uint32_t>(table.integer("handle", 0, most));
     if (table.has("delay_ms")) effect.delay_ms = table.integer("delay_ms", 1, 600'000);
-    if (effects > 1) table.fail("a fault has one effect, apart from \"delay_ms\"");
-    if (effects == 0 && effect.delay_ms == 0) effect.status = effect.result = Scripted;
+    if (table.has("uptime_s")) effect.uptime_s = table.integer("uptime_s", 1, 86400);
+    if (effects > 1) table.fail("a fault has one effect, apart from \"delay_ms\" and \"uptime_s\"");
+    if (effects == 0 && effect.delay_ms == 0 && effect.uptime_s == 0)
+        effect.status = effect.result = Scripted;
     return effect;
 }
 

@@ -4,6 +4,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::MatchesRegex;
 
 const std::string kDatabaseChange = "DCEventZoningDBChange wwn=1000001122AABBCC";
 
@@ -39,6 +40,21 @@ TEST_F(ZoningLoad, ReadsAllAtFirst) {
     expectNoLeak();
     EXPECT_TRUE(refresh());
     EXPECT_THAT(events(), IsEmpty()) << "nothing changed";
+}
+
+TEST_F(ZoningLoad, TellsHowLongEachPartTook) {
+    load(std::string(kSwitch) + kLimits);
+    for (const char* fault : {"uptime_s = 20\nfunction = 'vex_fzsGetActiveZoneset'",
+                              "uptime_s = 30\nfunction = 'vex_fzsGetZoneset'\nskip = 1",
+                              "uptime_s = 40\nfunction = 'vex_fzsGetAllZonesAndAliases'"})
+        sim.run(std::string("do = 'fault'\n") + fault);
+    log();
+    settle();
+    // One second more where the clock's own tick falls in between.
+    EXPECT_THAT(
+        logWith(" added, "),
+        ElementsAre(MatchesRegex(".* Active zoneset added, 2[01]s"), MatchesRegex(".* 'alpha' added, [01]s"),
+                    MatchesRegex(".* 'beta' added, 3[01]s"), MatchesRegex(".* Uber zoneset added, 4[01]s")));
 }
 
 TEST_F(ZoningLoad, ReadsOnlyThePartThatChanged) {
