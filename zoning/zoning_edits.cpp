@@ -118,12 +118,12 @@ uint32_t deleteFrom(const ContainerCalls& calls, void* container, const MemberId
 }
 
 /** `atMax` asks whether the zone or alias is full. */
-template <typename AtMax>
 uint32_t addMember(const Database& database, const ContainerCalls& calls, const EditRule& rule,
-                   const char* name, vex_fzs_zonemember_type_e type, const char* text, AtMax atMax) {
+                   const char* name, vex_fzs_zonemember_type_e type, const char* text,
+                   bool (ZoningCache::*atMax)(void*)) {
     void* container = calls.findIn(database.uber, name);
     if (container == nullptr) return ZONING_NOT_FOUND;
-    if (atMax(container)) return ZONING_FAILED;
+    if ((database.cache.*atMax)(container)) return ZONING_FAILED;
     MemberId wanted(type);
     if (!wanted.parse(text)) return ZONING_INVALID;
     if (calls.findMember(container, wanted.type, &wanted.id) != nullptr) return ZONING_EXISTS;
@@ -233,14 +233,13 @@ uint32_t ZoningCache::removeZoneset(char* name) {
 uint32_t ZoningCache::addMemberToZone(char* zone, vex_fzs_zonemember_type_e type, char* member) {
     const AccessGuard guard;
     return addMember({*this, _uberZoneset, _zonesets}, zoneCalls, kAddMemberToZone, given(zone), type, member,
-                     [this](void* container) { return membersPerZoneAtMax(container); });
+                     &ZoningCache::membersPerZoneAtMax);
 }
 
 uint32_t ZoningCache::addMemberToZoneAlias(char* alias, vex_fzs_zonemember_type_e type, char* member) {
     const AccessGuard guard;
-    return addMember(
-        {*this, _uberZoneset, _zonesets}, aliasCalls, kAddMemberToZoneAlias, given(alias), type, member,
-        [this](void* container) DC_REQUIRES(access_lock) { return membersPerAliasAtMax(container); });
+    return addMember({*this, _uberZoneset, _zonesets}, aliasCalls, kAddMemberToZoneAlias, given(alias), type,
+                     member, &ZoningCache::membersPerAliasAtMax);
 }
 
 uint32_t ZoningCache::removeMemberFromZone(char* zone, vex_fzs_zonemember_type_e type, char* member) {

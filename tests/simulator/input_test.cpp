@@ -51,7 +51,7 @@ TEST_F(SimulatorTest, ASwitchFileThatIsWrongChangesNothingAndSaysWhere) {
         {"[[fault]]\nfunction = 'vex_fzsGetZoneset'\nstatus = 1\n",
          R"(f:3: "status" has no effect on vex_fzsGetZoneset)"},
         {"[[fault]]\nfunction = '*'\nnull = true\nresult = 1\n",
-         R"(f:1: a fault has one effect, apart from "delay_ms")"},
+         R"(f:1: a fault has one effect, apart from "delay_ms" and "uptime_s")"},
     };
     sim.set("Kept", "yes");
     for (const BadInput& bad : cases) {
