@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
+#include <charconv>
 
 namespace {
 
@@ -12,17 +12,20 @@ constexpr uint32_t kNaa2Base = 0xF000FFFFU;
  */
 constexpr uint32_t kNaa3Base = 0xF000000FU;
 
-uint32_t wordAt(const std::string& digits, size_t start) {
-    return static_cast<uint32_t>(std::strtoul(digits.substr(start, 8).c_str(), nullptr, 16));
+uint32_t wordOf(std::string_view digits) {
+    uint32_t word = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), word, 16);
+    return word;
 }
 
 }  // namespace
 
-Wwn::Wwn(const std::string& text) {
+Wwn::Wwn(const std::string& text) : Wwn(parseWwn(text)) {}
+
+Wwn parseWwn(std::string_view text) {
     const auto isHexDigit = [](unsigned char c) { return std::isxdigit(c) != 0; };
-    if (text.size() != 16 || !std::all_of(text.begin(), text.end(), isHexDigit)) return;
-    _high = wordAt(text, 0);
-    _low = wordAt(text, 8);
+    if (text.size() != 16 || !std::all_of(text.begin(), text.end(), isHexDigit)) return {};
+    return {wordOf(text.substr(0, 8)), wordOf(text.substr(8))};
 }
 
 std::string Wwn::tostring() const {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "common/export.h"
 
@@ -21,6 +22,8 @@ class DC_EXPORT Wwn {
   public:
     /** The null name. */
     Wwn() = default;
+    /** Bytes 0 to 3, and bytes 4 to 7. */
+    constexpr Wwn(uint32_t high, uint32_t low) : _high(high), _low(low) {}
     /**
      * Parses 16 hexadecimal digits of either case; any other text gives the null name. That includes the form
      * of 23 characters with colons: its last pair is not read, and half a name would be worse than none.
@@ -74,5 +77,8 @@ class DC_EXPORT Wwn {
     uint32_t _high = 0;  ///< bytes 0 to 3
     uint32_t _low = 0;   ///< bytes 4 to 7
 };
+
+/** The name that a text tells, by the rules of the constructor from a text. */
+Wwn parseWwn(std::string_view text);
 
 static_assert(sizeof(Wwn) == 8, "a name is 8 bytes and nothing else");

@@ -2,13 +2,13 @@
 
 #include <cstddef>
 #include <cstring>
-#include <string>
+#include <string_view>
 
 /**
  * The text in a fixed field that somebody outside filled: up to its terminator, or the whole field when it
- * has none.
+ * has none. It stands in the field, and is good for as long as that is.
  */
 template <size_t Size>
-std::string boundedText(const char (&field)[Size]) {
-    return std::string(field, strnlen(field, Size));
+std::string_view boundedText(const char (&field)[Size]) {
+    return {field, strnlen(field, Size)};
 }

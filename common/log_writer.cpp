@@ -25,7 +25,7 @@ void set_close_on_exec(int file) {
 int open_emptied(const char* path) {
     if (path == nullptr) return -1;
     // Never through a link that somebody else left there, nor waiting for the reader of a FIFO.
-    const int flags = O_RDWR | O_CREAT | O_TRUNC | O_APPEND | O_NOFOLLOW | O_NONBLOCK;
+    const int flags = O_RDWR | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
     int file = -1;
     do {
         file = open(path, flags, 0666);
@@ -76,12 +76,14 @@ void LogWriter::write(unsigned int level, std::string_view ids, const char* form
     const std::size_t length = std::min(wanted, kLongestLine);
     _line[length] = '\0';
 
-    if (_main == -1 || _critical == -1) openFiles();
+    // Not for the critical file alone: anybody can keep that one from opening, and each try changes the umask
+    // of the whole process for a moment.
+    if (_main == -1) openFiles();
     // Before the rotation, which empties the critical file: a critical line that rotates stays in the main
     // file only.
     if ((level & CIM_LOG_CRITICAL) != 0 && _critical != -1) write_whole(_critical, _line, length);
     if (_lines == kLinesPerFile) {
-        _lines = 0;  // the line that rotates is not counted, by intention
+        _lines = 0;  // Required: the line that rotates is not counted, so every later file takes 1001.
         rotate();
     } else {
         ++_lines;
@@ -118,7 +120,7 @@ void LogWriter::openFiles() {
 void LogWriter::rotate() {
     closeFiles();
     if (_main_path != nullptr) shiftGenerations();
-    openFiles();  // empties the critical file too, by intention
+    openFiles();  // Required: a rotation empties the critical file too.
 }
 
 void LogWriter::shiftGenerations() {

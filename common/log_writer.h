@@ -23,11 +23,12 @@ using LogObserver = void (*)(void* context, unsigned int level, const char* line
  * Writes log lines to a main file, rotated every 1000 lines through five generations, and to a critical
  * file.
  *
- * Files are opened at the first line, and again at each following line for as long as they cannot be
- * opened. A symbolic link at either path counts as a file that cannot be opened: the folder is open to
- * everybody. The one line buffer lives in the object, because a logging thread may have little stack; so
- * every call needs the log mutex. The process's own writer is never destroyed, since threads may log while
- * the process ends: hence no destructor; an object that goes away earlier is closed by closeFiles().
+ * Files are opened at the first line, and again at each following line for as long as the main file cannot be
+ * opened; a critical file that alone cannot be opened is tried again at the next rotation. A symbolic link at
+ * either path counts as a file that cannot be opened: the folder is open to everybody. The one line buffer
+ * lives in the object, because a logging thread may have little stack; so every call needs the log mutex. The
+ * process's own writer is never destroyed, since threads may log while the process ends: hence no destructor;
+ * an object that goes away earlier is closed by closeFiles().
  */
 class LogWriter {
   public:

@@ -6,17 +6,25 @@
 #include <cstdlib>
 #include <limits>
 
-int32_t toInt(const std::string& text) {
-    const long long value = std::strtoll(text.c_str(), nullptr, 10);
-    return static_cast<int32_t>(std::clamp<long long>(value, std::numeric_limits<int32_t>::min(),
-                                                      std::numeric_limits<int32_t>::max()));
+int32_t toInt(std::string_view text) {
+    constexpr int64_t kMagnitude = int64_t{1} << 31;
+    const auto isBlank = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
+    size_t at = 0;
+    while (at < text.size() && isBlank(text[at])) ++at;
+    const bool negative = at < text.size() && text[at] == '-';
+    if (at < text.size() && (negative || text[at] == '+')) ++at;
+    int64_t value = 0;
+    for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
+        value = std::min(value * 10 + (text[at] - '0'), kMagnitude);
+    }
+    return static_cast<int32_t>(negative ? -value : std::min(value, kMagnitude - 1));
 }
 
-uint16_t toUint16(const std::string& text) {
+uint16_t toUint16(std::string_view text) {
     return static_cast<uint16_t>(toInt(text));
 }
 
-uint8_t toUint8(const std::string& text) {
+uint8_t toUint8(std::string_view text) {
     return static_cast<uint8_t>(toInt(text));
 }
 

@@ -23,6 +23,7 @@
 #include "zoning/ZoningCache.h"
 
 struct FabricStep;
+class SmlBatch;
 
 /** The host's callback: called with the access lock held; see DataCacheEvent. */
 using DataCacheCallback = void (*)(DataCacheEvent*);
@@ -162,7 +163,7 @@ class DC_EXPORT DataCache {
                                                                           const std::string& adminState);
     static uint16_t smlTypeToCIMType(const std::string& type);
     static uint16_t smlHWTypeToCIMHWType(const std::string& type);
-    static HardwareStatus _smlConvToHardwareStatus(const char* state);
+    static HardwareStatus _smlConvToHardwareStatus(char* state);
 
     // ---- Lifecycle ----
 
@@ -204,7 +205,7 @@ class DC_EXPORT DataCache {
     bool _getPortInfo() DC_REQUIRES(access_lock);
     bool _readPortCount() DC_REQUIRES(access_lock);
     bool _readMarkedPorts() DC_REQUIRES(access_lock);
-    bool _readPort(unsigned port) DC_REQUIRES(access_lock);
+    bool _readPort(SmlBatch& batch, unsigned port) DC_REQUIRES(access_lock);
     bool _readPortNames(uint8_t& domain, Wwn& principal) DC_REQUIRES(access_lock);
     void _updateLocalSwitch(uint8_t domain) DC_REQUIRES(access_lock);
     void _reportPorts(const Wwn& fabric) DC_REQUIRES(access_lock);
@@ -269,9 +270,9 @@ class DC_EXPORT DataCache {
     std::vector<std::string> _prevAccounts DC_GUARDED_BY(access_lock);
 
     FabricCache _fabric DC_GUARDED_BY(access_lock);
-    std::vector<Wwn> _origFabric DC_GUARDED_BY(access_lock);  ///< switches before the current load
-    Wwn _origFabricName DC_GUARDED_BY(access_lock);           ///< fabric name before the current load
-    bool _fabricInitialized DC_GUARDED_BY(access_lock) = false;
+    std::vector<Wwn> _origFabric DC_GUARDED_BY(access_lock);    ///< switches before the current load
+    Wwn _origFabricName DC_GUARDED_BY(access_lock);             ///< fabric name before the current load
+    int32_t _fabricInitialized DC_GUARDED_BY(access_lock) = 0;  ///< 1 once a load was complete
     /** The switch whose ports are being read, null outside the port load, and the uptime at its first read.
      */
     Element<SwitchCache>* _mserverSwitch DC_GUARDED_BY(access_lock) = nullptr;

@@ -1,6 +1,7 @@
 #include "datacache/FabricCache.h"
 
 #include <limits>
+#include <memory>
 
 #include "common/cim_log.h"
 #include "common/number_text.h"
@@ -78,4 +79,13 @@ Element<SwitchCache>* FabricCache::findSwitchCacheElement(const Wwn& name) const
         if (element->item()->_wwn == name) return element;
     }
     return nullptr;
+}
+
+SwitchCache& addSwitch(FabricCache& fabric, const Wwn& name) {
+    auto made = std::make_unique<SwitchCache>();
+    made->_wwn = name;
+    auto element = std::make_unique<Element<SwitchCache>>(made.get());
+    SwitchCache& record = *made.release();  // the element's now
+    fabric._switches.add(element.release());
+    return record;
 }

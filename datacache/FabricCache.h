@@ -50,3 +50,6 @@ class DC_EXPORT FabricCache {
     List<Element<SwitchCache>> _switches;
     uint32_t _unused32 = 0;
 };
+
+/** Appends a new switch of this name, known to be remote, and gives its record, which the fabric owns. */
+SwitchCache& addSwitch(FabricCache& fabric, const Wwn& name);

@@ -14,13 +14,17 @@ constexpr uint32_t kEndOfList = 24;
 int readNames(uint32_t handle, std::vector<std::string>& names) {
     constexpr int kCallFailed = 1880;
     constexpr int kNoEnd = 1897;
-    SmlBatch batch;
+    SmlBatch batch(1);
     batch.add("Oper.Switch.FirstPotentialUser");
     for (;;) {
-        if (!batch.get(handle)) return kCallFailed;
+        if (!batch.get(handle, kEndOfList)) return kCallFailed;
         if (batch.status(0) != 0) return batch.status(0) == kEndOfList ? 0 : kNoEnd;
-        if (names.size() == kMaxAccounts) return kNoEnd;  // counts as an end that is none
-        names.push_back(batch.text(0));
+        if (names.size() == kMaxAccounts) {
+            batch.note(datacache::ReadFault::NoEnd, 0);
+            cim_log(CIM_LOG_TRACE, "DCACHE: _getAcctInfo() the list of accounts has no end\n");
+            return kNoEnd;
+        }
+        names.emplace_back(batch.text(0));
         batch.clear();
         batch.add("Oper.Switch.NextPotentialUser.%s", names.back().c_str());
     }
@@ -30,19 +34,17 @@ int readNames(uint32_t handle, std::vector<std::string>& names) {
 
 bool DataCache::_getAcctInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getAcctInfo()\n");
-    _prevAccounts = _accounts;
-    _accounts.clear();
-    const int failedAt = readNames(_handle, _accounts);
+    // Into a list of its own, so that a read that fails half-way, for want of memory too, changes nothing.
+    std::vector<std::string> names;
+    const int failedAt = readNames(_handle, names);
     if (failedAt != 0) {
-        _accounts = _prevAccounts;
         logUpdateFailed("_getAcctInfo", failedAt);
         return false;
     }
-    // After an empty list nothing counts as added: meant so, as the first read would report every account.
-    if (_prevAccounts.empty()) return true;
-
-    const AccountChanges changes = compareAccounts(_prevAccounts, _accounts);
+    // Required: after an empty list nothing counts as added, or the first read would report every account.
+    const AccountChanges changes = _accounts.empty() ? AccountChanges{} : compareAccounts(_accounts, names);
     _prevAccounts = changes.removed;
+    _accounts.swap(names);
     for (const std::string& name : changes.added) {
         DCEventUserAcctAdd event(_switchState.switchWwn, name);
         _notifyHost(event);

@@ -12,7 +12,7 @@ namespace {
 /** BladeState::kind. */
 enum Kind : uint16_t { KIND_NONE = 0, KIND_FAN = 1, KIND_POWER_SUPPLY = 2, KIND_CPU = 3, KIND_IO = 4 };
 
-Kind kindOf(const std::string& type) {
+Kind kindOf(std::string_view type) {
     if (type == "IO") return KIND_IO;
     if (type == "CPU") return KIND_CPU;
     if (type == "PS") return KIND_POWER_SUPPLY;
@@ -30,7 +30,7 @@ struct Slot {
 
 /** Reads one slot; false when the call or any key failed. */
 bool readSlot(uint32_t handle, uint32_t number, Slot& slot) {
-    SmlBatch batch;
+    SmlBatch batch(8);
     const size_t stateKey = batch.add("Oper.Blade.%u.OperState", number);
     const size_t partKey = batch.add("Oper.Blade.%u.PlanarPartNum", number);
     const size_t serialKey = batch.add("Oper.Blade.%u.BoardSerialNum", number);
@@ -41,7 +41,7 @@ bool readSlot(uint32_t handle, uint32_t number, Slot& slot) {
     const size_t voltageKey = batch.add("Oper.Blade.%u.VoltageSensors", number);
     if (!batch.read(handle)) return false;
 
-    const std::string state = batch.text(stateKey);
+    const std::string_view state = batch.text(stateKey);
     slot.operStatus = cimBladeStatus(state, batch.text(adminKey), batch.text(diagnosisKey)).front();
     const bool absent = state == "NotInstalled" || state == "PoweredOff";
     if (absent || state.empty() || batch.text(partKey).empty() || batch.text(serialKey).empty()) return true;
@@ -75,7 +75,7 @@ void storeSlot(BladeState& state, size_t number, const Slot& slot) {
 
 /** Reads the sensors of a switch that is its own only slot. */
 bool readSingleSlot(uint32_t handle, BladeState& state) {
-    SmlBatch batch;
+    SmlBatch batch(3);
     batch.add("Oper.Switch.Nop");  // part of the request, read by nobody
     const size_t temperatureKey = batch.add("Oper.Blade.0.TempSensors");
     const size_t voltageKey = batch.add("Oper.Blade.0.VoltageSensors");
@@ -118,7 +118,7 @@ bool readSlots(uint32_t handle, BladeState& state, Counts& counts) {
 bool DataCache::_getBladeInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getBladeInfo()\n");
     _prevBladeState = _bladeState;
-    SmlBatch batch;
+    SmlBatch batch(1);
     const size_t slotsKey = batch.add("Oper.Chassis.0.MaxSlots");
     if (!batch.read(_handle)) {
         logUpdateFailed("_getBladeInfo", 1415);

@@ -10,19 +10,20 @@ namespace {
 /** Slots whose fault lists are read; what a switch claims beyond that is no chassis that exists. */
 constexpr uint16_t kMaxFaultListSlots = 256;
 
-uint16_t partCount(const std::string& text) {
-    return std::min(toUint16(text), kMaxChassisParts);
+/** A count of parts, cut to the entries that there are; a negative one is none. */
+uint16_t partCount(std::string_view text) {
+    return toInt(text) < 0 ? uint16_t{0} : std::min(toUint16(text), kMaxChassisParts);
 }
 
 /** Slots of a chassis with slots; a switch with fewer than 2 has none. */
-uint16_t slotCount(const std::string& text) {
+uint16_t slotCount(std::string_view text) {
     const int32_t slots = toInt(text);
     const auto stored = static_cast<uint16_t>(slots);
     return slots < 2 || stored < 2 ? uint16_t{0} : stored;
 }
 
-bool contains(const std::string& text, const char* marker) {
-    return text.find(marker) != std::string::npos;
+bool contains(std::string_view text, const char* marker) {
+    return text.find(marker) != std::string_view::npos;
 }
 
 /** The two faults that fault lists can tell of. */
@@ -30,12 +31,12 @@ struct Faults {
     bool managementProcessor = false;
     bool selfTest = false;
 
-    void scanSwitch(const std::string& list) {
+    void scanSwitch(std::string_view list) {
         managementProcessor |= contains(list, "HW_MP_ACCESS_CPU0") || contains(list, "HW_MP_ACCESS_CPU1") ||
                                contains(list, "HW_MP_DATA_MISMATCH");
         selfTest |= contains(list, "FW_POST_FAIL");
     }
-    void scanBlade(const std::string& list) {
+    void scanBlade(std::string_view list) {
         managementProcessor |= contains(list, "HW_MP_ACCESS");
         selfTest |= contains(list, "FW_POST_FAIL");
     }
@@ -49,7 +50,7 @@ struct Faults {
 
 int DataCache::_getChassisInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getChassisInfo()\n");
-    SmlBatch counts;
+    SmlBatch counts(4);
     const size_t powerSuppliesKey = counts.add("Oper.Chassis.0.PowerSupplies");
     const size_t fansKey = counts.add("Oper.Chassis.0.Fans");
     const size_t slotsKey = counts.add("Oper.Chassis.0.MaxSlots");
@@ -63,7 +64,7 @@ int DataCache::_getChassisInfo() {
     const bool monitoring = counts.isTrue(monitoringKey);
     const uint16_t faultListSlots = std::min(bladeSlotCount, kMaxFaultListSlots);
 
-    SmlBatch parts;
+    SmlBatch parts(size_t{1} + _chassisState.powerSupplyCount + _chassisState.fanCount + faultListSlots);
     for (int i = 0; i < _chassisState.powerSupplyCount; ++i) parts.add("Oper.Chassis.0.PowerSupply.%d", i);
     for (int i = 0; i < _chassisState.fanCount; ++i) parts.add("Oper.Chassis.0.Fan.%d", i);
     const size_t switchFaultsKey = parts.add("%s", monitoring ? "Oper.Switch.FaultList" : "Oper.Switch.Nop");
@@ -75,10 +76,10 @@ int DataCache::_getChassisInfo() {
 
     size_t record = 0;
     for (size_t i = 0; i < _chassisState.powerSupplyCount; ++i) {
-        _chassisState.powerSupplyStatus[i] = _smlConvToHardwareStatus(parts.text(record++).c_str());
+        _chassisState.powerSupplyStatus[i] = hardwareStatus(parts.text(record++));
     }
     for (size_t i = 0; i < _chassisState.fanCount; ++i) {
-        _chassisState.fanStatus[i] = _smlConvToHardwareStatus(parts.text(record++).c_str());
+        _chassisState.fanStatus[i] = hardwareStatus(parts.text(record++));
     }
     Faults faults;
     faults.scanSwitch(parts.text(switchFaultsKey));
@@ -124,6 +125,6 @@ uint16_t DataCache::getRootPowerSupplyCount() const {
     return _chassisState.powerSupplyCount;
 }
 
-HardwareStatus DataCache::_smlConvToHardwareStatus(const char* state) {
+HardwareStatus DataCache::_smlConvToHardwareStatus(char* state) {
     return hardwareStatus(state == nullptr ? "" : state);
 }

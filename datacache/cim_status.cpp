@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 namespace {
 
@@ -11,19 +12,19 @@ struct Word {
 };
 
 template <size_t Size>
-uint16_t codeOf(const Word (&table)[Size], const std::string& word) {
+uint16_t codeOf(const Word (&table)[Size], std::string_view word) {
     const auto* row =
         std::find_if(std::begin(table), std::end(table), [&](const Word& w) { return word == w.word; });
     return row == std::end(table) ? uint16_t{0} : row->code;
 }
 
-bool isDown(const std::string& state) {
+bool isDown(std::string_view state) {
     return state == "Down" || state == "Downed";
 }
 
 }  // namespace
 
-StatusList cimSwitchStatus(const std::string& operState, const StatusList& faults) {
+StatusList cimSwitchStatus(std::string_view operState, const StatusList& faults) {
     static constexpr Word kStates[] = {{"Diagnostics", CIM_IN_SERVICE},
                                        {"Online", CIM_OK},
                                        {"Offline", CIM_STOPPED},
@@ -44,8 +45,8 @@ StatusList cimSwitchStatus(const std::string& operState, const StatusList& fault
     return result;
 }
 
-StatusList cimBladeStatus(const std::string& operState, const std::string& adminState,
-                          const std::string& diagStatus) {
+StatusList cimBladeStatus(std::string_view operState, std::string_view adminState,
+                          std::string_view diagStatus) {
     unsigned short primary = CIM_OK;
     if (diagStatus == "Failed") primary = CIM_ERROR;
     if (diagStatus == "Compromised") primary = CIM_DEGRADED;
@@ -63,30 +64,30 @@ StatusList cimBladeStatus(const std::string& operState, const std::string& admin
     return result;
 }
 
-StatusList cimPortStatus(const std::string& operState, const std::string& adminState) {
-    if (operState == "Online") return {CIM_OK};
-    if (operState == "Offline") return {CIM_STOPPED};
-    if (operState == "Diagnostics") return {CIM_IN_SERVICE};
-    // Meant to differ: administratively "Offline" stops an isolated port, but leaves a down port in error.
+uint16_t cimPortStatus(std::string_view operState, std::string_view adminState) {
+    if (operState == "Online") return CIM_OK;
+    if (operState == "Offline") return CIM_STOPPED;
+    if (operState == "Diagnostics") return CIM_IN_SERVICE;
+    // Required: administratively "Offline" stops an isolated port, but leaves a down port in error.
     if (operState == "Isolated")
-        return {isDown(adminState) || adminState == "Offline" ? CIM_STOPPED : CIM_ERROR};
-    if (isDown(operState)) return {isDown(adminState) ? CIM_STOPPED : CIM_ERROR};
-    return {CIM_UNKNOWN};
+        return isDown(adminState) || adminState == "Offline" ? CIM_STOPPED : CIM_ERROR;
+    if (isDown(operState)) return isDown(adminState) ? CIM_STOPPED : CIM_ERROR;
+    return CIM_UNKNOWN;
 }
 
-uint16_t cimPortType(const std::string& type) {
+uint16_t cimPortType(std::string_view type) {
     static constexpr Word kTypes[] = {{"G", 2},      {"GL", 3},        {"E", 4},      {"F", 5},
                                       {"FL", 6},     {"Donor", 16000}, {"TH", 16001}, {"TF", 16002},
                                       {"TR", 16003}, {"PT", 16004}};
     return codeOf(kTypes, type);
 }
 
-uint16_t cimPortHardwareType(const std::string& type) {
+uint16_t cimPortHardwareType(std::string_view type) {
     static constexpr Word kTypes[] = {{"GL", 1}, {"EXG", 2}};
     return codeOf(kTypes, type);
 }
 
-HardwareStatus hardwareStatus(const std::string& state) {
+HardwareStatus hardwareStatus(std::string_view state) {
     static constexpr Word kStates[] = {
         {"Good", HARDWARE_GOOD}, {"Bad", HARDWARE_BAD}, {"NotInstalled", HARDWARE_NOT_INSTALLED}};
     return static_cast<HardwareStatus>(codeOf(kStates, state));

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "datacache/ChassisState.h"
@@ -30,19 +30,19 @@ enum CimStatus : uint16_t {
 using StatusList = std::vector<unsigned short>;
 
 /** The switch's status, its faults appended. */
-StatusList cimSwitchStatus(const std::string& operState, const StatusList& faults);
+StatusList cimSwitchStatus(std::string_view operState, const StatusList& faults);
 
 /** A blade's status: one value, or two where the blade is also in a transition. */
-StatusList cimBladeStatus(const std::string& operState, const std::string& adminState,
-                          const std::string& diagStatus);
+StatusList cimBladeStatus(std::string_view operState, std::string_view adminState,
+                          std::string_view diagStatus);
 
-/** A port's status: one value. */
-StatusList cimPortStatus(const std::string& operState, const std::string& adminState);
+/** A port's status, which is always one value. */
+uint16_t cimPortStatus(std::string_view operState, std::string_view adminState);
 
 /** Port type; 0 for an unknown word. */
-uint16_t cimPortType(const std::string& type);
+uint16_t cimPortType(std::string_view type);
 
 /** Port hardware type; 0 for an unknown word. */
-uint16_t cimPortHardwareType(const std::string& type);
+uint16_t cimPortHardwareType(std::string_view type);
 
-HardwareStatus hardwareStatus(const std::string& state);
+HardwareStatus hardwareStatus(std::string_view state);

@@ -1,6 +1,8 @@
 #include "datacache/event_codes.h"
 
 #include <array>
+#include <iterator>
+#include <tuple>
 
 namespace {
 
@@ -103,6 +105,19 @@ constexpr EventRegistrations makeRegistrations() {
     }
     return list;
 }
+
+constexpr bool everyPlaceTakenOnce() {
+    size_t taken[std::tuple_size<EventRegistrations>::value] = {};
+    for (const EventCode& row : kEventCodes) {
+        if (row.registration > std::size(taken)) return false;
+        if (row.registration != 0) ++taken[row.registration - 1U];
+    }
+    for (const size_t times : taken) {
+        if (times != 1) return false;
+    }
+    return true;
+}
+static_assert(everyPlaceTakenOnce(), "each place of the registration list belongs to one code");
 
 const EventCode* findEventCode(int32_t code) {
     for (const EventCode& row : kEventCodes) {

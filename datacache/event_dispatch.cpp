@@ -15,7 +15,7 @@ enum UnnamedCode : int32_t {
 }  // namespace
 
 void DataCache::_vexlibNotificationCB(vex_event_s* event) {
-    const std::string text = boundedText(event->text);
+    const std::string text(boundedText(event->text));
     const int32_t(&source)[3] = event->source.word;
     cim_log(CIM_LOG_TRACE, "DCACHE: dequeueing VEX_EVENT_T[%d:%d:%d] (%d) %s : %s\n", source[0], source[1],
             source[2], event->code, _tagToString(event->code), text.c_str());
@@ -35,8 +35,7 @@ void DataCache::_markAreas(int32_t code, int32_t port) {
             break;
         case VEX_EVENT_PORT_ATTR_CHANGE:
         case VEX_EVENT_PORT_CFG_CHANGE:
-            // The compare is signed, so a negative port number goes on to the exception of the port set.
-            if (port >= int32_t{getMaxRootPorts()}) break;
+            if (port < 0 || port >= int32_t{getMaxRootPorts()}) break;  // a negative number is no port either
             localPortRefreshSet(port);
             updatePorts();
             break;

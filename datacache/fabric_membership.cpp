@@ -9,7 +9,7 @@
 bool DataCache::_load_switch_domain_list() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _load_switch_domain_list()\n");
     if (isTransparentSwitch()) return true;
-    SmlBatch batch;
+    SmlBatch batch(1);
     const size_t listKey = batch.add("Oper.Eport.LsdbRecordList.255");
     if (!batch.get(_handle)) {
         logUpdateFailed("_load_switch_domain_list", 2038);
@@ -19,7 +19,7 @@ bool DataCache::_load_switch_domain_list() {
     if (batch.status(listKey) != 0) {
         cim_log(CIM_LOG_TRACE, "DCACHE: smlerror = %d\n", static_cast<int>(batch.status(listKey)));
     }
-    const std::string list = batch.text(listKey);
+    const std::string list(batch.text(listKey));
     cim_log(CIM_LOG_TRACE, "DCACHE: LsdbRecordList: %s\n", list.c_str());
     const std::vector<std::string> domains = _parseSMLList(list);
     if (domains.empty()) {
@@ -53,26 +53,26 @@ bool DataCache::_load_switch_domain_list() {
         element = next;
     }
 
-    if (_fabricInitialized) {  // the first complete load reports nothing
+    if (_fabricInitialized != 0) {  // the first complete load reports nothing
         cim_log(CIM_LOG_TRACE, "DCACHE: _fabricInitialized = true\n");
         compareFabrics({_origFabricName, _origFabric}, {_fabric._fabric_name, members},
                        [this](const FabricStep& step) DC_REQUIRES(access_lock) { _reportFabricStep(step); });
     }
-    _fabricInitialized = true;
+    _fabricInitialized = 1;
     return true;
 }
 
 bool DataCache::_loadDomain(const std::string& domain) {
     cim_log(CIM_LOG_TRACE, "DCACHE: Validating domainID %s\n", domain.c_str());
-    SmlBatch batch;
+    SmlBatch batch(2);
     const size_t wwnKey = batch.add("Oper.Eport.LsdbRecord.%s.WWN", domain.c_str());
     const size_t hopsKey = batch.add("Oper.Eport.LsdbRecord.%s.Hops", domain.c_str());
     if (!batch.read(_handle)) {
         logUpdateFailed("_load_switch_domain_list", 2074);
         return false;
     }
-    const std::string text = batch.text(wwnKey);
-    const std::string hops = batch.text(hopsKey);
+    const std::string text(batch.text(wwnKey));
+    const std::string_view hops = batch.text(hopsKey);
     if (hops == "255") {  // unreachable; a switch that was known keeps its mark and goes
         cim_log(CIM_LOG_TRACE, "DCACHE: _load_switch_domain_list() - skip stale switch, %s\n", text.c_str());
         return true;
@@ -87,18 +87,12 @@ bool DataCache::_loadDomain(const std::string& domain) {
         return true;
     }
 
-    Element<SwitchCache>* element = _fabric.findSwitchCacheElement(name);
+    const Element<SwitchCache>* element = _fabric.findSwitchCacheElement(name);
     const bool known = element != nullptr;
     cim_log(CIM_LOG_TRACE, "DCACHE: _load_switch_domain_list() - %s %s\n", known ? "found" : "add",
             text.c_str());
-    if (!known) {
-        element = Element<SwitchCache>::alloc(new SwitchCache, true);
-        element->item()->_wwn = name;
-        element->item()->_local = hops == "0";  // never here, as such a domain was skipped: kept as computed
-        _fabric._switches.add(element);
-    }
     // What the management server did to a known switch stays: one that timed out is not asked again.
-    SwitchCache& remote = *element->item();
+    SwitchCache& remote = known ? *element->item() : addSwitch(_fabric, name);
     remote._domain_id = toUint8(domain);
     remote._port_count = 0;
     remote._stale = false;

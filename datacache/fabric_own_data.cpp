@@ -10,10 +10,10 @@ bool DataCache::_getFabricInfo() {
 bool DataCache::_load_fabric_info() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _load_fabric_info()\n");
     const bool transparent = isTransparentSwitch();  // such a switch is no member of a fabric of its own
-    SmlBatch batch;
-    const size_t principalKey = transparent ? 0 : batch.add("Oper.Switch.WhoIsPrincipal");
+    SmlBatch batch(3);
+    if (!transparent) batch.add("Oper.Switch.WhoIsPrincipal");
     const size_t wwnKey = batch.add("Oper.Switch.WWN");
-    const size_t domainKey = transparent ? 0 : batch.add("Oper.Switch.DomainID");
+    if (!transparent) batch.add("Oper.Switch.DomainID");
     if (!batch.read(_handle)) {
         logUpdateFailed("_load_fabric_info", 1981);
         return false;
@@ -28,9 +28,9 @@ bool DataCache::_load_fabric_info() {
         _origFabric.push_back(name);
     }
 
-    _fabric._fabric_name = transparent ? Wwn() : Wwn(batch.text(principalKey));
-    _fabric._local_switch_wwn = Wwn(batch.text(wwnKey));
-    _fabric._local_domain_id = transparent ? uint8_t{0} : toUint8(batch.text(domainKey));
+    _fabric._local_switch_wwn = parseWwn(batch.text(wwnKey));
+    _fabric._fabric_name = transparent ? Wwn() : parseWwn(batch.text(wwnKey - 1));
+    _fabric._local_domain_id = transparent ? uint8_t{0} : toUint8(batch.text(wwnKey + 1));
     _fabric._operating_mode = 0;
     _fabric._unused16[0] = 0;
     _fabric._unused16[1] = 0;

@@ -1,5 +1,3 @@
-#include <memory>
-
 #include "datacache/DataCache.h"
 
 namespace {
@@ -8,14 +6,10 @@ namespace {
 SwitchCache& localRecord(FabricCache& fabric, const Wwn& name, const Wwn& portBase) {
     const auto* known = fabric.findSwitchCacheElement(name);
     if (known != nullptr) return *known->item();
-    auto made = std::make_unique<SwitchCache>();
-    made->_wwn = name;
-    made->_port_base_wwn = portBase;
-    made->_local = true;
-    auto element = std::make_unique<Element<SwitchCache>>(made.get());
-    static_cast<void>(made.release());  // the element's now
-    fabric._switches.add(element.get());
-    return *element.release()->item();
+    SwitchCache& made = addSwitch(fabric, name);
+    made._port_base_wwn = portBase;
+    made._local = true;
+    return made;
 }
 
 }  // namespace

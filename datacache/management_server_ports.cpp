@@ -32,7 +32,7 @@ bool DataCache::_load_mserver_ports() {
 }
 
 bool DataCache::_loadSwitchPorts(SwitchCache& remote) {
-    SmlBatch batch;  // of one record, again and again
+    SmlBatch batch(1);  // again and again
     const size_t countKey = batch.add("Oper.TopologyAll.%u.PortEntries", remote._domain_id);
     _mserverRequestTime = uptimeSeconds();
     if (!batch.get(_handle)) {
@@ -60,7 +60,7 @@ bool DataCache::_loadSwitchPorts(SwitchCache& remote) {
             return false;
         }
         if (batch.errors()) continue;
-        const Wwn name(batch.text(nameKey));
+        const Wwn name = parseWwn(batch.text(nameKey));
         unsigned portField = SwitchCache::kNoPortField;
         name.Get_Port(portField);
         if (name.isNull() || portField >= SwitchCache::kNoPortField) continue;

@@ -2,6 +2,7 @@
 
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
+#include "datacache/cim_status.h"
 #include "datacache/update_failed.h"
 #include "switchlib/SmlBatch.h"
 
@@ -30,7 +31,7 @@ bool DataCache::_getPortInfo() {
 }
 
 bool DataCache::_readPortCount() {
-    SmlBatch batch;
+    SmlBatch batch(1);
     const size_t maxPortsKey = batch.add("Oper.Switch.MaxPorts");
     if (!batch.read(_handle)) {
         logUpdateFailed("_getPortInfo", 1617);
@@ -39,6 +40,7 @@ bool DataCache::_readPortCount() {
     // A negative number of ports is none.
     const auto count = static_cast<uint16_t>(std::clamp(batch.number(maxPortsKey), 0, kMaxRootPorts));
     if (count == 0) {
+        batch.note(datacache::ReadFault::BadValue, maxPortsKey);
         _portState = _prevPortState;
         logUpdateFailed("_getPortInfo", 1630);
         return false;
@@ -51,9 +53,10 @@ bool DataCache::_readPortCount() {
 bool DataCache::_readMarkedPorts() {
     // Nothing is known before the first scan is complete, so until then every port counts as marked.
     const bool all = !_portState.portsLoaded;
+    SmlBatch batch(8);  // one for all ports, as room for a batch costs more than the rest of a port
     for (unsigned port = 0; port < _portState.portCount; ++port) {
         if (!all && !_localPortRefresh[port]) continue;
-        if (!_readPort(port)) {
+        if (!_readPort(batch, port)) {
             _portState = _prevPortState;
             logUpdateFailed("_getPortInfo", 1659);
             return false;
@@ -62,8 +65,8 @@ bool DataCache::_readMarkedPorts() {
     return true;
 }
 
-bool DataCache::_readPort(unsigned port) {
-    SmlBatch batch;
+bool DataCache::_readPort(SmlBatch& batch, unsigned port) {
+    batch.clear();
     const size_t operKey = batch.add("Oper.UserPort.0.%u.OperState", port);
     const size_t adminKey = batch.add("Oper.UserPort.0.%u.AdminState", port);
     const size_t typeKey = batch.add("Config.UserPort.0.%u.Type", port);
@@ -74,28 +77,27 @@ bool DataCache::_readPort(unsigned port) {
     const size_t hardwareKey = batch.add("Oper.UserPort.0.%u.HWType", port);
     if (!batch.read(_handle)) return false;
 
-    const std::string state = batch.text(operKey);
+    const std::string_view state = batch.text(operKey);
     const bool present = state != "NotInstalled" && state != "PoweredOff";
     _portState.localPortsPresent[port] = present;
-    const auto status = smlPortStateToCIMOperationalStatus(state, batch.text(adminKey));
-    _portState.portStatus[port] = status.empty() ? uint16_t{0} : status.front();
+    _portState.portStatus[port] = cimPortStatus(state, batch.text(adminKey));
     if (present) {
-        _portState.portType[port] = smlTypeToCIMType(batch.text(typeKey));
-        _portState.portHWType[port] = smlHWTypeToCIMHWType(batch.text(hardwareKey));
+        _portState.portType[port] = cimPortType(batch.text(typeKey));
+        _portState.portHWType[port] = cimPortHardwareType(batch.text(hardwareKey));
     }
     _transceivers.clear(port);
     if (batch.isTrue(ddmKey)) {
         _transceivers.mediaPresent[port] = true;
         _transceivers.mediaFormat[port] = mediaFormatOf(batch.text(data0Key));
         _transceivers.mediaVendorOUI[port] = vendorOUIOf(batch.text(data32Key));
-        _transceivers.mediaVendorSN[port] = _sanitizedMediaVendorSN(batch.text(serialKey).c_str());
+        _transceivers.mediaVendorSN[port] = sanitizedSerial(batch.text(serialKey));
     }
     return true;
 }
 
 bool DataCache::_readPortNames(uint8_t& domain, Wwn& principal) {
     const unsigned first = nextRootPort(_portState, 0);
-    SmlBatch batch;
+    SmlBatch batch(3);
     const size_t nameKey = batch.add("Oper.UserPort.0.%u.WWN", first == kPortRows ? 0 : first);
     const size_t domainKey = batch.add("Oper.Switch.DomainID");
     const size_t principalKey = batch.add("Oper.Switch.WhoIsPrincipal");
@@ -104,8 +106,8 @@ bool DataCache::_readPortNames(uint8_t& domain, Wwn& principal) {
         logUpdateFailed("_getPortInfo", 1758);
         return false;
     }
-    _portState.port0Wwn = Wwn(batch.text(nameKey));
+    _portState.port0Wwn = parseWwn(batch.text(nameKey));
     domain = toUint8(batch.text(domainKey));
-    principal = Wwn(batch.text(principalKey));
+    principal = parseWwn(batch.text(principalKey));
     return true;
 }

@@ -5,7 +5,7 @@
 
 int DataCache::_getSwitchInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getSwitchInfo()\n");
-    SmlBatch batch;
+    SmlBatch batch(8);
     const size_t principalKey = batch.add("Oper.Switch.WhoIsPrincipal");
     const size_t wwnKey = batch.add("Oper.Switch.WWN");
     const size_t stateKey = batch.add("Oper.Switch.OperState");
@@ -18,9 +18,10 @@ int DataCache::_getSwitchInfo() {
         logUpdateFailed("_getSwitchInfo", 1351);
         return 0;
     }
-    const Wwn principal(batch.text(principalKey));
-    const Wwn name(batch.text(wwnKey));
+    const Wwn principal = parseWwn(batch.text(principalKey));
+    const Wwn name = parseWwn(batch.text(wwnKey));
     if (name.isNull()) {
+        batch.note(datacache::ReadFault::BadValue, wwnKey);
         logUpdateFailed("_getSwitchInfo", 1364);
         return 0;
     }
@@ -28,8 +29,8 @@ int DataCache::_getSwitchInfo() {
     _prevSwitchState = _switchState;
     _switchState.switchWwn = name;
     // The chassis is read after the switch, so these are the faults of the pass before.
-    _switchState.operationalStatus = smlSwitchStateToCIMOperationalStatus(
-        batch.text(stateKey).c_str(), _chassisState.loaded ? getSwitchFaults() : StatusList{});
+    _switchState.operationalStatus =
+        cimSwitchStatus(batch.text(stateKey), _chassisState.loaded ? getSwitchFaults() : StatusList{});
     _switchState.transparent = batch.isTrue(transparentFeatureKey) && batch.isTrue(transparentModeKey);
     _switchState.fcoe = batch.isTrue(fcoeKey);
     _switchState.ethernetPassthrough = batch.isTrue(passthroughKey);
@@ -75,7 +76,7 @@ StatusList DataCache::smlIOBladeStateToCIMOperationalStatus(const std::string& o
 
 StatusList DataCache::smlPortStateToCIMOperationalStatus(const std::string& operState,
                                                          const std::string& adminState) {
-    return cimPortStatus(operState, adminState);
+    return {cimPortStatus(operState, adminState)};
 }
 
 uint16_t DataCache::smlTypeToCIMType(const std::string& type) {

@@ -63,7 +63,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     auto* const event = new vex_event_s;
     std::memset(event->text, 0, sizeof event->text);
     if (size > 0) std::memcpy(event->text, data, size < sizeof event->text ? size : sizeof event->text);
-    const std::string text = boundedText(event->text);
+    const std::string text(boundedText(event->text));
     delete event;
 
     checkAlarm([&] { return overheatDescription(text); });

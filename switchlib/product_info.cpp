@@ -19,6 +19,8 @@ int32_t release(char** text) {
 }  // namespace
 
 int get_Product_Info(char** description, char** symbolicName, char** serialNumber, char** brand) {
+    // A success may come without a text, and what a caller's variable held before is not ours to release.
+    *description = *symbolicName = *serialNumber = *brand = nullptr;
     int32_t result = read("Config.Snmp.SysDescr", description);
     if (result != 0) return result;
     result = read("Config.Switch.SymName", symbolicName);

@@ -4,7 +4,17 @@
 #include "common/bounded_text.h"
 #include "common/number_text.h"
 #include "switchlib/NORV_Vex_Lib.h"
+#include "switchlib/ReadTrace.h"
 #include "switchlib/SmlBatch.h"
+
+using datacache::ReadFault;
+using datacache::ReadTrace;
+
+namespace {
+
+constexpr const char* kCall = "vex_smlGetBatch";
+
+}  // namespace
 
 size_t SmlBatch::add(const char* format, ...) {
     vex_smlrequest_s& record = _records.emplace_back();
@@ -15,18 +25,34 @@ size_t SmlBatch::add(const char* format, ...) {
     return _records.size() - 1;
 }
 
-bool SmlBatch::get(uint32_t handle) {
-    return vex_smlGetBatch(handle, _records.data(), static_cast<int32_t>(_records.size())) == 0;
+bool SmlBatch::get(uint32_t handle, uint32_t expected) {
+    const auto count = static_cast<uint32_t>(_records.size());
+    ReadTrace::called();
+    const int32_t result = vex_smlGetBatch(handle, _records.data(), static_cast<int32_t>(count));
+    if (result != 0) {
+        ReadTrace::failed(ReadFault::CallFailed, kCall, _records.front().key, count, result);
+        return false;
+    }
+    for (const vex_smlrequest_s& record : _records) {
+        if (record.status == 0 || record.status == expected) continue;
+        ReadTrace::failed(ReadFault::KeyFailed, kCall, record.key, count,
+                          static_cast<int32_t>(record.status));
+    }
+    return true;
 }
 
 bool SmlBatch::errors() const {
     return isErrors(_records.data(), static_cast<int>(_records.size()));
 }
 
-std::string SmlBatch::text(size_t index) const {
+std::string_view SmlBatch::text(size_t index) const {
     return boundedText(_records[index].value);
 }
 
 int32_t SmlBatch::number(size_t index) const {
     return toInt(text(index));
+}
+
+void SmlBatch::note(ReadFault fault, size_t index) const {
+    ReadTrace::failed(fault, kCall, _records[index].key, static_cast<uint32_t>(_records.size()), 0);
 }

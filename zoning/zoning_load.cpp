@@ -48,7 +48,7 @@ bool ZoningCache::_loadConfigured(uint32_t handle) {
         return false;
     }
     for (int32_t i = 0; names != nullptr && i < count; ++i) {
-        const std::string name = boundedText(names[i]);
+        const std::string name(boundedText(names[i]));
         const Stopwatch watch;
         void* zoneset = nullptr;
         if (vex_fzsGetZoneset(handle, name.c_str(), &zoneset) != 0 || zoneset == nullptr) {

@@ -142,21 +142,15 @@ TEST_F(Dispatch, PortEventsMarkPortsThatAreScanned) {
     const struct {
         int32_t port;
         size_t marked;
-    } kPorts[] = {{0, 1}, {19, 1}, {20, 0}, {127, 0}, {128, 0}, {256, 0}, {2147483647, 0}};
+    } kPorts[] = {{0, 1},          {19, 1},  {20, 0},
+                  {127, 0},        {128, 0}, {256, 0},
+                  {2147483647, 0}, {-1, 0},  {-2147483647 - 1, 0}};
     for (const auto& row : kPorts) {
         clear();
         dispatch(14, "", row.port);
         EXPECT_EQ(portsMarked(), row.marked) << row.port;
         EXPECT_EQ(marked(), row.marked != 0 ? "P" : "") << row.port;
     }
-    clear();
-    try {
-        dispatch(15, "", -1);
-        ADD_FAILURE() << "the compare is signed";
-    } catch (const std::out_of_range& error) {
-        EXPECT_STREQ(error.what(), "bitset::set");
-    }
-    EXPECT_EQ(marked(), "");
 }
 
 TEST_F(Dispatch, UserNamesAreThePayloadAsItCame) {

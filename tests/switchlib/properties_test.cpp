@@ -112,8 +112,10 @@ TEST_F(Properties, LongAndEmptyTextsComeWhole) {
     vex_libFreeMemory(name);
 }
 
+char someoneElses;
+
 struct ProductInfo {
-    char *description = nullptr, *name = nullptr, *serial = nullptr, *brand = nullptr;
+    char *description = &someoneElses, *name = &someoneElses, *serial = &someoneElses, *brand = &someoneElses;
     int read() { return get_Product_Info(&description, &name, &serial, &brand); }
 };
 
