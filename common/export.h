@@ -5,6 +5,9 @@
 /** Marks what hosts may link against; everything else is hidden. */
 #define DC_EXPORT __attribute__((visibility("default")))
 
+/** Hides a member of an exported class again. */
+#define DC_HIDDEN __attribute__((visibility("hidden")))
+
 /** Checks printf-style arguments: position of the format and of its first argument, counted from 1. */
 #define DC_PRINTF(text, first) __attribute__((__format__(__printf__, text, first)))
 

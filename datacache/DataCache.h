@@ -16,14 +16,16 @@
 #include "datacache/DataCacheEvent.h"
 #include "datacache/EvalSignal.h"
 #include "datacache/FabricCache.h"
+#include "datacache/Health.h"
 #include "datacache/PortState.h"
 #include "datacache/SwitchState.h"
 #include "switchlib/NORV_Vex_Lib.h"
 #include "vexlib/vexlib.h"
 #include "zoning/ZoningCache.h"
 
-struct FabricStep;
-class SmlBatch;
+namespace datacache {
+class CacheReader;
+}
 
 /** The host's callback: called with the access lock held; see DataCacheEvent. */
 using DataCacheCallback = void (*)(DataCacheEvent*);
@@ -36,25 +38,18 @@ using DataCacheCallback = void (*)(DataCacheEvent*);
  * takes them up, re-reads the areas that they touch, and tells the host what changed. Nothing stops the
  * thread, and the object is never destroyed while the process lives.
  *
- * Reading: bracket every use of the cache by getInstance() and releaseInstance(), which take and release the
- * recursive access lock; pointers that lookups return are good until the release. Calls that say "takes
- * access_lock" take it themselves as well, so a single one of them needs no bracket of its own where it is
- * called through a pointer that the host kept.
+ * Reading: a datacache::CacheReader holds the recursive access lock for a scope and shows the cached state;
+ * or bracket every use of the cache by getInstance() and releaseInstance(). Pointers that lookups return are
+ * good until the release. Calls that say "takes access_lock" take it themselves as well, so a single one of
+ * them needs no bracket of its own where it is called through a pointer that the host kept. A pass holds the
+ * lock throughout, and a switch that answers slowly makes it long; health() and idle() wait for nothing.
  *
  * Waiting: an area whose read failed is read again at the next pass, and a pass comes only with a switch
- * event or reloadZoning(); there is no timer. isCacheReady() says whether the last pass found every area up
- * to date.
- *
- * The members that begin with an underscore are the cache's own rooms. They are public for its tests; a host
- * stays out.
+ * event, reloadZoning(), refreshNow(), or the retry interval, which is off unless it is set. isCacheReady()
+ * says whether the last pass found every area up to date, health() which area is not, since when and why.
  */
 class DC_EXPORT DataCache {
   public:
-    DataCache();
-    virtual ~DataCache();
-    DataCache(const DataCache&) = delete;
-    DataCache& operator=(const DataCache&) = delete;
-
     // ---- Start-up and access ----
 
     /**
@@ -69,8 +64,36 @@ class DC_EXPORT DataCache {
     static DataCache* getInstance() DC_ACQUIRE(access_lock);
     static void releaseInstance() DC_RELEASE(access_lock);
 
-    /** The instance; created by init(). */
+    /** The instance; created by init(). Read it through getInstance(). */
     static DataCache* instance;
+
+    // ---- Trust ----
+
+    /** True when the last pass found every area up to date. */
+    bool isCacheReady() DC_TAKES(access_lock);
+    /**
+     * What is up to date and what is not, since when and why; what the passes and the switch's events do; and
+     * what the cache has no room for. Waits for no pass and for no lock but its own, so it may be asked from
+     * any thread at any time, before init() and inside the callback too.
+     */
+    static datacache::Health health();
+    /** True when no switch event waits and no pass is running or asked for. False until the first pass is
+     * over. Waits for no pass. */
+    static bool idle();
+    /**
+     * Has a pass read every area and every local port anew as soon as the evaluation thread is free; zoning
+     * is loaded where its checksums differ (reloadZoning() loads it in any case), and the accounts wait for
+     * _getAcctInfo(). Waits for a running pass. Before init() it does nothing.
+     */
+    static void refreshNow() DC_TAKES(access_lock);
+    /**
+     * Has an area that is not up to date read again `seconds` after the last pass, even if no switch event
+     * comes, and again after that for as long as it takes; 0, as at first, turns that off. Takes effect at
+     * once, from any thread, and before start() too.
+     */
+    static void setRetryInterval(uint32_t seconds);
+
+    // ---- Asking for updates ----
 
     /** True when any area is marked for update. */
     bool workToDo() DC_TAKES(access_lock);
@@ -86,8 +109,6 @@ class DC_EXPORT DataCache {
     /** Has the configured zoning loaded anew, whatever its checksum, and wakes the evaluation thread for it.
      */
     void reloadZoning() DC_TAKES(access_lock);
-    /** True when the last pass found every area up to date. */
-    bool isCacheReady() DC_TAKES(access_lock);
     /** Marks all local ports, or one (0 to 255), to be read again. Throws std::out_of_range "bitset::set". */
     void localPortRefreshSet() DC_TAKES(access_lock);
     void localPortRefreshSet(int port) DC_TAKES(access_lock);
@@ -152,6 +173,15 @@ class DC_EXPORT DataCache {
     std::string calcPortWwn(const std::string& switchName, const std::string& index) const
         DC_TAKES(access_lock);
 
+    // ---- Accounts ----
+
+    /**
+     * Reads the accounts of the switch, which no pass does, and sends the events of those that came and went
+     * since the last read, on the calling thread. False when a read failed; the list is then as it was. The
+     * caller holds the access lock. CacheReader::accounts() shows the list.
+     */
+    bool _getAcctInfo() DC_REQUIRES(access_lock);
+
     // ---- Translations of the switch's state words into CIM values ----
 
     static std::vector<unsigned short> smlSwitchStateToCIMOperationalStatus(
@@ -163,71 +193,62 @@ class DC_EXPORT DataCache {
                                                                           const std::string& adminState);
     static uint16_t smlTypeToCIMType(const std::string& type);
     static uint16_t smlHWTypeToCIMHWType(const std::string& type);
-    static HardwareStatus _smlConvToHardwareStatus(char* state);
 
-    // ---- Lifecycle ----
+    // ---- The steps of init() and start(), for a host that takes them one at a time ----
 
+    /** init() makes the one instance, and nothing destroys it. */
+    DataCache();
+    virtual ~DataCache();
+    DataCache(const DataCache&) = delete;
+    DataCache& operator=(const DataCache&) = delete;
+    /** Connects to the switch, trying every 10 seconds; returns once connected, true. */
     bool startVexlib();
+    /** Stores the callback and registers for the switch's events. A switch that refuses is only logged. True.
+     */
+    bool startEventMonitor(DataCacheCallback callback);
+    /** False when the thread could not be made. */
     bool startEvalThread();
     static void* evalThread(void*);
+    /** One pass: takes up the queued events, then reads what is marked. Returns isCacheReady(). */
     bool evaluateCaches() DC_REQUIRES(access_lock);
-
-    void _drainEventQueue() DC_REQUIRES(access_lock);
-    void _updateAreas() DC_REQUIRES(access_lock);
-
-    // ---- Switch events ----
-
-    static const char* _tagToString(int code);
-    bool startEventMonitor(DataCacheCallback callback);
+    /** What the switch library calls with an event, on a thread of its own; the event stays the library's. */
     static void vexlibNotificationCB(void* context, vex_event_s* event, void* user) DC_TAKES(access_lock);
+    /** Appends an event, which the cache then owns and deletes, for the next pass; does not wake it. */
     void queueVexlibEvent(vex_event_s* event) DC_TAKES(access_lock);
+    /** Queues an event of the host's own making; source and text (at most 1395 bytes of it) may be null. */
     void vexlibEventKick(vex_eventcode_e code, vex_eventsource_s* source, char* text) DC_TAKES(access_lock);
-    void _vexlibNotificationCB(vex_event_s* event) DC_REQUIRES(access_lock);
-    void _markAreas(int32_t code, int32_t port) DC_REQUIRES(access_lock);
-    void _actOnEvent(int32_t code, const std::string& text) DC_REQUIRES(access_lock);
-    void _sendEnvEvent(const char* component, const char* condition, const std::string& description)
-        DC_REQUIRES(access_lock);
-    template <class Event>
-    void _sendNameServerEvents(const std::string& text) DC_REQUIRES(access_lock);
-    void _mediaInserted(const std::string& text) DC_REQUIRES(access_lock);
-    void _mediaRemoved(const std::string& text) DC_REQUIRES(access_lock);
 
-    // ---- Loaders: one area each, called by the pass; the accounts' by the host ----
+  private:
+    friend class datacache::CacheReader;
+    friend class CachePeer;  // the tests' one way in
+
+    // ---- Loaders: one area each, called by the pass ----
 
     int _getSwitchInfo() DC_REQUIRES(access_lock);
     int _getChassisInfo() DC_REQUIRES(access_lock);
-    void _reportPowerSupplies() DC_REQUIRES(access_lock);
     bool _getBladeInfo() DC_REQUIRES(access_lock);
-    void _reportBlades(uint16_t fans, uint16_t powerSupplies) DC_REQUIRES(access_lock);
-    void _reportBladeAdd(uint16_t kind, uint16_t slot) DC_REQUIRES(access_lock);
-    void _reportBladeRemove(uint16_t kind, uint16_t slot, uint16_t fans, uint16_t powerSupplies)
-        DC_REQUIRES(access_lock);
     bool _getPortInfo() DC_REQUIRES(access_lock);
-    bool _readPortCount() DC_REQUIRES(access_lock);
-    bool _readMarkedPorts() DC_REQUIRES(access_lock);
-    bool _readPort(SmlBatch& batch, unsigned port) DC_REQUIRES(access_lock);
-    bool _readPortNames(uint8_t& domain, Wwn& principal) DC_REQUIRES(access_lock);
-    void _updateLocalSwitch(uint8_t domain) DC_REQUIRES(access_lock);
-    void _reportPorts(const Wwn& fabric) DC_REQUIRES(access_lock);
+    /** The scan's part from the ports' names on: the local switch's record, then the events. */
+    bool _processPort0Wwn() DC_REQUIRES(access_lock);
     bool _getFabricInfo() DC_REQUIRES(access_lock);
-    bool _getAcctInfo() DC_REQUIRES(access_lock);
-    int _getZoningInfo() DC_REQUIRES(access_lock);
-
     bool _load_fabric_info() DC_REQUIRES(access_lock);
     bool _load_switch_domain_list() DC_REQUIRES(access_lock);
-    /** The load's part for one domain of the list; false when the load has failed. */
-    bool _loadDomain(const std::string& domain) DC_REQUIRES(access_lock);
-    /** Carries out one step of the comparison with the fabric before the load. */
-    void _reportFabricStep(const FabricStep& step) DC_REQUIRES(access_lock);
     bool _load_mserver_ports() DC_REQUIRES(access_lock);
-    /** Fills the port table of one remote switch; false when the load has failed. */
-    bool _loadSwitchPorts(SwitchCache& remote) DC_REQUIRES(access_lock);
+    int _getZoningInfo() DC_REQUIRES(access_lock);
+
+    /** Acts on one queued event. */
+    void _vexlibNotificationCB(vex_event_s* event) DC_REQUIRES(access_lock);
+
+    static const char* _tagToString(int code);
+    static HardwareStatus _smlConvToHardwareStatus(char* state);
     static std::vector<std::string> _parseSMLList(std::string list);
     static bool _fabricContainsWWN(std::vector<Wwn> names, Wwn name);
     static std::string _sanitizedMediaVendorSN(const char* text);
 
-    /** Hands an event to the host. A host that set no callback gets none. */
-    void _notifyHost(DataCacheEvent& event) DC_REQUIRES(access_lock);
+    DC_HIDDEN void _drainEventQueue() DC_REQUIRES(access_lock);
+    DC_HIDDEN void _updateAreas() DC_REQUIRES(access_lock);
+    DC_HIDDEN void _reportPorts(const Wwn& fabric) DC_REQUIRES(access_lock);
+    DC_HIDDEN static void _mark(bool& flag, datacache::CacheArea area);
 
     // ---- State ----
 

@@ -21,11 +21,27 @@ extern LockToken eval_lock;
 /** Wake-ups requested since the evaluation thread last woke. */
 extern DC_EXPORT int32_t eval_ready DC_GUARDED_BY(eval_lock);
 
+/** Why the evaluation thread goes on. */
+enum class Wake { Requested, RetryDue };
+
 /** Requests a pass of the evaluation thread. */
 void wakeEvaluation() DC_EXCLUDES(eval_lock);
 
 /** Requests the first pass, forgetting wake-ups that came before there was a thread. */
 void startEvaluation() DC_EXCLUDES(eval_lock);
 
-/** Waits until a pass is requested and takes all requests that there are. */
-void awaitEvaluation() DC_EXCLUDES(eval_lock);
+/**
+ * Waits until a pass is requested and takes all requests that there are; or until the retry interval, where
+ * there is one, has passed without a request. For the evaluation thread, which is at work whenever it is not
+ * in here.
+ */
+Wake awaitEvaluation() DC_EXCLUDES(eval_lock);
+
+/** Seconds that awaitEvaluation() waits at most; 0, as at first, for no end. Also for a wait that goes on. */
+void setEvaluationRetry(uint32_t seconds) DC_EXCLUDES(eval_lock);
+
+/** Whether the evaluation thread waits and nothing was requested. */
+bool evaluationIdle() DC_EXCLUDES(eval_lock);
+
+/** Takes all requests, without waiting, and gives their number: for a host that runs the passes itself. */
+int32_t takeEvaluationRequests() DC_EXCLUDES(eval_lock);

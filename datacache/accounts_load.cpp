@@ -1,5 +1,7 @@
 #include "datacache/DataCache.h"
+#include "datacache/HealthMonitor.h"
 #include "datacache/account_changes.h"
+#include "datacache/notify.h"
 #include "datacache/update_failed.h"
 #include "switchlib/SmlBatch.h"
 
@@ -36,22 +38,22 @@ bool DataCache::_getAcctInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getAcctInfo()\n");
     // Into a list of its own, so that a read that fails half-way, for want of memory too, changes nothing.
     std::vector<std::string> names;
+    datacache::AreaRead read(datacache::CacheArea::Accounts, false);
     const int failedAt = readNames(_handle, names);
     if (failedAt != 0) {
         logUpdateFailed("_getAcctInfo", failedAt);
-        return false;
+        return read.done(false);
     }
     // Required: after an empty list nothing counts as added, or the first read would report every account.
     const AccountChanges changes = _accounts.empty() ? AccountChanges{} : compareAccounts(_accounts, names);
     _prevAccounts = changes.removed;
     _accounts.swap(names);
+    read.done(true);
     for (const std::string& name : changes.added) {
-        DCEventUserAcctAdd event(_switchState.switchWwn, name);
-        _notifyHost(event);
+        notify(_callback, DCEventUserAcctAdd(_switchState.switchWwn, name));
     }
     for (const std::string& name : changes.removed) {
-        DCEventUserAcctRemove event(_switchState.switchWwn, name);
-        _notifyHost(event);
+        notify(_callback, DCEventUserAcctRemove(_switchState.switchWwn, name));
     }
     return true;
 }

@@ -2,10 +2,14 @@
 
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
+#include "datacache/HealthMonitor.h"
 #include "datacache/bit_sets.h"
 #include "datacache/cim_status.h"
+#include "datacache/notify.h"
 #include "datacache/update_failed.h"
 #include "switchlib/SmlBatch.h"
+
+using datacache::HealthMonitor;
 
 namespace {
 
@@ -105,12 +109,54 @@ bool readSlots(uint32_t handle, BladeState& state, Counts& counts) {
             logUpdateFailed("_getBladeInfo", 1465);
             return false;
         }
-        clearSlots(state);  // at every slot, so that only the last one stays: meant so
+        clearSlots(state);  // Required: each slot read discards the earlier ones.
         storeSlot(state, number, slot);
         if (slot.kind == KIND_FAN) ++counts.fans;
         if (slot.kind == KIND_POWER_SUPPLY) ++counts.powerSupplies;
     }
     return true;
+}
+
+/** Sends the event of a component that came or went; none for a kind that has no event. */
+void reportAdd(DataCacheCallback host, const Wwn& name, uint16_t kind, uint16_t slot) {
+    switch (kind) {
+        case KIND_FAN:
+            return notify(host, DCEventFanAdd(name, slot));
+        case KIND_POWER_SUPPLY:
+            return notify(host, DCEventPowerSupplyAdd(name, slot));
+        case KIND_CPU:
+            return notify(host, DCEventCPUAdd(name, slot));
+        case KIND_IO:
+            return notify(host, DCEventBladeAdd(name, slot));
+        default:
+            return;
+    }
+}
+
+void reportRemove(DataCacheCallback host, const Wwn& name, uint16_t kind, uint16_t slot,
+                  const Counts& counts) {
+    switch (kind) {
+        case KIND_FAN:
+            return notify(host, DCEventFanRemove(name, slot, counts.fans));
+        case KIND_POWER_SUPPLY:
+            return notify(host, DCEventPowerSupplyRemove(name, slot, counts.powerSupplies));
+        case KIND_CPU:
+            return notify(host, DCEventCPURemove(name, slot));
+        case KIND_IO:
+            return notify(host, DCEventBladeRemove(name, slot));
+        default:
+            return;
+    }
+}
+
+void reportChanges(DataCacheCallback host, const Wwn& name, const BladeState& before, const BladeState& now,
+                   const Counts& counts) {
+    const uint16_t slots = std::min(now.slotCount, kMaxSlots);
+    for (uint16_t slot = 0; slot < slots; ++slot) {
+        if (now.kind[slot] == before.kind[slot]) continue;
+        reportAdd(host, name, now.kind[slot], slot);
+        reportRemove(host, name, before.kind[slot], slot, counts);
+    }
 }
 
 }  // namespace
@@ -125,57 +171,15 @@ bool DataCache::_getBladeInfo() {
         return false;
     }
     _bladeState.slotCount = toUint16(batch.text(slotsKey));
+    HealthMonitor::instance().slots(int64_t{_bladeState.slotCount} - kMaxSlots);
     // A single slot is no chassis: it reports nothing and does not count as loaded.
     if (_bladeState.slotCount == 1) return readSingleSlot(_handle, _bladeState);
 
     Counts counts;
     if (!readSlots(_handle, _bladeState, counts)) return false;
-    if (_bladeState.loaded) _reportBlades(counts.fans, counts.powerSupplies);
+    if (_bladeState.loaded) {
+        reportChanges(_callback, _switchState.switchWwn, _prevBladeState, _bladeState, counts);
+    }
     _bladeState.loaded = true;
     return true;
-}
-
-void DataCache::_reportBlades(uint16_t fans, uint16_t powerSupplies) {
-    const uint16_t slots = std::min(_bladeState.slotCount, kMaxSlots);
-    for (uint16_t slot = 0; slot < slots; ++slot) {
-        const uint16_t now = _bladeState.kind[slot];
-        const uint16_t before = _prevBladeState.kind[slot];
-        if (now == before) continue;
-        _reportBladeAdd(now, slot);
-        _reportBladeRemove(before, slot, fans, powerSupplies);
-    }
-}
-
-void DataCache::_reportBladeAdd(uint16_t kind, uint16_t slot) {
-    const Wwn& name = _switchState.switchWwn;
-    if (kind == KIND_FAN) {
-        DCEventFanAdd event(name, slot);
-        _notifyHost(event);
-    } else if (kind == KIND_POWER_SUPPLY) {
-        DCEventPowerSupplyAdd event(name, slot);
-        _notifyHost(event);
-    } else if (kind == KIND_CPU) {
-        DCEventCPUAdd event(name, slot);
-        _notifyHost(event);
-    } else if (kind == KIND_IO) {
-        DCEventBladeAdd event(name, slot);
-        _notifyHost(event);
-    }
-}
-
-void DataCache::_reportBladeRemove(uint16_t kind, uint16_t slot, uint16_t fans, uint16_t powerSupplies) {
-    const Wwn& name = _switchState.switchWwn;
-    if (kind == KIND_FAN) {
-        DCEventFanRemove event(name, slot, fans);
-        _notifyHost(event);
-    } else if (kind == KIND_POWER_SUPPLY) {
-        DCEventPowerSupplyRemove event(name, slot, powerSupplies);
-        _notifyHost(event);
-    } else if (kind == KIND_CPU) {
-        DCEventCPURemove event(name, slot);
-        _notifyHost(event);
-    } else if (kind == KIND_IO) {
-        DCEventBladeRemove event(name, slot);
-        _notifyHost(event);
-    }
 }

@@ -3,6 +3,7 @@
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/cim_status.h"
+#include "datacache/notify.h"
 #include "switchlib/SmlBatch.h"
 
 namespace {
@@ -46,73 +47,89 @@ struct Faults {
     }
 };
 
+/** What is read first: the counts, and whether there are fault lists. */
+struct Counts {
+    uint16_t powerSupplies = 0;
+    uint16_t fans = 0;
+    uint16_t slots = 0;
+    bool monitoring = false;
+};
+
+bool readCounts(uint32_t handle, Counts& counts) {
+    SmlBatch batch(4);
+    const size_t powerSuppliesKey = batch.add("Oper.Chassis.0.PowerSupplies");
+    const size_t fansKey = batch.add("Oper.Chassis.0.Fans");
+    const size_t slotsKey = batch.add("Oper.Chassis.0.MaxSlots");
+    const size_t monitoringKey = batch.add("Oper.Switch.EnhFaultMonFeature");
+    if (!batch.read(handle)) return false;
+    counts = {partCount(batch.text(powerSuppliesKey)), partCount(batch.text(fansKey)),
+              slotCount(batch.text(slotsKey)), batch.isTrue(monitoringKey)};
+    return true;
+}
+
+/** Reads the statuses of as many units as the state counts, and the fault lists. */
+bool readUnits(uint32_t handle, const Counts& counts, ChassisState& state) {
+    const uint16_t faultLists = std::min(counts.slots, kMaxFaultListSlots);
+    SmlBatch batch(size_t{1} + counts.powerSupplies + counts.fans + faultLists);
+    for (int i = 0; i < counts.powerSupplies; ++i) batch.add("Oper.Chassis.0.PowerSupply.%d", i);
+    for (int i = 0; i < counts.fans; ++i) batch.add("Oper.Chassis.0.Fan.%d", i);
+    const size_t switchFaultsKey =
+        batch.add("%s", counts.monitoring ? "Oper.Switch.FaultList" : "Oper.Switch.Nop");
+    for (int slot = 0; slot < faultLists; ++slot) {
+        counts.monitoring ? batch.add("Oper.Blade.%d.FaultList", slot) : batch.add("Oper.Switch.Nop");
+    }
+    if (!batch.read(handle)) return false;
+
+    size_t record = 0;
+    for (size_t i = 0; i < counts.powerSupplies; ++i) {
+        state.powerSupplyStatus[i] = hardwareStatus(batch.text(record++));
+    }
+    for (size_t i = 0; i < counts.fans; ++i) state.fanStatus[i] = hardwareStatus(batch.text(record++));
+    Faults faults;
+    faults.scanSwitch(batch.text(switchFaultsKey));
+    for (size_t slot = 1; slot <= faultLists; ++slot) faults.scanBlade(batch.text(switchFaultsKey + slot));
+    state.switchFaults = faults.statuses();
+    return true;
+}
+
+void reportPowerSupplies(DataCacheCallback host, const Wwn& name, const ChassisState& before,
+                         const ChassisState& now) {
+    const auto& statuses = now.powerSupplyStatus;
+    const auto good = static_cast<uint16_t>(
+        std::count(statuses.begin(), statuses.begin() + now.powerSupplyCount, HARDWARE_GOOD));
+    for (uint16_t i = 0; i < now.powerSupplyCount; ++i) {
+        const HardwareStatus status = statuses[i];
+        const HardwareStatus previous = before.powerSupplyStatus[i];
+        const auto number =
+            static_cast<uint16_t>(i + 1);  // Required: from 1 in events, though keys count from 0.
+        if (status == previous) continue;
+        if (status == HARDWARE_NOT_INSTALLED) {
+            notify(host, DCEventPowerSupplyRemove(name, number, good));
+        } else if (previous == HARDWARE_NOT_INSTALLED) {
+            notify(host, DCEventPowerSupplyAdd(name, number));
+        } else if (status == HARDWARE_BAD) {
+            notify(host, DCEventPowerSupplyFail(name, number, good));
+        }
+    }
+}
+
 }  // namespace
 
 int DataCache::_getChassisInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getChassisInfo()\n");
-    SmlBatch counts(4);
-    const size_t powerSuppliesKey = counts.add("Oper.Chassis.0.PowerSupplies");
-    const size_t fansKey = counts.add("Oper.Chassis.0.Fans");
-    const size_t slotsKey = counts.add("Oper.Chassis.0.MaxSlots");
-    const size_t monitoringKey = counts.add("Oper.Switch.EnhFaultMonFeature");
-    if (!counts.read(_handle)) return 0;
-
+    Counts counts;
+    if (!readCounts(_handle, counts)) return 0;
     _prevChassisState = _chassisState;
-    _chassisState.powerSupplyCount = partCount(counts.text(powerSuppliesKey));
-    _chassisState.fanCount = partCount(counts.text(fansKey));
-    bladeSlotCount = slotCount(counts.text(slotsKey));
-    const bool monitoring = counts.isTrue(monitoringKey);
-    const uint16_t faultListSlots = std::min(bladeSlotCount, kMaxFaultListSlots);
-
-    SmlBatch parts(size_t{1} + _chassisState.powerSupplyCount + _chassisState.fanCount + faultListSlots);
-    for (int i = 0; i < _chassisState.powerSupplyCount; ++i) parts.add("Oper.Chassis.0.PowerSupply.%d", i);
-    for (int i = 0; i < _chassisState.fanCount; ++i) parts.add("Oper.Chassis.0.Fan.%d", i);
-    const size_t switchFaultsKey = parts.add("%s", monitoring ? "Oper.Switch.FaultList" : "Oper.Switch.Nop");
-    for (int slot = 0; slot < faultListSlots; ++slot) {
-        monitoring ? parts.add("Oper.Blade.%d.FaultList", slot) : parts.add("Oper.Switch.Nop");
-    }
+    _chassisState.powerSupplyCount = counts.powerSupplies;
+    _chassisState.fanCount = counts.fans;
+    bladeSlotCount = counts.slots;
     // A failure here leaves the new counts in place, with the statuses and faults of the last good read.
-    if (!parts.read(_handle)) return 0;
-
-    size_t record = 0;
-    for (size_t i = 0; i < _chassisState.powerSupplyCount; ++i) {
-        _chassisState.powerSupplyStatus[i] = hardwareStatus(parts.text(record++));
+    if (!readUnits(_handle, counts, _chassisState)) return 0;
+    if (_prevChassisState.loaded) {
+        reportPowerSupplies(_callback, _switchState.switchWwn, _prevChassisState, _chassisState);
     }
-    for (size_t i = 0; i < _chassisState.fanCount; ++i) {
-        _chassisState.fanStatus[i] = hardwareStatus(parts.text(record++));
-    }
-    Faults faults;
-    faults.scanSwitch(parts.text(switchFaultsKey));
-    for (size_t slot = 0; slot < faultListSlots; ++slot)
-        faults.scanBlade(parts.text(switchFaultsKey + 1 + slot));
-    _chassisState.switchFaults = faults.statuses();
-
-    if (_prevChassisState.loaded) _reportPowerSupplies();
     _chassisState.loaded = true;
     return 1;
-}
-
-void DataCache::_reportPowerSupplies() {
-    const auto& now = _chassisState.powerSupplyStatus;
-    const auto& before = _prevChassisState.powerSupplyStatus;
-    const uint16_t count = _chassisState.powerSupplyCount;
-    const auto good = static_cast<uint16_t>(std::count(now.begin(), now.begin() + count, HARDWARE_GOOD));
-    const Wwn& name = _switchState.switchWwn;
-    for (uint16_t i = 0; i < count; ++i) {
-        const auto number =
-            static_cast<uint16_t>(i + 1);  // counted from 1 in events, from 0 in keys: meant so
-        if (now[i] == before[i]) continue;
-        if (now[i] == HARDWARE_NOT_INSTALLED) {
-            DCEventPowerSupplyRemove event(name, number, good);
-            _notifyHost(event);
-        } else if (before[i] == HARDWARE_NOT_INSTALLED) {
-            DCEventPowerSupplyAdd event(name, number);
-            _notifyHost(event);
-        } else if (now[i] == HARDWARE_BAD) {
-            DCEventPowerSupplyFail event(name, number, good);
-            _notifyHost(event);
-        }
-    }
 }
 
 StatusList DataCache::getSwitchFaults() const {

@@ -1,11 +1,28 @@
 #include "datacache/DataCache.h"
+#include "datacache/HealthMonitor.h"
+#include "datacache/notify.h"
+
+using datacache::AreaRead;
+using datacache::CacheArea;
+using datacache::HealthMonitor;
 
 namespace {
 
-/** Records a loader's result: what failed stays marked, so that the next pass tries it again. */
-void record(bool result, bool& ok, bool& update) {
-    ok = result;
-    if (result) update = false;
+/** Tells the health that a pass runs, for as long as it lives. */
+class PassWatch {
+  public:
+    PassWatch() { HealthMonitor::instance().beginPass(); }
+    ~PassWatch() { HealthMonitor::instance().endPass(); }
+    PassWatch(const PassWatch&) = delete;
+    PassWatch& operator=(const PassWatch&) = delete;
+};
+
+/** Reads an area; one that failed stays marked, so that the next pass tries it again. */
+template <typename Load>
+void read(CacheArea area, bool& ok, bool& update, Load load) {
+    AreaRead read(area, true);
+    ok = read.done(load());
+    if (ok) update = false;
 }
 
 void reportFailed(bool ok, const char* name) {
@@ -15,6 +32,7 @@ void reportFailed(bool ok, const char* name) {
 }  // namespace
 
 bool DataCache::evaluateCaches() {
+    const PassWatch watch;
     cim_log(CIM_LOG_TRACE, "DCACHE: evaluateCaches\n");
     try {
         _drainEventQueue();
@@ -32,10 +50,7 @@ bool DataCache::evaluateCaches() {
     reportFailed(_zoningOK, "_zoningOK");
 
     _cacheReady = _switchOK && _chassisOK && _bladesOK && _portsOK && _fabricOK && _accountsOK && _zoningOK;
-    if (_cacheReady) {
-        DCEventDataCacheUpdateComplete event;
-        _notifyHost(event);
-    }
+    if (_cacheReady) notify(_callback, DCEventDataCacheUpdateComplete());
     return _cacheReady;
 }
 
@@ -45,6 +60,7 @@ void DataCache::_drainEventQueue() {
         vex_event_s* event = _eventQueue.front();
         if (event != nullptr) _vexlibNotificationCB(event);
         _eventQueue.pop_front();
+        HealthMonitor::instance().dispatched();
         delete event;
     }
 }
@@ -52,33 +68,36 @@ void DataCache::_drainEventQueue() {
 void DataCache::_updateAreas() {
     if (_switchUpdate) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating switch cache\n");
-        record(_getSwitchInfo() != 0, _switchOK, _switchUpdate);
+        read(CacheArea::Switch, _switchOK, _switchUpdate,
+             [this]() DC_REQUIRES(access_lock) { return _getSwitchInfo() != 0; });
     }
     if (_chassisUpdate) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating chassis cache\n");
-        record(_getChassisInfo() != 0, _chassisOK, _chassisUpdate);
+        read(CacheArea::Chassis, _chassisOK, _chassisUpdate,
+             [this]() DC_REQUIRES(access_lock) { return _getChassisInfo() != 0; });
     }
     if (_bladesUpdate) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating blades cache\n");
-        record(_getBladeInfo(), _bladesOK, _bladesUpdate);
+        read(CacheArea::Blades, _bladesOK, _bladesUpdate,
+             [this]() DC_REQUIRES(access_lock) { return _getBladeInfo(); });
     }
     if (_portsUpdate) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating ports cache\n");
-        record(_getPortInfo(), _portsOK, _portsUpdate);
+        read(CacheArea::Ports, _portsOK, _portsUpdate,
+             [this]() DC_REQUIRES(access_lock) { return _getPortInfo(); });
     }
-    // The pass never loads the accounts: only the host asks for them.
-    record(true, _accountsOK, _accountsUpdate);
+    // Required: the accounts count as read though no pass reads them, since only the host asks for them.
+    _accountsOK = true;
+    _accountsUpdate = false;
     if (_fabricUpdate) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating fabric cache\n");
-        record(_getFabricInfo(), _fabricOK, _fabricUpdate);
+        read(CacheArea::Fabric, _fabricOK, _fabricUpdate,
+             [this]() DC_REQUIRES(access_lock) { return _getFabricInfo(); });
     }
     if (_zoningUpdate) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating zoning cache\n");
-        record(_getZoningInfo() != 0, _zoningOK, _zoningUpdate);
+        read(CacheArea::Zoning, _zoningOK, _zoningUpdate,
+             [this]() DC_REQUIRES(access_lock) { return _getZoningInfo() != 0; });
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating zoning cache (Done)\n");
     }
-}
-
-void DataCache::_notifyHost(DataCacheEvent& event) {
-    if (_callback != nullptr) _callback(&event);
 }

@@ -2,12 +2,34 @@
 #include <memory>
 
 #include "datacache/DataCache.h"
+#include "datacache/HealthMonitor.h"
 #include "datacache/event_codes.h"
+
+using datacache::HealthMonitor;
 
 namespace {
 
-/** Four bytes less than the text field holds; meant so. */
+/** Required: four bytes less than the text field holds, so a longer text loses its end. */
 constexpr size_t kKickTextBytes = 1396;
+
+/** One notification of the switch library: dropped, unless it is told that it was queued. */
+class Arrival {
+  public:
+    Arrival() { HealthMonitor::instance().received(); }
+    ~Arrival() {
+        if (!_accepted) HealthMonitor::instance().dropped();
+    }
+    Arrival(const Arrival&) = delete;
+    Arrival& operator=(const Arrival&) = delete;
+
+    void accept() {
+        _accepted = true;
+        HealthMonitor::instance().accepted();
+    }
+
+  private:
+    bool _accepted = false;
+};
 
 }  // namespace
 
@@ -33,6 +55,7 @@ bool DataCache::startEventMonitor(DataCacheCallback callback) {
 }
 
 void DataCache::vexlibNotificationCB(void*, vex_event_s* event, void*) {
+    Arrival arrival;
     const AccessGuard guard;
     if (instance == nullptr || event == nullptr) return;
     const int32_t(&source)[3] = event->source.word;
@@ -47,12 +70,14 @@ void DataCache::vexlibNotificationCB(void*, vex_event_s* event, void*) {
             source[2], event->code, _tagToString(event->code), VEX_EVENT_TEXT_SIZE, event->text);
     instance->queueVexlibEvent(copy.get());
     static_cast<void>(copy.release());  // the queue's now
+    arrival.accept();
     wakeEvaluation();
 }
 
 void DataCache::queueVexlibEvent(vex_event_s* event) {
     const AccessGuard guard;
     _eventQueue.push_back(event);
+    HealthMonitor::instance().queued();
 }
 
 void DataCache::vexlibEventKick(vex_eventcode_e code, vex_eventsource_s* source, char* text) {

@@ -2,23 +2,12 @@
 
 #include <algorithm>
 
-#include "datacache/DataCache.h"
-
 namespace {
 
 using Steps = std::function<void(const FabricStep&)>;
 
 void takeText(const Steps& take, const char* text) {
     take({FabricStep::LogText, {}, {}, {}, text});
-}
-
-bool holds(const std::vector<Wwn>& names, const Wwn& name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-/** Whether a switch of the list was in the fabric before; looks in a fresh copy every time, as is meant. */
-bool wasMember(const FabricMembers& before, const Wwn& name) {
-    return DataCache::_fabricContainsWWN(before.switches, name);
 }
 
 /** Looks for a switch of before, remarking every comparison on the way. */
@@ -36,7 +25,7 @@ void compareSameName(const FabricMembers& before, const FabricMembers& now, cons
     bool added = false;
     for (const Wwn& member : now.switches) {
         take({FabricStep::LogChecking, now.name, member});
-        if (wasMember(before, member)) continue;
+        if (holds(before.switches, member)) continue;
         take({FabricStep::SwitchAdd, now.name, member});
         added = true;
     }
@@ -53,14 +42,14 @@ void compareSameName(const FabricMembers& before, const FabricMembers& now, cons
 
 void addKnownSwitches(const FabricMembers& before, const FabricMembers& now, const Steps& take) {
     for (const Wwn& member : now.switches) {
-        if (wasMember(before, member)) take({FabricStep::SwitchAdd, now.name, member});
+        if (holds(before.switches, member)) take({FabricStep::SwitchAdd, now.name, member});
     }
 }
 
 void compareNewName(const FabricMembers& before, const FabricMembers& now, const Steps& take) {
     takeText(take, "DCACHE: _fabric._fabric_name != _origFabricName\n");
     const bool newcomers = std::any_of(now.switches.begin(), now.switches.end(),
-                                       [&](const Wwn& member) { return !wasMember(before, member); });
+                                       [&](const Wwn& member) { return !holds(before.switches, member); });
     const bool lost = std::any_of(before.switches.begin(), before.switches.end(),
                                   [&](const Wwn& original) { return !holds(now.switches, original); });
     if (lost) {
@@ -80,11 +69,15 @@ void compareNewName(const FabricMembers& before, const FabricMembers& now, const
         take({FabricStep::FabricGrown, now.name});
         takeText(take, "DCACHE: Delete old fabric\n");
         take({FabricStep::FabricRemove, before.name});
-        addKnownSwitches(before, now, take);  // the newcomers get no event here, as is meant
+        addKnownSwitches(before, now, take);  // Required: the newcomers get no event here.
     }
 }
 
 }  // namespace
+
+bool holds(const std::vector<Wwn>& names, const Wwn& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
 
 void compareFabrics(const FabricMembers& before, const FabricMembers& now, const Steps& take) {
     if (now.name == before.name) {

@@ -11,6 +11,9 @@ struct FabricMembers {
     const std::vector<Wwn>& switches;
 };
 
+/** Whether a name is among the names, searched from the front. */
+bool holds(const std::vector<Wwn>& names, const Wwn& name);
+
 /** One step of telling how a fabric changed: an event for the host, or a remark for the log. */
 struct FabricStep {
     enum Kind {

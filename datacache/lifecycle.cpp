@@ -2,10 +2,15 @@
 #include <unistd.h>
 
 #include "datacache/DataCache.h"
+#include "datacache/HealthMonitor.h"
+
+using datacache::HealthMonitor;
 
 DataCache* DataCache::instance = nullptr;
 
-DataCache::DataCache() = default;
+DataCache::DataCache() {
+    HealthMonitor::instance().reset();
+}
 
 DataCache::~DataCache() {
     cim_log(CIM_LOG_TRACE, "DCACHE: ~DataCache()\n");
@@ -48,6 +53,7 @@ bool DataCache::startVexlib() {
     cim_log(CIM_LOG_TRACE, "DCACHE: attempting vexlib connection\n");
     while (_handle == 0) {
         const int32_t result = vex_IPConnect("localhost", "cim", "", &_handle);
+        HealthMonitor::instance().connecting(result, result == 0 && _handle != 0);
         if (result == 0) continue;  // a success without a handle is tried again at once
         cim_log(CIM_LOG_CRITICAL, "CRIT:%s:%s[%d] vexlib connection failed: %d : retrying in 10 seconds...\n",
                 "DataCache", "startVexlib", 479, result);
@@ -80,7 +86,7 @@ void* DataCache::evalThread(void*) {
     cim_log(CIM_LOG_TRACE, "DCACHE: (EVAL) starting\n");
     startEvaluation();
     for (;;) {
-        awaitEvaluation();
+        if (awaitEvaluation() == Wake::RetryDue && !HealthMonitor::instance().anyAreaStale()) continue;
         cim_log(CIM_LOG_TRACE, "DCACHE: (EVAL) awake\n");
         const AccessGuard guard;
         if (!instance->evaluateCaches())

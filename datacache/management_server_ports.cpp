@@ -1,5 +1,6 @@
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
+#include "datacache/HealthMonitor.h"
 #include "datacache/update_failed.h"
 #include "switchlib/SmlBatch.h"
 #include "switchlib/uptime_seconds.h"
@@ -8,6 +9,48 @@ namespace {
 
 /** A management server that answers with a failure after this time has timed out. */
 constexpr long kPatience_s = 10;
+
+/** Fills the port table of one remote switch; false when the load has failed. */
+bool loadPorts(uint32_t handle, SwitchCache& remote, long& requestTime) {
+    SmlBatch batch(1);  // again and again
+    const size_t countKey = batch.add("Oper.TopologyAll.%u.PortEntries", remote._domain_id);
+    requestTime = uptimeSeconds();
+    if (!batch.get(handle)) {
+        logUpdateFailed("_load_mserver_ports", 2380);
+        return false;
+    }
+    if (batch.status(countKey) != 0) {
+        if (uptimeSeconds() - requestTime <= kPatience_s) {
+            ++remote._mserver_errors;
+        } else {
+            remote._mserver_timeout = true;
+        }
+        return true;
+    }
+    remote._mserver_errors = 0;
+    const unsigned entries = toUint16(batch.text(countKey));
+    if (entries == 0) return true;
+    remote._port_count = 0;
+    // Entries behind a full table cannot be represented; they are not asked for.
+    unsigned entry = 0;
+    for (; entry < entries && remote._port_count < SwitchCache::kMaxPorts; ++entry) {
+        batch.clear();
+        const size_t nameKey = batch.add("Oper.TopologyAll.%u.Entry.%u.PortWwn", remote._domain_id, entry);
+        if (!batch.get(handle)) {
+            logUpdateFailed("_load_mserver_ports", 2400);
+            return false;
+        }
+        if (batch.errors()) continue;
+        const Wwn name = parseWwn(batch.text(nameKey));
+        unsigned portField = SwitchCache::kNoPortField;
+        name.Get_Port(portField);
+        if (name.isNull() || portField >= SwitchCache::kNoPortField) continue;
+        remote._port_base_wwn = name;
+        remote.addPort(portField, entry);
+    }
+    datacache::HealthMonitor::instance().portEntriesBeyond(entries - entry);
+    return true;
+}
 
 }  // namespace
 
@@ -24,48 +67,9 @@ bool DataCache::_load_mserver_ports() {
         } else if (current._local) {
             cim_log(CIM_LOG_TRACE, "DCACHE: _load_mserver_ports - skip local %s\n", current.getWwn().c_str());
         } else {
-            loaded = _loadSwitchPorts(current);
+            loaded = loadPorts(_handle, current, _mserverRequestTime);
         }
     }
     _mserverSwitch = nullptr;
     return loaded;
-}
-
-bool DataCache::_loadSwitchPorts(SwitchCache& remote) {
-    SmlBatch batch(1);  // again and again
-    const size_t countKey = batch.add("Oper.TopologyAll.%u.PortEntries", remote._domain_id);
-    _mserverRequestTime = uptimeSeconds();
-    if (!batch.get(_handle)) {
-        logUpdateFailed("_load_mserver_ports", 2380);
-        return false;
-    }
-    if (batch.status(countKey) != 0) {
-        if (uptimeSeconds() - _mserverRequestTime <= kPatience_s) {
-            ++remote._mserver_errors;
-        } else {
-            remote._mserver_timeout = true;
-        }
-        return true;
-    }
-    remote._mserver_errors = 0;
-    const unsigned entries = toUint16(batch.text(countKey));
-    if (entries == 0) return true;
-    remote._port_count = 0;
-    // Entries behind a full table cannot be represented; they are not asked for.
-    for (unsigned entry = 0; entry < entries && remote._port_count < SwitchCache::kMaxPorts; ++entry) {
-        batch.clear();
-        const size_t nameKey = batch.add("Oper.TopologyAll.%u.Entry.%u.PortWwn", remote._domain_id, entry);
-        if (!batch.get(_handle)) {
-            logUpdateFailed("_load_mserver_ports", 2400);
-            return false;
-        }
-        if (batch.errors()) continue;
-        const Wwn name = parseWwn(batch.text(nameKey));
-        unsigned portField = SwitchCache::kNoPortField;
-        name.Get_Port(portField);
-        if (name.isNull() || portField >= SwitchCache::kNoPortField) continue;
-        remote._port_base_wwn = name;
-        remote.addPort(portField, entry);
-    }
-    return true;
 }

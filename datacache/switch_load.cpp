@@ -1,5 +1,6 @@
 #include "datacache/DataCache.h"
 #include "datacache/cim_status.h"
+#include "datacache/notify.h"
 #include "datacache/update_failed.h"
 #include "switchlib/SmlBatch.h"
 
@@ -38,8 +39,7 @@ int DataCache::_getSwitchInfo() {
     const StatusList& before = _prevSwitchState.operationalStatus;
     const StatusList& now = _switchState.operationalStatus;
     if (_prevSwitchState.loaded && now != before) {
-        DCEventSwitchStatusChange event(name, principal, before, now);
-        _notifyHost(event);
+        notify(_callback, DCEventSwitchStatusChange(name, principal, before, now));
     }
     _switchState.loaded = true;
     return 1;

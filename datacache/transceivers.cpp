@@ -1,3 +1,6 @@
+#include "datacache/transceivers.h"
+
+#include "common/cim_log.h"
 #include "datacache/DataCache.h"
 #include "datacache/event_texts.h"
 
@@ -15,7 +18,7 @@ std::string DataCache::_sanitizedMediaVendorSN(const char* text) {
     return sanitizedSerial(text == nullptr ? "" : text);
 }
 
-void DataCache::_mediaInserted(const std::string& text) {
+void mediaInserted(TransceiverState& transceivers, const std::string& text) {
     const MediaInserted media = parseMediaInserted(text);
     if (media.items != MediaInserted::kItems) {
         cim_log(CIM_LOG_TRACE,
@@ -25,16 +28,17 @@ void DataCache::_mediaInserted(const std::string& text) {
     }
     if (!hasRow(media.port)) return;
     const auto port = static_cast<size_t>(media.port);
-    _transceivers.clear(port);
+    transceivers.clear(port);
     if (media.presence == 0) return;
-    _transceivers.mediaPresent[port] = true;
-    // Meant: the vendor OUI becomes one character, the low byte of the number; the next scan reads it whole.
-    _transceivers.mediaVendorOUI[port].assign(1, static_cast<char>(media.vendorOUI & 0xFF));
-    _transceivers.mediaVendorSN[port] = _sanitizedMediaVendorSN(media.vendorSN.c_str());
-    _transceivers.mediaFormat[port] = static_cast<uint8_t>(media.format);
+    transceivers.mediaPresent[port] = true;
+    // Required: the vendor OUI becomes one character, the low byte of the number; the next scan reads it
+    // whole.
+    transceivers.mediaVendorOUI[port].assign(1, static_cast<char>(media.vendorOUI & 0xFF));
+    transceivers.mediaVendorSN[port] = sanitizedSerial(media.vendorSN);
+    transceivers.mediaFormat[port] = static_cast<uint8_t>(media.format);
 }
 
-void DataCache::_mediaRemoved(const std::string& text) {
+void mediaRemoved(TransceiverState& transceivers, const std::string& text) {
     const MediaRemoved media = parseMediaRemoved(text);
     if (media.items != MediaRemoved::kItems) {
         cim_log(CIM_LOG_TRACE,
@@ -42,5 +46,5 @@ void DataCache::_mediaRemoved(const std::string& text) {
                 media.items, text.c_str());
         return;
     }
-    if (hasRow(media.port)) _transceivers.clear(static_cast<size_t>(media.port));
+    if (hasRow(media.port)) transceivers.clear(static_cast<size_t>(media.port));
 }

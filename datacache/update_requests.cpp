@@ -1,5 +1,8 @@
 #include "datacache/DataCache.h"
+#include "datacache/HealthMonitor.h"
 #include "datacache/bit_sets.h"
+
+using datacache::CacheArea;
 
 bool DataCache::workToDo() {
     const AccessGuard guard;
@@ -7,50 +10,55 @@ bool DataCache::workToDo() {
            _accountsUpdate || _zoningUpdate;
 }
 
+void DataCache::_mark(bool& flag, CacheArea area) {
+    flag = true;
+    datacache::HealthMonitor::instance().mark(area);
+}
+
 void DataCache::updateAll() {
     const AccessGuard guard;
-    _switchUpdate = true;
-    _chassisUpdate = true;
-    _bladesUpdate = true;
-    _portsUpdate = true;
-    _fabricUpdate = true;
-    _accountsUpdate = true;
-    _zoningUpdate = true;
+    updateSwitch();
+    updateChassis();
+    updateBlades();
+    updatePorts();
+    updateFabric();
+    updateAccounts();
+    updateZoning();
 }
 
 void DataCache::updateSwitch() {
     const AccessGuard guard;
-    _switchUpdate = true;
+    _mark(_switchUpdate, CacheArea::Switch);
 }
 
 void DataCache::updateChassis() {
     const AccessGuard guard;
-    _chassisUpdate = true;
+    _mark(_chassisUpdate, CacheArea::Chassis);
 }
 
 void DataCache::updateBlades() {
     const AccessGuard guard;
-    _bladesUpdate = true;
+    _mark(_bladesUpdate, CacheArea::Blades);
 }
 
 void DataCache::updatePorts() {
     const AccessGuard guard;
-    _portsUpdate = true;
+    _mark(_portsUpdate, CacheArea::Ports);
 }
 
 void DataCache::updateFabric() {
     const AccessGuard guard;
-    _fabricUpdate = true;
+    _mark(_fabricUpdate, CacheArea::Fabric);
 }
 
 void DataCache::updateAccounts() {
     const AccessGuard guard;
-    _accountsUpdate = true;
+    _mark(_accountsUpdate, CacheArea::Accounts);
 }
 
 void DataCache::updateZoning() {
     const AccessGuard guard;
-    _zoningUpdate = true;
+    _mark(_zoningUpdate, CacheArea::Zoning);
 }
 
 void DataCache::reloadZoning() {
@@ -60,11 +68,6 @@ void DataCache::reloadZoning() {
     _zoningCache._configuredDue = true;
     updateZoning();
     wakeEvaluation();
-}
-
-bool DataCache::isCacheReady() {
-    const AccessGuard guard;
-    return _cacheReady;
 }
 
 void DataCache::localPortRefreshSet() {

@@ -1,0 +1,31 @@
+#include "datacache/DataCache.h"
+#include "datacache/HealthMonitor.h"
+
+using datacache::HealthMonitor;
+
+bool DataCache::isCacheReady() {
+    const AccessGuard guard;
+    return _cacheReady;
+}
+
+datacache::Health DataCache::health() {
+    return HealthMonitor::instance().copy();
+}
+
+bool DataCache::idle() {
+    // In this order: an event that no longer waits was taken up by a pass, which still shows in the second
+    // test.
+    return HealthMonitor::instance().noEventWaits() && evaluationIdle();
+}
+
+void DataCache::refreshNow() {
+    const AccessGuard guard;
+    if (instance == nullptr) return;
+    instance->updateAll();
+    instance->localPortRefreshSet();
+    wakeEvaluation();
+}
+
+void DataCache::setRetryInterval(uint32_t seconds) {
+    setEvaluationRetry(seconds);
+}
