@@ -57,7 +57,7 @@ class FabricTest : public CacheTest {
     /** A load of the fabric, as the pass makes it; false when it failed. */
     bool reload() {
         const AccessGuard guard;
-        return cache()._getFabricInfo();
+        return peer().getFabricInfo();
     }
 
     FabricCache& fabric() { return *cache().getFabric(1); }

@@ -21,7 +21,7 @@ class AccountsTest : public CacheTest {
         load("[switch]\nwwn = \"1000001122AABBCC\"\n[accounts]\nusers = [" + users + "]\n");
         {
             const AccessGuard guard;
-            EXPECT_TRUE(cache()._getSwitchInfo());
+            EXPECT_TRUE(peer().getSwitchInfo());
         }
         events();
         calls();
@@ -33,7 +33,7 @@ class AccountsTest : public CacheTest {
     }
     Names accounts() {
         const AccessGuard guard;
-        return cache()._accounts;
+        return peer().accounts;
     }
     void fault(const std::string& fields) {
         sim.run("[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\n" + fields);
@@ -45,7 +45,7 @@ TEST_F(AccountsTest, AreReadOnlyWhenTheHostAsks) {
     pass();
     {
         const AccessGuard guard;
-        EXPECT_TRUE(cache()._accountsOK);
+        EXPECT_TRUE(peer().accountsOK);
     }
     EXPECT_THAT(accounts(), IsEmpty());
     events();
@@ -88,8 +88,8 @@ TEST_F(AccountsTest, ChangesOnTheSwitchRaiseTheirEvent) {
     sim.run("[[step]]\ndo = \"account_add\"\nname = \"zoe\"\n");
     EXPECT_EQ(sim.deliverPending(), 1U);
     const AccessGuard guard;
-    ASSERT_THAT(cache()._eventQueue, SizeIs(1));
-    EXPECT_EQ(cache()._eventQueue.front()->code, VEX_EVENT_USER_ACL_CHANGE);
+    ASSERT_THAT(peer().eventQueue, SizeIs(1));
+    EXPECT_EQ(peer().eventQueue.front()->code, VEX_EVENT_USER_ACL_CHANGE);
 }
 
 TEST_F(AccountsTest, AnEmptyListBeforeReportsNoAdditions) {

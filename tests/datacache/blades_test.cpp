@@ -26,7 +26,7 @@ class Blades : public CacheTest {
         load(toml);
         {
             const AccessGuard guard;  // only the areas that matter here
-            EXPECT_TRUE(cache()._getSwitchInfo() && cache()._getChassisInfo() && cache()._getBladeInfo());
+            EXPECT_TRUE(peer().getSwitchInfo() && peer().getChassisInfo() && peer().getBladeInfo());
         }
         EXPECT_THAT(events(), IsEmpty()) << "the first load reports nothing";
         calls();
@@ -34,11 +34,11 @@ class Blades : public CacheTest {
     }
     bool reload() {
         const AccessGuard guard;
-        return cache()._getBladeInfo();
+        return peer().getBladeInfo();
     }
     BladeState state() {
         const AccessGuard guard;
-        return cache()._bladeState;
+        return peer().bladeState;
     }
     void fault(const std::string& fields) { sim.run("[[step]]\ndo = \"fault\"\n" + fields); }
     /** The text of the out-of-range error that `run` ends with; empty for none. */
@@ -173,11 +173,11 @@ TEST_F(Blades, InsertionAndRemovalOnTheSwitchRaiseTheirEvents) {
         sim.deliverPending();
         std::vector<int32_t> codes;
         const AccessGuard guard;
-        for (vex_event_s* event : cache()._eventQueue) {
+        for (vex_event_s* event : peer().eventQueue) {
             codes.push_back(event->code);
             delete event;
         }
-        cache()._eventQueue.clear();
+        peer().eventQueue.clear();
         return codes;
     };
     EXPECT_THAT(raised("[[step]]\ndo = \"blade_insert\"\nslot = 1\ntype = \"IO\"\n"),
@@ -284,7 +284,7 @@ TEST_F(Blades, FailedPassStaysMarked) {
     EXPECT_FALSE(pass());
     const auto state = [this] {
         const AccessGuard guard;
-        return std::pair(cache()._bladesOK, cache()._bladesUpdate);
+        return std::pair(peer().bladesOK, peer().bladesUpdate);
     };
     EXPECT_EQ(state(), std::pair(false, true));
     pass();
@@ -303,7 +303,7 @@ TEST_F(Blades, WalksHaveDifferentBounds) {
     EXPECT_EQ(cache().getNextRootIOBladeIndex(65535), 3) << "the next after 65535 is 0: 16 bits";
     {
         const AccessGuard guard;
-        cache().bladeSlotCount = 3;
+        peer().bladeSlotCount = 3;
     }
     EXPECT_EQ(cache().getFirstRootIOBladeIndex(), 3) << "not bounded by the slots of the chassis";
     EXPECT_EQ(cache().getNextRootIOBladeIndex(0), 65535) << "bounded by them";
@@ -317,7 +317,7 @@ TEST_F(Blades, WalkBeyondTheLastEntryThrows) {
     EXPECT_TRUE(lockIsFree());
     {
         const AccessGuard guard;
-        cache().bladeSlotCount = 32;
+        peer().bladeSlotCount = 32;
     }
     EXPECT_EQ(cache().getNextRootIOBladeIndex(0), 65535) << "the chassis ends where the entries end";
 }
@@ -345,8 +345,8 @@ TEST_F(Blades, OtherPartsBeyondTheLastEntryOnlyCount) {
     EXPECT_EQ(cache().getFirstRootIOBladeIndex(), 65535);
     {
         const AccessGuard guard;
-        cache()._bladeState.kind[5] = 1;
-        cache()._bladeState.kind[6] = 2;
+        peer().bladeState.kind[5] = 1;
+        peer().bladeState.kind[6] = 2;
     }
     ASSERT_TRUE(reload());
     EXPECT_THAT(events(), ElementsAre("DCEventFanRemove " + kName + " index=5 count=1",

@@ -73,7 +73,7 @@ TEST(CimStatus, CodesOfWords) {
     EXPECT_EQ(hardwareStatus("Bad"), 2);
     EXPECT_EQ(hardwareStatus("NotInstalled"), 3);
     EXPECT_EQ(hardwareStatus("good"), 0);
-    EXPECT_EQ(DataCache::_smlConvToHardwareStatus(nullptr), 0);
+    EXPECT_EQ(CachePeer::hardwareStatus(nullptr), 0);
 }
 
 }  // namespace

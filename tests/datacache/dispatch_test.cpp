@@ -29,12 +29,10 @@ class Dispatch : public CacheTest {
     }
     void clear() {
         const AccessGuard guard;
-        cache()._switchUpdate = cache()._chassisUpdate = cache()._bladesUpdate = cache()._portsUpdate =
-            cache()._fabricUpdate = cache()._accountsUpdate = cache()._zoningUpdate = false;
-        cache()._localPortRefresh.reset();
-        pthread_mutex_lock(&eval_mutex);
-        eval_ready = 0;
-        pthread_mutex_unlock(&eval_mutex);
+        peer().switchUpdate = peer().chassisUpdate = peer().bladesUpdate = peer().portsUpdate =
+            peer().fabricUpdate = peer().accountsUpdate = peer().zoningUpdate = false;
+        peer().localPortRefresh.reset();
+        takeEvaluationRequests();
         events();
         log();
         calls();
@@ -45,32 +43,27 @@ class Dispatch : public CacheTest {
         event.source = {{1, 2, port}};
         text.copy(event.text, sizeof event.text);
         const AccessGuard guard;
-        cache()._vexlibNotificationCB(&event);
+        peer().dispatch(&event);
     }
     /** The areas that are marked, one letter each. */
     std::string marked() {
         const AccessGuard guard;
-        const DataCache& c = cache();
+        const CachePeer c = peer();
         std::string letters;
-        if (c._switchUpdate) letters += 'S';
-        if (c._chassisUpdate) letters += 'C';
-        if (c._bladesUpdate) letters += 'B';
-        if (c._portsUpdate) letters += 'P';
-        if (c._fabricUpdate) letters += 'F';
-        if (c._accountsUpdate) letters += 'A';
-        if (c._zoningUpdate) letters += 'Z';
+        if (c.switchUpdate) letters += 'S';
+        if (c.chassisUpdate) letters += 'C';
+        if (c.bladesUpdate) letters += 'B';
+        if (c.portsUpdate) letters += 'P';
+        if (c.fabricUpdate) letters += 'F';
+        if (c.accountsUpdate) letters += 'A';
+        if (c.zoningUpdate) letters += 'Z';
         return letters;
     }
     size_t portsMarked() {
         const AccessGuard guard;
-        return cache()._localPortRefresh.count();
+        return peer().localPortRefresh.count();
     }
-    int32_t wakeUps() {
-        pthread_mutex_lock(&eval_mutex);
-        const int32_t count = eval_ready;
-        pthread_mutex_unlock(&eval_mutex);
-        return count;
-    }
+    int32_t wakeUps() { return takeEvaluationRequests(); }
 };
 
 struct Effect {

@@ -42,7 +42,7 @@ class Evaluation : public CacheTest {
     }
     void useThrowingHost() {
         const AccessGuard guard;
-        cache()._callback = throwingHost;
+        peer().callback = throwingHost;
     }
 };
 
@@ -83,13 +83,13 @@ TEST_F(Evaluation, CompletesEveryPassThatFindsAllUpToDate) {
     EXPECT_THAT(allEvents(), ElementsAre("DCEventDataCacheUpdateComplete"));
     EXPECT_THAT(log(), ElementsAre("2 DCACHE: evaluateCaches"));
     const AccessGuard guard;
-    EXPECT_TRUE(cache()._accountsOK) << "accounts count as loaded though nobody asked for them";
+    EXPECT_TRUE(peer().accountsOK) << "accounts count as loaded though nobody asked for them";
 }
 
 TEST_F(Evaluation, ReportsFailedAreasInTheirOrderAndRetriesThem) {
     {
         const AccessGuard guard;
-        cache()._bladesUpdate = cache()._portsUpdate = cache()._fabricUpdate = cache()._zoningUpdate = false;
+        peer().bladesUpdate = peer().portsUpdate = peer().fabricUpdate = peer().zoningUpdate = false;
     }
     sim.run("[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\nresult = 3\ntimes = 2\n");
     EXPECT_FALSE(pass());
@@ -122,9 +122,9 @@ TEST_F(Evaluation, MessageThrownByALoaderSkipsTheRestAndIsRetried) {
     std::vector<std::string> lines = log();
     EXPECT_EQ(lines.back(), "4 DCACHE: Exception: the host's own message");
     const AccessGuard guard;
-    EXPECT_FALSE(cache()._switchUpdate);
-    EXPECT_TRUE(cache()._chassisUpdate && cache()._bladesUpdate && cache()._fabricUpdate &&
-                cache()._accountsUpdate);
+    EXPECT_FALSE(peer().switchUpdate);
+    EXPECT_TRUE(peer().chassisUpdate && peer().bladesUpdate && peer().fabricUpdate &&
+                peer().accountsUpdate);
 }
 
 TEST_F(Evaluation, EventWhoseDispatchThrowsStaysAtTheHead) {
@@ -137,23 +137,23 @@ TEST_F(Evaluation, EventWhoseDispatchThrowsStaysAtTheHead) {
     pass();
     {
         const AccessGuard guard;
-        EXPECT_EQ(cache()._eventQueue.size(), 2U);
-        cache()._eventQueue.push_front(nullptr);  // an empty entry goes without dispatch
+        EXPECT_EQ(peer().eventQueue.size(), 2U);
+        peer().eventQueue.push_front(nullptr);  // an empty entry goes without dispatch
     }
     throwAt = 0;
     callbacks = 0;
     pass();
     EXPECT_EQ(callbacks, 3) << "both events again, and the completion";
     const AccessGuard guard;
-    EXPECT_TRUE(cache()._eventQueue.empty());
+    EXPECT_TRUE(peer().eventQueue.empty());
 }
 
 TEST_F(Evaluation, MarksPortsForRefresh) {
     cache().localPortRefreshSet(255);
     {
         const AccessGuard guard;
-        EXPECT_EQ(cache()._localPortRefresh.count(), 1U);
-        EXPECT_TRUE(cache()._localPortRefresh[255]);
+        EXPECT_EQ(peer().localPortRefresh.count(), 1U);
+        EXPECT_TRUE(peer().localPortRefresh[255]);
     }
     for (const int outside : {256, 100000, -1}) {
         try {
@@ -173,7 +173,7 @@ TEST_F(Evaluation, MarksPortsForRefresh) {
     EXPECT_NE(work, nullptr);
     cache().localPortRefreshSet();
     const AccessGuard guard;
-    EXPECT_TRUE(cache()._localPortRefresh.all());
+    EXPECT_TRUE(peer().localPortRefresh.all());
 }
 
 TEST_F(Evaluation, ReloadZoningForcesAndWakes) {
@@ -187,7 +187,7 @@ TEST_F(Evaluation, ReloadZoningForcesAndWakes) {
 TEST_F(Evaluation, HostWithoutCallbackGetsNothing) {
     {
         const AccessGuard guard;
-        cache()._callback = nullptr;
+        peer().callback = nullptr;
     }
     settle();
     EXPECT_TRUE(cache().isCacheReady());

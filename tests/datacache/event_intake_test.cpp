@@ -21,7 +21,7 @@ class EventIntake : public CacheTest {
     }
     size_t queued() {
         const AccessGuard guard;
-        return cache()._eventQueue.size();
+        return peer().eventQueue.size();
     }
     bool awakened() {
         pthread_mutex_lock(&eval_mutex);
@@ -49,13 +49,13 @@ TEST_F(EventIntake, KnowsItsCodes) {
         const bool named =
             (code >= 1 && code <= 82 && std::find(gaps.begin(), gaps.end(), code) == gaps.end()) ||
             code == 253 || code == 254;
-        EXPECT_EQ(std::string(DataCache::_tagToString(code)) != "VEX_EVENT_OTHER", named) << code;
+        EXPECT_EQ(std::string(CachePeer::tagToString(code)) != "VEX_EVENT_OTHER", named) << code;
     }
-    EXPECT_STREQ(DataCache::_tagToString(1), "VEX_EVENT_FABRIC_CHANGE");
-    EXPECT_STREQ(DataCache::_tagToString(60), "VEX_EVENT_PORT_TEST_COMPLETE_2");
-    EXPECT_STREQ(DataCache::_tagToString(82), "VEX_EVENT_SWITCH_FAULT_CHANGE");
-    EXPECT_STREQ(DataCache::_tagToString(254), "VEX_EVENT_CONNECTION_RESTORED");
-    EXPECT_STREQ(DataCache::_tagToString(-2147483647 - 1), "VEX_EVENT_OTHER");
+    EXPECT_STREQ(CachePeer::tagToString(1), "VEX_EVENT_FABRIC_CHANGE");
+    EXPECT_STREQ(CachePeer::tagToString(60), "VEX_EVENT_PORT_TEST_COMPLETE_2");
+    EXPECT_STREQ(CachePeer::tagToString(82), "VEX_EVENT_SWITCH_FAULT_CHANGE");
+    EXPECT_STREQ(CachePeer::tagToString(254), "VEX_EVENT_CONNECTION_RESTORED");
+    EXPECT_STREQ(CachePeer::tagToString(-2147483647 - 1), "VEX_EVENT_OTHER");
 }
 
 TEST_F(EventIntake, QueuesWhatItKnowsAndDropsTheRest) {
@@ -105,8 +105,8 @@ TEST_F(EventIntake, KeepsItsOwnCopyOfAnUnterminatedEvent) {
     sim.deliverPending();
     {
         const AccessGuard guard;
-        ASSERT_THAT(cache()._eventQueue, SizeIs(1));
-        const vex_event_s& copy = *cache()._eventQueue.front();
+        ASSERT_THAT(peer().eventQueue, SizeIs(1));
+        const vex_event_s& copy = *peer().eventQueue.front();
         EXPECT_EQ(std::string(copy.text, sizeof copy.text), std::string(1400, 'x'));
         EXPECT_EQ(copy.source.word[2], 9);
     }
@@ -128,8 +128,8 @@ TEST_F(EventIntake, KicksWithoutWaking) {
     EXPECT_EQ(queued(), 2U);
     {
         const AccessGuard guard;
-        EXPECT_EQ(std::string(cache()._eventQueue.back()->text), std::string(1395, 'k'));
-        EXPECT_EQ(cache()._eventQueue.back()->source.word[2], -6);
+        EXPECT_EQ(std::string(peer().eventQueue.back()->text), std::string(1395, 'k'));
+        EXPECT_EQ(peer().eventQueue.back()->source.word[2], -6);
     }
     calls();
     pass();

@@ -342,7 +342,7 @@ TEST(FabricLists, SplitsAtCommas) {
         {"", {}},      {"7", {"7"}},         {"1,2", {"1", "2"}}, {"1,2,", {"1", "2", ""}},
         {",1", {"1"}}, {"1,,2", {"1", "2"}}, {",", {""}},         {" 1 , 2", {" 1 ", " 2"}},
     };
-    for (const auto& c : cases) EXPECT_EQ(DataCache::_parseSMLList(c.text), c.fields) << c.text;
+    for (const auto& c : cases) EXPECT_EQ(CachePeer::parseSMLList(c.text), c.fields) << c.text;
 }
 
 }  // namespace

@@ -82,7 +82,7 @@ TEST_F(FabricPorts, CutsTheCountTo16Bits) {
 TEST_F(FabricPorts, AreNotReadWhileTheLocalPortsAreUnknown) {
     loadFabric(fabricWith("ports = 2"));
     ASSERT_EQ(remote()._port_count, 2);
-    cache()._portState.port0Wwn = Wwn();
+    peer().portState.port0Wwn = Wwn();
     calls();
     EXPECT_TRUE(reload());
     EXPECT_EQ(calls().size(), 4U);
@@ -143,7 +143,7 @@ TEST_F(FabricPorts, AFailedCallKeepsTheRowsBeforeIt) {
     sim.run("[[step]]\ndo = \"fault\"\nfunction = \"*\"\nkey = \"*Entry.2.PortWwn\"\nresult = 9");
     EXPECT_FALSE(reload());
     EXPECT_THAT(rows(), ElementsAre("0:0", "1:1"));
-    EXPECT_EQ(cache()._mserverSwitch, nullptr);
+    EXPECT_EQ(peer().mserverSwitch, nullptr);
     EXPECT_TRUE(reload());
     EXPECT_THAT(rows(), ElementsAre("0:0", "1:1", "2:2"));
 }

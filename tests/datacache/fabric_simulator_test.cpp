@@ -35,7 +35,7 @@ class SimulatedFabric : public FabricTest {
         sim.run("[[step]]\n" + fields);
         sim.deliverPending();
         std::vector<std::string> lines;
-        for (const vex_event_s* event : cache()._eventQueue) {
+        for (const vex_event_s* event : peer().eventQueue) {
             lines.push_back(std::to_string(event->code) + ' ' + event->text);
         }
         settle();

@@ -7,7 +7,7 @@
 #include <condition_variable>
 #include <mutex>
 
-#include "host/event_fields.h"
+#include "datacache/event_text.h"
 #include "tests/support/CacheTest.h"
 
 namespace {
@@ -56,7 +56,7 @@ struct Host {
         std::unique_lock<std::mutex> guard(mutex);
         pthread_attr_getstacksize(&attributes, &stackBytes);
         pthread_attr_destroy(&attributes);
-        lines.push_back(eventLine(event) + " seen on " + name);
+        lines.push_back(datacache::eventText(event) + " seen on " + name);
         changed.notify_all();
         changed.wait(guard, [this] { return !gateShut; });
     }
@@ -139,8 +139,8 @@ TEST_F(Lifecycle, ConnectsUntilItSucceeds) {
                 ElementsAre("2 DCACHE: Creating a new datacache()", "2 DCACHE: attempting vexlib connection",
                             failed, failed, "2 DCACHE: vexlib connection established",
                             "2 DCACHE: zsl = 0, zl = 0, al = 0, zml = 0", "2 DCACHE: Zoning limits loaded"));
-    EXPECT_NE(DataCache::instance->_handle, 0U);
-    EXPECT_EQ(hSwitch, DataCache::instance->_handle);
+    EXPECT_NE(peer().handle(), 0U);
+    EXPECT_EQ(hSwitch, peer().handle());
     EXPECT_EQ(sim.transcript()[0].function, "vex_IPConnect");
     EXPECT_EQ(sim.transcript()[0].detail, "localhost,cim,");
 

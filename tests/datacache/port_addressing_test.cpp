@@ -55,10 +55,10 @@ TEST_F(PortAddressing, LocalIndexFromName) {
 
 TEST_F(PortAddressing, ACiscoPortFieldOf0IsLocalPort0IfThereIsOne) {
     loadFabric(fabricOf(kCisco, kRemote));
-    cache()._portState.localPortsPresent[0] = false;
+    peer().portState.localPortsPresent[0] = false;
     EXPECT_EQ(cache().calcPortIndex(kCisco, "2000000DEC000001"), "");
     EXPECT_EQ(cache().calcPortIndex(kCisco, "2002000DEC000001"), "1");
-    cache()._portState.localPortsPresent[255] = true;
+    peer().portState.localPortsPresent[255] = true;
     EXPECT_EQ(cache().calcPortIndex(kCisco, "2100000DEC000001"), "255");
     EXPECT_EQ(cache().calcPortWwn(kCisco, "255"), "2100000DEC000001");
 }
@@ -104,7 +104,7 @@ TEST_F(PortAddressing, NameFromLocalIndex) {
     }
     // Another thread can have the lock, so the exception has let go of it.
     EXPECT_TRUE(lockIsFree());
-    cache()._portState.port0Wwn = Wwn();
+    peer().portState.port0Wwn = Wwn();
     EXPECT_EQ(cache().calcPortWwn(kPlain, "300"), "") << "nothing is known, so nothing is tested";
     EXPECT_EQ(cache().calcPortWwn(kRemote, "0"), "");
 }

@@ -54,7 +54,7 @@ class Ports : public CacheTest {
     bool scan(bool all = true) {
         const AccessGuard guard;
         if (all) cache().localPortRefreshSet();
-        return cache()._getPortInfo();
+        return peer().getPortInfo();
     }
     /** The ports whose eight keys were read, and what else was. */
     std::vector<std::string> reads() {
@@ -82,11 +82,11 @@ class Ports : public CacheTest {
     }
     unsigned statusOf(unsigned port) {
         const AccessGuard guard;
-        return cache()._portState.portStatus[port];
+        return peer().portState.portStatus[port];
     }
     bool exists(unsigned port) {
         const AccessGuard guard;
-        return cache()._portState.localPortsPresent[port];
+        return peer().portState.localPortsPresent[port];
     }
 };
 
@@ -131,7 +131,7 @@ TEST_F(Ports, LocalSwitchGetsItsRecord) {
                     process + "adding port 1 with smlindex 1", process + "skipping port 2 with smlindex 2",
                     process + "adding port 2 with smlindex 3", process + "adding port 3 with smlindex 5"));
     const AccessGuard guard;
-    SwitchCache* const record = cache()._fabric.getSwitchByWwn("1000001122AABBCC");
+    SwitchCache* const record = peer().fabric.getSwitchByWwn("1000001122AABBCC");
     ASSERT_NE(record, nullptr);
     EXPECT_TRUE(record->isLocal());
     EXPECT_EQ(record->getDomainID(), 7);
@@ -144,17 +144,17 @@ TEST_F(Ports, LocalSwitchGetsItsRecord) {
     sim.set("Oper.UserPort.0.1.WWN", "2ABC00112233AABB");
     record->_stale = true;
     EXPECT_TRUE(scan());
-    EXPECT_EQ(cache()._fabric._switches.size(), 1U) << "the record is used again";
+    EXPECT_EQ(peer().fabric._switches.size(), 1U) << "the record is used again";
     EXPECT_EQ(record->getDomainID(), 300 & 255);
     EXPECT_FALSE(record->_stale);
     EXPECT_EQ(record->_port_base_wwn.tostring(), portName(1)) << "the base name stays";
-    EXPECT_EQ(cache()._portState.port0Wwn.tostring(), "2ABC00112233AABB");
+    EXPECT_EQ(peer().portState.port0Wwn.tostring(), "2ABC00112233AABB");
 }
 
 TEST_F(Ports, CiscoCountsPortFieldsFromOne) {
     start("[switch]\nwwn = \"2000000DEC000001\"\n[ports]\ncount = 3\n");
     const AccessGuard guard;
-    SwitchCache* const record = cache()._fabric.getSwitchByWwn("2000000DEC000001");
+    SwitchCache* const record = peer().fabric.getSwitchByWwn("2000000DEC000001");
     ASSERT_NE(record, nullptr);
     EXPECT_EQ(record->_wwn_portno[0], 1);
     EXPECT_EQ(record->_wwn_portno[2], 3);
@@ -315,9 +315,9 @@ TEST_F(Ports, WithoutTheSwitchThereIsNoRecordAndNoEvent) {
     EXPECT_THAT(log(), Each(Not(HasSubstr("_processPort0Wwn"))));
     {
         const AccessGuard guard;
-        EXPECT_TRUE(cache()._portState.portsLoaded);
-        EXPECT_TRUE(cache()._localPortRefresh.none());
-        EXPECT_EQ(cache()._fabric.getSwitchByWwn("1000001122AABBCC"), nullptr);
+        EXPECT_TRUE(peer().portState.portsLoaded);
+        EXPECT_TRUE(peer().localPortRefresh.none());
+        EXPECT_EQ(peer().fabric.getSwitchByWwn("1000001122AABBCC"), nullptr);
     }
     sim.set("Oper.Switch.WWN", "1000001122AABBCC");
     sim.set("Oper.UserPort.0.3.OperState", "Online");
@@ -403,7 +403,7 @@ TEST_F(Ports, QuietCacheEqualsTheSwitch) {
         }
         ASSERT_EQ(walk(), expected) << "round " << round;
         const AccessGuard guard;
-        const SwitchCache* const record = cache()._fabric.getSwitchByWwn("1000001122AABBCC");
+        const SwitchCache* const record = peer().fabric.getSwitchByWwn("1000001122AABBCC");
         ASSERT_NE(record, nullptr);
         for (unsigned row = 0; row < record->_port_count; ++row) {
             const unsigned p = record->_lsdb_port_index[row];

@@ -44,7 +44,7 @@ class SwitchChassis : public CacheTest {
     }
     std::vector<unsigned short> status() {
         const AccessGuard guard;
-        return cache()._switchState.operationalStatus;
+        return peer().switchState.operationalStatus;
     }
 };
 
@@ -60,10 +60,10 @@ TEST_F(SwitchChassis, FillsTheCache) {
         << "the switch is read before the chassis: no faults yet";
     EXPECT_TRUE(cache().isCacheReady());
     const AccessGuard guard;
-    EXPECT_EQ(cache()._chassisState.fanCount, 2);
-    EXPECT_EQ(cache()._chassisState.fanStatus[1], HARDWARE_BAD);
-    EXPECT_EQ(cache()._chassisState.powerSupplyStatus[2], HARDWARE_NOT_INSTALLED);
-    EXPECT_EQ(cache().bladeSlotCount, 4);
+    EXPECT_EQ(peer().chassisState.fanCount, 2);
+    EXPECT_EQ(peer().chassisState.fanStatus[1], HARDWARE_BAD);
+    EXPECT_EQ(peer().chassisState.powerSupplyStatus[2], HARDWARE_NOT_INSTALLED);
+    EXPECT_EQ(peer().bladeSlotCount, 4);
 }
 
 TEST_F(SwitchChassis, ReadsWhatItNeedsInItsOrder) {
@@ -201,7 +201,7 @@ TEST_F(SwitchChassis, KeepsTheOldStateThroughFailedReads) {
     EXPECT_FALSE(cache().isCacheReady());
     {
         const AccessGuard guard;
-        EXPECT_EQ(cache()._chassisState.powerSupplyStatus[1], HARDWARE_GOOD);
+        EXPECT_EQ(peer().chassisState.powerSupplyStatus[1], HARDWARE_GOOD);
     }
     events();
     EXPECT_TRUE(pass()) << "a failed area is read again by the next pass";
@@ -233,10 +233,10 @@ TEST_F(SwitchChassis, StaysInsideItsMemoryWhateverTheSwitchClaims) {
         sim.set("Oper.Chassis.0.Fans", c.fans);
         sim.set("Oper.Chassis.0.MaxSlots", c.slots);
         const AccessGuard guard;
-        EXPECT_EQ(cache()._getChassisInfo(), 1) << c.supplies;
+        EXPECT_EQ(peer().getChassisInfo(), 1) << c.supplies;
         EXPECT_EQ(cache().getRootPowerSupplyCount(), c.suppliesKept) << c.supplies;
-        EXPECT_EQ(cache()._chassisState.fanCount, c.fansKept) << c.fans;
-        EXPECT_EQ(cache().bladeSlotCount, c.slotsKept) << c.slots;
+        EXPECT_EQ(peer().chassisState.fanCount, c.fansKept) << c.fans;
+        EXPECT_EQ(peer().bladeSlotCount, c.slotsKept) << c.slots;
     }
 }
 
@@ -245,8 +245,8 @@ TEST_F(SwitchChassis, ReadsUnterminatedValuesWithTheirBound) {
     sim.run("[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\ntimes = 0\nunterminated = true\n");
     {
         const AccessGuard guard;
-        EXPECT_EQ(cache()._getChassisInfo(), 1);
-        EXPECT_EQ(cache()._getSwitchInfo(), 0) << "a name of 256 characters is no name";
+        EXPECT_EQ(peer().getChassisInfo(), 1);
+        EXPECT_EQ(peer().getSwitchInfo(), 0) << "a name of 256 characters is no name";
     }
     EXPECT_EQ(cache().getRootSwitchWwn(), "1000001122AABBCC");
 }

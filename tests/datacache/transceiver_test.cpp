@@ -49,8 +49,8 @@ TEST(MediaData, CleansSerialNumbers) {
         {"01234567890123456                 X", "01234567890123456"},
     };
     for (const auto& serial : kSerials) EXPECT_EQ(sanitizedSerial(serial.text), serial.clean) << serial.text;
-    EXPECT_EQ(DataCache::_sanitizedMediaVendorSN("A  B"), "A _B");
-    EXPECT_EQ(DataCache::_sanitizedMediaVendorSN(nullptr), "");
+    EXPECT_EQ(CachePeer::sanitizedMediaVendorSN("A  B"), "A _B");
+    EXPECT_EQ(CachePeer::sanitizedMediaVendorSN(nullptr), "");
 }
 
 TEST(MediaData, ReadsFormatAndVendor) {
@@ -78,7 +78,7 @@ class Transceiver : public CacheTest {
         event.code = code;
         text.copy(event.text, sizeof event.text);
         const AccessGuard guard;
-        cache()._vexlibNotificationCB(&event);
+        peer().dispatch(&event);
     }
     /** What the getters say of a port: format, diagnostics, OUI, serial number. */
     std::string port(const std::string& index) {
@@ -145,9 +145,9 @@ TEST_F(Transceiver, MediaEventsChangeTheirPortOnly) {
     EXPECT_EQ(port("3"), kNothing);
     {
         const AccessGuard guard;
-        EXPECT_EQ(cache()._transceivers.mediaVendorOUI[3], "000000");
-        EXPECT_EQ(cache()._transceivers.mediaVendorSN[3], "0000000000000000");
-        EXPECT_EQ(cache()._transceivers.mediaFormat[3], 2);
+        EXPECT_EQ(peer().transceivers.mediaVendorOUI[3], "000000");
+        EXPECT_EQ(peer().transceivers.mediaVendorSN[3], "0000000000000000");
+        EXPECT_EQ(peer().transceivers.mediaFormat[3], 2);
     }
     media(76, "9;9;9;2;0;65;0123456789ABCDEF;1");
     EXPECT_EQ(port("2"), kNothing) << "presence 0 resets";
@@ -156,7 +156,7 @@ TEST_F(Transceiver, MediaEventsChangeTheirPortOnly) {
     EXPECT_THAT(events(), ElementsAre());
     media(76, "9;9;9;255;1;65;0123456789ABCDEF;1");
     const AccessGuard guard;
-    EXPECT_TRUE(cache()._transceivers.mediaPresent[255]);
+    EXPECT_TRUE(peer().transceivers.mediaPresent[255]);
 }
 
 TEST_F(Transceiver, MediaEventsThatSayTooLittleOrTooMuchChangeNothing) {

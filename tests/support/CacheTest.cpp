@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/event_fields.h"
+#include "datacache/event_text.h"
 #include "switchlib/NORV_Vex_Lib.h"
 
 namespace {
@@ -13,16 +13,7 @@ std::vector<std::string>& received() {
 }
 
 void record(DataCacheEvent* event) {
-    received().push_back(eventLine(*event));
-}
-
-/** Takes the wake-ups that the evaluation thread would have taken. */
-bool takeWakeUps() {
-    pthread_mutex_lock(&eval_mutex);
-    const bool woken = eval_ready != 0;
-    eval_ready = 0;
-    pthread_mutex_unlock(&eval_mutex);
-    return woken;
+    received().push_back(datacache::eventText(*event));
 }
 
 void dropInstance() {
@@ -30,7 +21,7 @@ void dropInstance() {
     DataCache::instance = nullptr;
     hSwitch = 0;
     adminModeHeld = 0;
-    takeWakeUps();
+    takeEvaluationRequests();
 }
 
 }  // namespace
@@ -71,7 +62,7 @@ int CacheTest::settle() {
     int passes = 0;
     for (;;) {
         const size_t delivered = sim.deliverPending();
-        const bool woken = takeWakeUps();
+        const bool woken = takeEvaluationRequests() != 0;
         if (delivered == 0 && !woken) return passes;
         if (!woken) continue;
         pass();

@@ -8,6 +8,7 @@
 
 #include "datacache/DataCache.h"
 #include "simulator/Simulator.h"
+#include "tests/support/CachePeer.h"
 #include "tests/support/LogCapture.h"
 
 /**
@@ -36,7 +37,7 @@ class CacheTest : public ::testing::Test {
     int settle();
     /** Runs scenario steps, then settles. */
     void step(const std::string& steps);
-    /** Host events since the last call, one line each as eventLine() prints them, less update-complete
+    /** Host events since the last call, one line each as eventText() prints them, less update-complete
      * events. */
     std::vector<std::string> events();
     /** The same with the update-complete events. */
@@ -47,6 +48,7 @@ class CacheTest : public ::testing::Test {
     std::vector<std::string> log() { return _log.take(); }
 
     DataCache& cache() { return *DataCache::instance; }
+    CachePeer peer() { return CachePeer(cache()); }
 
     vexsim::Simulator& sim = vexsim::Simulator::instance();
 

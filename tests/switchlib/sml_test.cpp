@@ -148,7 +148,7 @@ TEST_F(Sml, SingleKeysLogWhatFailsExceptTheExpected) {
 }
 
 TEST_F(Sml, BatchReadsBoundedValues) {
-    SmlBatch batch;
+    SmlBatch batch(1);
     const size_t text = batch.add("Oper.Test.%s", "A");
     const size_t number = batch.add("Oper.Test.Number");
     ASSERT_TRUE(batch.read(hSwitch));

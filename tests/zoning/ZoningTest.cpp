@@ -97,7 +97,7 @@ bool ZoningTest::refresh() {
     cache().updateZoning();
     pass();
     const AccessGuard guard;
-    return cache()._zoningOK;
+    return peer().zoningOK;
 }
 
 Zonesets ZoningTest::cached() {
