@@ -75,8 +75,6 @@ class AreaRead {
 
     /** Takes the loader's result, and gives it back. */
     bool done(bool good);
-    /** The text of the exception that leaves the read. */
-    static void threw(const char* message);
 
   private:
     ReadTrace _trace;

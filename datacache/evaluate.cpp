@@ -21,7 +21,13 @@ class PassWatch {
 template <typename Load>
 void read(CacheArea area, bool& ok, bool& update, Load load) {
     AreaRead read(area, true);
-    ok = read.done(load());
+    try {
+        ok = read.done(load());
+    } catch (const char* message) {
+        datacache::ReadTrace::failed(datacache::ReadFault::Exception, "", message, 0, 0);
+        read.done(false);
+        throw;
+    }
     if (ok) update = false;
 }
 

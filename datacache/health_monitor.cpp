@@ -187,7 +187,7 @@ AreaRead::AreaRead(CacheArea area, bool inPass) : _area(area), _inPass(inPass) {
 }
 
 AreaRead::~AreaRead() {
-    if (!_done) threw("");
+    if (!_done) ReadTrace::failed(ReadFault::Exception, "", "", 0, 0);
     HealthMonitor::instance().endArea(_area, _inPass, _good, since(_began), _trace);
 }
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <thread>
-
 #include "tests/support/CacheTest.h"
 
 /** A switch with four ports, numbered 0 to 3, in a fabric. */
@@ -42,16 +40,6 @@ class FabricTest : public CacheTest {
         hSwitch = 0;
         sim.reset();
         sim.setDelivery(vexsim::Delivery::Manual);
-    }
-
-    /** Whether another thread could take the access lock. */
-    static bool lockIsFree() {
-        bool taken = false;
-        std::thread([&taken] {
-            taken = pthread_mutex_trylock(&access_mutex) == 0;
-            if (taken) pthread_mutex_unlock(&access_mutex);
-        }).join();
-        return taken;
     }
 
     /** A load of the fabric, as the pass makes it; false when it failed. */

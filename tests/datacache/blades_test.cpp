@@ -51,14 +51,6 @@ class Blades : public CacheTest {
         }
         return "";
     }
-    bool lockIsFree() {
-        bool free = false;
-        std::thread([&free] {
-            free = pthread_mutex_trylock(&access_mutex) == 0;
-            if (free) pthread_mutex_unlock(&access_mutex);
-        }).join();
-        return free;
-    }
     static std::string slotRequest(int slot) {
         const std::string key = "Oper.Blade." + std::to_string(slot) + '.';
         return "vex_smlGetBatch " + key + "OperState," + key + "PlanarPartNum," + key + "BoardSerialNum," +

@@ -1,4 +1,5 @@
 #include "datacache/cim_status.h"
+#include "tests/support/CachePeer.h"
 
 #include <gtest/gtest.h>
 
@@ -52,7 +53,7 @@ TEST(CimStatus, OfPortsAndBladesDifferWhereTheyAreDown) {
         {"online", "", 0, {2}},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(cimPortStatus(c.oper, c.admin), StatusList{c.port}) << c.oper << ' ' << c.admin;
+        EXPECT_EQ(cimPortStatus(c.oper, c.admin), c.port) << c.oper << ' ' << c.admin;
         EXPECT_EQ(cimBladeStatus(c.oper, c.admin, "Passed"), c.blade) << c.oper << ' ' << c.admin;
     }
     EXPECT_EQ(cimBladeStatus("Online", "Online", "Failed"), StatusList{6});

@@ -123,8 +123,7 @@ TEST_F(Evaluation, MessageThrownByALoaderSkipsTheRestAndIsRetried) {
     EXPECT_EQ(lines.back(), "4 DCACHE: Exception: the host's own message");
     const AccessGuard guard;
     EXPECT_FALSE(peer().switchUpdate);
-    EXPECT_TRUE(peer().chassisUpdate && peer().bladesUpdate && peer().fabricUpdate &&
-                peer().accountsUpdate);
+    EXPECT_TRUE(peer().chassisUpdate && peer().bladesUpdate && peer().fabricUpdate && peer().accountsUpdate);
 }
 
 TEST_F(Evaluation, EventWhoseDispatchThrowsStaysAtTheHead) {

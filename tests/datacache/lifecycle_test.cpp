@@ -8,6 +8,7 @@
 #include <mutex>
 
 #include "datacache/event_text.h"
+#include "tests/support/CachePeer.h"
 #include "tests/support/CacheTest.h"
 
 namespace {
@@ -139,8 +140,8 @@ TEST_F(Lifecycle, ConnectsUntilItSucceeds) {
                 ElementsAre("2 DCACHE: Creating a new datacache()", "2 DCACHE: attempting vexlib connection",
                             failed, failed, "2 DCACHE: vexlib connection established",
                             "2 DCACHE: zsl = 0, zl = 0, al = 0, zml = 0", "2 DCACHE: Zoning limits loaded"));
-    EXPECT_NE(peer().handle(), 0U);
-    EXPECT_EQ(hSwitch, peer().handle());
+    EXPECT_NE(hSwitch, 0U);
+    EXPECT_EQ(CachePeer(*DataCache::instance).handle(), hSwitch);
     EXPECT_EQ(sim.transcript()[0].function, "vex_IPConnect");
     EXPECT_EQ(sim.transcript()[0].detail, "localhost,cim,");
 

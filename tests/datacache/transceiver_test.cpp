@@ -122,8 +122,7 @@ TEST_F(Transceiver, IndexesAreTexts) {
         EXPECT_EQ(cache().getPortType(text), 0);
         EXPECT_EQ(cache().getPortHWType(text), 0);
     }
-    EXPECT_EQ(pthread_mutex_trylock(&access_mutex), 0) << "the lock is released as the exception leaves";
-    pthread_mutex_unlock(&access_mutex);
+    EXPECT_TRUE(lockIsFree()) << "the lock is released as the exception leaves";
 }
 
 TEST_F(Transceiver, IsFoundByVendorAndSerial) {

@@ -2,34 +2,36 @@
 
 #include "datacache/DataCache.h"
 
-/** The private rooms of the cache, for tests of what its face does not tell. The caller holds the access lock. */
+/** The private rooms of the cache, for tests of what its face does not tell. The caller holds the access
+ * lock. */
 class CachePeer {
   public:
-    explicit CachePeer(DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS : _cache(cache),
-                                                                        callback(cache._callback),
-                                                                        eventQueue(cache._eventQueue),
-                                                                        switchUpdate(cache._switchUpdate),
-                                                                        chassisUpdate(cache._chassisUpdate),
-                                                                        bladesUpdate(cache._bladesUpdate),
-                                                                        portsUpdate(cache._portsUpdate),
-                                                                        fabricUpdate(cache._fabricUpdate),
-                                                                        accountsUpdate(cache._accountsUpdate),
-                                                                        zoningUpdate(cache._zoningUpdate),
-                                                                        accountsOK(cache._accountsOK),
-                                                                        bladesOK(cache._bladesOK),
-                                                                        fabricOK(cache._fabricOK),
-                                                                        zoningOK(cache._zoningOK),
-                                                                        switchState(cache._switchState),
-                                                                        chassisState(cache._chassisState),
-                                                                        bladeSlotCount(cache.bladeSlotCount),
-                                                                        bladeState(cache._bladeState),
-                                                                        localPortRefresh(cache._localPortRefresh),
-                                                                        portState(cache._portState),
-                                                                        transceivers(cache._transceivers),
-                                                                        accounts(cache._accounts),
-                                                                        prevAccounts(cache._prevAccounts),
-                                                                        fabric(cache._fabric),
-                                                                        mserverSwitch(cache._mserverSwitch) {}
+    explicit CachePeer(DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS
+        : _cache(cache),
+          callback(cache._callback),
+          eventQueue(cache._eventQueue),
+          switchUpdate(cache._switchUpdate),
+          chassisUpdate(cache._chassisUpdate),
+          bladesUpdate(cache._bladesUpdate),
+          portsUpdate(cache._portsUpdate),
+          fabricUpdate(cache._fabricUpdate),
+          accountsUpdate(cache._accountsUpdate),
+          zoningUpdate(cache._zoningUpdate),
+          accountsOK(cache._accountsOK),
+          bladesOK(cache._bladesOK),
+          fabricOK(cache._fabricOK),
+          zoningOK(cache._zoningOK),
+          switchState(cache._switchState),
+          chassisState(cache._chassisState),
+          bladeSlotCount(cache.bladeSlotCount),
+          bladeState(cache._bladeState),
+          localPortRefresh(cache._localPortRefresh),
+          portState(cache._portState),
+          transceivers(cache._transceivers),
+          accounts(cache._accounts),
+          prevAccounts(cache._prevAccounts),
+          fabric(cache._fabric),
+          mserverSwitch(cache._mserverSwitch) {}
 
     int getSwitchInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getSwitchInfo(); }
     int getChassisInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getChassisInfo(); }
@@ -57,7 +59,8 @@ class CachePeer {
   public:
     DataCacheCallback& callback;
     std::deque<vex_event_s*>& eventQueue;
-    bool &switchUpdate, &chassisUpdate, &bladesUpdate, &portsUpdate, &fabricUpdate, &accountsUpdate, &zoningUpdate;
+    bool &switchUpdate, &chassisUpdate, &bladesUpdate, &portsUpdate, &fabricUpdate, &accountsUpdate,
+        &zoningUpdate;
     bool &accountsOK, &bladesOK, &fabricOK, &zoningOK;
     SwitchState& switchState;
     ChassisState& chassisState;

@@ -1,6 +1,7 @@
 #include "tests/support/CacheTest.h"
 
 #include <algorithm>
+#include <thread>
 
 #include "datacache/event_text.h"
 #include "switchlib/NORV_Vex_Lib.h"
@@ -90,4 +91,13 @@ std::vector<std::string> CacheTest::calls() {
     for (const vexsim::Call& call : sim.transcript()) lines.push_back(call.function + ' ' + call.detail);
     sim.clearTranscript();
     return lines;
+}
+
+bool CacheTest::lockIsFree() {
+    bool taken = false;
+    std::thread([&taken] {
+        taken = pthread_mutex_trylock(&access_mutex) == 0;
+        if (taken) pthread_mutex_unlock(&access_mutex);
+    }).join();
+    return taken;
 }

@@ -47,6 +47,9 @@ class CacheTest : public ::testing::Test {
     /** Log messages since the last call, "LEVEL MESSAGE". */
     std::vector<std::string> log() { return _log.take(); }
 
+    /** Whether another thread could take the access lock. */
+    static bool lockIsFree();
+
     DataCache& cache() { return *DataCache::instance; }
     CachePeer peer() { return CachePeer(cache()); }
 

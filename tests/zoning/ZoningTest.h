@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "datacache/CacheReader.h"
 #include "tests/support/CacheTest.h"
 
 /** A text for the zoning interface, which takes names as char*. */
@@ -32,7 +33,7 @@ class ZoningTest : public CacheTest {
     /** Has the zoning area read again by one pass; returns its result. */
     bool refresh();
 
-    ZoningCache& zoning() { return cache()._zoningCache; }
+    ZoningCache& zoning() { return datacache::CacheReader().zoning(); }
     Zonesets cached();
     /** What the switch itself holds, the configured zonesets by name and the database under kUber. */
     Zonesets onSwitch();
