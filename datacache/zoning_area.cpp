@@ -1,11 +1,12 @@
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
+#include "datacache/notify.h"
 #include "datacache/update_failed.h"
 #include "switchlib/SmlBatch.h"
 
 int DataCache::_getZoningInfo() {
     if (isTransparentSwitch()) return 1;  // has no zoning of its own
-    SmlBatch batch;
+    SmlBatch batch(4);
     const size_t principalKey = batch.add("Oper.Switch.WhoIsPrincipal");
     const size_t activeKey = batch.add("Oper.Zoning.ActiveChecksum");
     const size_t inactiveKey = batch.add("Oper.Zoning.InactiveChecksum");
@@ -15,8 +16,8 @@ int DataCache::_getZoningInfo() {
         return 0;
     }
     ZoningCache& cache = _zoningCache;
-    cache._activeChecksum = strtoul32(batch.text(activeKey), 16);
-    cache._inactiveChecksum = strtoul32(batch.text(inactiveKey), 16);
+    cache._activeChecksum = strtoul32(std::string(batch.text(activeKey)), 16);
+    cache._inactiveChecksum = strtoul32(std::string(batch.text(inactiveKey)), 16);
     cache._activeZonesetName = batch.text(nameKey);
 
     if (cache._activeZonesetName != cache._prevActiveZonesetName ||
@@ -25,9 +26,8 @@ int DataCache::_getZoningInfo() {
         cim_log(CIM_LOG_TRACE,
                 "DCACHE: DCEventActiveZonesetChange: activeZoneset=%s previousActiveZoneset=%s\n",
                 cache._activeZonesetName.c_str(), cache._prevActiveZonesetName.c_str());
-        DCEventActiveZonesetChange event(Wwn(batch.text(principalKey)), cache._prevActiveZonesetName,
-                                         cache._activeZonesetName);
-        _notifyHost(event);
+        notify(_callback, DCEventActiveZonesetChange(parseWwn(batch.text(principalKey)),
+                                                     cache._prevActiveZonesetName, cache._activeZonesetName));
         cache._prevActiveZonesetName = cache._activeZonesetName;
         cache._prevActiveChecksum = cache._activeChecksum;
     }
@@ -36,8 +36,7 @@ int DataCache::_getZoningInfo() {
     if (!cache._loadConfigured(_handle)) return 0;
     cim_log(CIM_LOG_TRACE, "DCACHE: Zoning database update complete\n");
     cim_log(CIM_LOG_TRACE, "DCACHE: DCEventZoningDBChange\n");
-    DCEventZoningDBChange event(getRootSwitchWorldWideName());
-    _notifyHost(event);
+    notify(_callback, DCEventZoningDBChange(getRootSwitchWorldWideName()));
     cache._prevInactiveChecksum = cache._inactiveChecksum;
     return 1;
 }

@@ -22,7 +22,7 @@ int32_t membersThroughAliases(void* uber, void* zone, int32_t members) {
         vex_memberid_u id{};
         if (member == nullptr || vex_MemberGetAttr(member, &type, &id) != 0 || type != VEX_ZMT_ALIAS)
             continue;
-        void* alias = vex_ZonesetFindAlias(uber, boundedText(id.alias).c_str());
+        void* alias = vex_ZonesetFindAlias(uber, std::string(boundedText(id.alias)).c_str());
         if (alias != nullptr) sum = plus(sum, vex_ZoneAliasGetMemberCount(alias));
     }
     return sum;

@@ -1,7 +1,11 @@
 #include "common/bounded_text.h"
 #include "common/cim_log.h"
+#include "switchlib/ReadTrace.h"
 #include "switchlib/uptime_seconds.h"
 #include "zoning/ZoningCache.h"
+
+using datacache::ReadFault;
+using datacache::ReadTrace;
 
 namespace {
 
@@ -13,6 +17,15 @@ class Stopwatch {
   private:
     long _start = uptimeSeconds();
 };
+
+/** Reads a zoneset with the library's call of that name, for `about`; null where it fails or gives none. */
+template <typename Call>
+void* readZoneset(const char* name, const char* about, Call call) {
+    void* zoneset = nullptr;
+    if (ReadTrace::follow(name, about, [&] { return call(&zoneset); }) != 0) return nullptr;
+    if (zoneset == nullptr) ReadTrace::failed(ReadFault::BadValue, name, about, 0, 0);
+    return zoneset;
+}
 
 /** Hands a zoneset to the cache, or destroys it where the cache has no place for it (a name that is taken).
  */
@@ -27,8 +40,9 @@ void ZoningCache::_loadActive(uint32_t handle) {
     _dropEntry(ZONESET_ACTIVE);
     const Stopwatch watch;
     if (_activeZonesetName.empty()) return;
-    void* zoneset = nullptr;
-    if (vex_fzsGetActiveZoneset(handle, &zoneset) != 0 || zoneset == nullptr) {
+    void* zoneset = readZoneset("vex_fzsGetActiveZoneset", _activeZonesetName.c_str(),
+                                [handle](void** read) { return vex_fzsGetActiveZoneset(handle, read); });
+    if (zoneset == nullptr) {
         cim_log(CIM_LOG_TRACE, "DCACHE: no active zoneset\n");
         return;
     }
@@ -43,15 +57,18 @@ bool ZoningCache::_loadConfigured(uint32_t handle) {
     _dropEntry(ZONESET_UBER);
     int32_t count = 0;
     char(*names)[VEX_ZONING_NAME_SIZE] = nullptr;
-    if (vex_fzsGetZonesetList(handle, &count, &names) != 0) {
+    if (ReadTrace::follow("vex_fzsGetZonesetList", "",
+                          [&] { return vex_fzsGetZonesetList(handle, &count, &names); }) != 0) {
         cim_log(CIM_LOG_TRACE, "DCACHE: vex_fzsGetZonesetList failed\n");
         return false;
     }
     for (int32_t i = 0; names != nullptr && i < count; ++i) {
         const std::string name(boundedText(names[i]));
         const Stopwatch watch;
-        void* zoneset = nullptr;
-        if (vex_fzsGetZoneset(handle, name.c_str(), &zoneset) != 0 || zoneset == nullptr) {
+        void* zoneset = readZoneset("vex_fzsGetZoneset", name.c_str(), [&](void** read) {
+            return vex_fzsGetZoneset(handle, name.c_str(), read);
+        });
+        if (zoneset == nullptr) {
             cim_log(CIM_LOG_TRACE, "DCACHE: vex_fzsGetZoneset failed\n");
             return false;
         }
@@ -59,8 +76,10 @@ bool ZoningCache::_loadConfigured(uint32_t handle) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Inactive zoneset '%s' added, %lds\n", name.c_str(), watch.seconds());
     }
     const Stopwatch watch;
-    void* uber = nullptr;
-    if (vex_fzsGetAllZonesAndAliases(handle, "__UberZoneset__", &uber) != 0 || uber == nullptr) {
+    void* uber = readZoneset("vex_fzsGetAllZonesAndAliases", "", [handle](void** read) {
+        return vex_fzsGetAllZonesAndAliases(handle, "__UberZoneset__", read);
+    });
+    if (uber == nullptr) {
         cim_log(CIM_LOG_TRACE, "DCACHE: vex_fzsGetAllZonesAndAliases failed\n");
         return false;
     }
