@@ -3,7 +3,9 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 
@@ -79,6 +81,16 @@ struct Host {
 Host& host() {
     static auto* const only = new Host;  // outlives the evaluation thread, which nothing stops
     return *only;
+}
+
+/** Waits for something to come true. */
+template <typename Condition>
+bool eventually(Condition condition) {
+    for (int i = 0; i < 3000; ++i) {
+        if (condition()) return true;
+        usleep(10000);
+    }
+    return false;
 }
 
 const std::string kComplete = "DCEventDataCacheUpdateComplete seen on 1000001122AABBCC";
@@ -209,20 +221,66 @@ TEST_F(Lifecycle, FailedPassIsReportedAndRetriedByTheNextEvent) {
         "[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\nkey = \"Oper.Chassis.*\"\nresult = 4\n");
     DataCache::init();
     DataCache::start([](DataCacheEvent* event) { host().receive(*event); });
-    bool reported = false;
-    for (int i = 0; i < 3000 && !reported; ++i) {
-        usleep(10000);
+    EXPECT_TRUE(eventually([&] {
+        bool reported = false;
         for (const std::string& line : capture.take()) {
             reported |= line == "2 DCACHE: (EVAL) Cache update failed or incomplete";
         }
-    }
-    EXPECT_TRUE(reported);
+        return reported;
+    }));
     EXPECT_FALSE(DataCache::getInstance()->isCacheReady());
     DataCache::releaseInstance();
     EXPECT_TRUE(host().take().empty());
     sim.run("[[step]]\ndo = \"switch_state\"\nstate = \"Online\"\n");
     ASSERT_TRUE(host().await(1));
     EXPECT_EQ(host().take()[0], kComplete);
+}
+
+TEST_F(Lifecycle, HealthAnswersWhileAPassHangsInTheSwitch) {
+    run();
+    EXPECT_TRUE(eventually([] { return DataCache::idle(); }));
+    sim.run(
+        "[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\nkey = \"Oper.Chassis.*\"\ndelay_ms = "
+        "3000\n");
+    DataCache::refreshNow();
+    ASSERT_TRUE(eventually([] {
+        const datacache::PassHealth passes = DataCache::health().passes;
+        return passes.running && passes.inArea && passes.area == datacache::CacheArea::Chassis;
+    }));
+    sim.run("[[step]]\ndo = \"switch_state\"\nstate = \"Online\"\n");  // its notification waits for the lock
+    EXPECT_TRUE(eventually([] {
+        const datacache::EventHealth events = DataCache::health().events;
+        return events.received > events.queued + events.dropped;
+    }));
+    std::vector<std::chrono::nanoseconds> times(51);
+    for (auto& time : times) {
+        const auto begin = std::chrono::steady_clock::now();
+        const datacache::Health health = DataCache::health();
+        time = std::chrono::steady_clock::now() - begin;
+        ASSERT_TRUE(health.passes.running);
+        EXPECT_TRUE(health[datacache::CacheArea::Chassis].marked);
+        EXPECT_FALSE(DataCache::idle());
+    }
+    std::nth_element(times.begin(), times.begin() + 25, times.end());
+    EXPECT_LT(times[25], std::chrono::milliseconds(1));
+}
+
+TEST_F(Lifecycle, RetryIntervalMendsAnAreaWithoutAnEvent) {
+    run();
+    const auto good = [] { return DataCache::health()[datacache::CacheArea::Chassis].upToDate; };
+    sim.run(
+        "[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\nkey = \"Oper.Chassis.0.Fans\"\ntimes = "
+        "2\n");
+    DataCache::refreshNow();
+    ASSERT_TRUE(eventually([&] { return !good() && DataCache::idle(); }));
+    const uint32_t passes = DataCache::health().passes.count;
+    usleep(1200000);
+    EXPECT_EQ(DataCache::health().passes.count, passes) << "nothing is tried again unless that was asked for";
+    DataCache::setRetryInterval(1);  // also for the wait that goes on
+    EXPECT_TRUE(eventually([&] { return DataCache::health().passes.count == passes + 2; }));
+    EXPECT_TRUE(good()) << "one that failed, and one that did not";
+    usleep(1200000);
+    EXPECT_EQ(DataCache::health().passes.count, passes + 2) << "nothing is left to be mended";
 }
 
 TEST_F(Lifecycle, HostThreadsReadWhileTheSwitchChanges) {
@@ -235,7 +293,8 @@ TEST_F(Lifecycle, HostThreadsReadWhileTheSwitchChanges) {
             [](void* flag) -> void* {
                 while (!static_cast<std::atomic<bool>*>(flag)->load()) {
                     DataCache* cache = DataCache::getInstance();
-                    const bool consistent = cache->getSwitchFaults().size() == 2 && cache->isCacheReady();
+                    const bool consistent = cache->getSwitchFaults().size() == 2 && cache->isCacheReady() &&
+                                            DataCache::health().connection.connected;
                     DataCache::releaseInstance();
                     if (!consistent) return flag;
                 }
