@@ -1,0 +1,77 @@
+// A host as a management provider is one: follows every event, lists the ports, says what is stale and why, and
+// edits the fabric's zoning.
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "datacache/CacheReader.h"
+#include "datacache/cim_words.h"
+#include "datacache/event_text.h"
+#include "simulator/vexsim.h"
+#include "zoning/ZoningSession.h"
+
+using namespace datacache;
+
+// Runs on the cache's thread with the cache locked.
+static void onEvent(DataCacheEvent* event) {
+    if (event->type == DCEventDataCacheUpdateComplete::TYPE) return;
+    std::printf("event  %s\n", eventText(*event).c_str());
+}
+
+/** Waits until the cache has nothing to do, which a switch that answers slowly can make long. */
+static void settle() {
+    while (!DataCache::idle()) usleep(20'000);
+}
+
+static void reportHealth() {
+    const Health health = DataCache::health();
+    for (size_t i = 0; i < kCacheAreas; ++i) {
+        const AreaHealth& area = health.areas[i];
+        if (area.failuresInARow == 0) continue;
+        std::printf("stale  %s: %s of %s answered %#x\n", cacheAreaName(static_cast<CacheArea>(i)),
+                    area.lastFailure.key, area.lastFailure.call,
+                    static_cast<unsigned>(area.lastFailure.status));
+    }
+    if (!health.capacity.complete()) std::printf("stale  the switch has more than the cache can hold\n");
+}
+
+static void listPorts() {
+    const CacheReader cache;  // the cache is locked until the end of the scope
+    const Wwn local = cache.localSwitch().switchWwn;
+    for (uint16_t port = 0; port < kPortRows; ++port) {
+        if (!cache.ports().localPortsPresent[port]) continue;
+        std::printf("port   %u %s %s\n", unsigned{port},
+                    cache->calcPortWorldWideName(local, port).tostring().c_str(),
+                    cimWord(CimValue::OperationalStatus, cache.ports().portStatus[port]));
+    }
+}
+
+/** Makes a zone of one port and commits it; says what came of it. */
+static bool zonePort(const char* zone, const char* portName) {
+    ZoningSession session(CacheReader().zoning(), "provider-host");
+    ZoningOutcome outcome = session.lockOutcome();
+    if (outcome.done()) outcome = session.createZone(zone, VEX_ZT_SOFT);
+    if (outcome.done()) outcome = session.addMemberToZone(zone, VEX_ZMT_WWN, portName);
+    if (outcome.done()) outcome = session.commit();
+    std::printf("zoning %s\n", outcome.done() ? "committed" : outcome.text().c_str());
+    return outcome.done();  // a session that was not committed gives its lock back here
+}
+
+int main(int argc, char** argv) {
+    char error[512] = "one argument: the file of the simulated switch";
+    if (argc != 2 || vexsim_load_switch(argv[1], error, sizeof error) != 0) {
+        std::fprintf(stderr, "%s\n", error);
+        return 2;
+    }
+    DataCache::setRetryInterval(30);  // what cannot be read is tried again without waiting for an event
+    DataCache::init();
+    DataCache::start(onEvent);
+    settle();
+    reportHealth();
+    listPorts();
+    const bool zoned = zonePort("backup", "1000001122334455");
+    settle();  // the switch tells of its new zoning, and the cache loads it
+    std::printf("zones  %zu\n", CacheReader().zoning().database().zones.size());
+    std::fflush(stdout);
+    _exit(zoned ? 0 : 1);
+}
