@@ -24,11 +24,11 @@ Switch readSwitch(TableReader document) {
         if (findSection(name) == nullptr) document.fail(name, "unknown section \"" + name + '"');
     }
     Switch target;
-    for (const Area* area : areas()) {
-        if (area->defaults != nullptr) area->defaults(target);
+    for (const Area& area : areas()) {
+        if (area.defaults != nullptr) area.defaults(target);
     }
-    for (const Area* area : areas()) {
-        for (const Section& section : area->sections) load(document, section, target);
+    for (const Area& area : areas()) {
+        for (const Section& section : area.sections) load(document, section, target);
     }
     target.takeOutbox();  // a switch that is being described does not report changes
     return target;

@@ -220,29 +220,26 @@ Action readManagementServer(TableReader& table) {
 
 }  // namespace
 
-const Area& fabricArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "fabric";
-        made.sections = {{"fabric", false, loadFabric}};
-        made.steps = {
-            {"switch_join", readJoin},
-            {"switch_leave", readLeave},
-            {"switch_domain", readDomainChange},
-            {"switch_unreachable", readUnreachable},
-            {"switch_reachable", readReachable},
-            {"fabric_merge", readMerge},
-            {"fabric_segment", readSegment},
-            {"fabric_rename", readRename},
-            {"remote_port_online", readRemotePort<true>},
-            {"remote_port_offline", readRemotePort<false>},
-            {"management_server", readManagementServer},
-        };
-        made.defaults = setDefaults;
-        made.read = readFabricKey;
-        return made;
-    }();
-    return area;
+Area fabricArea() {
+    Area made;
+    made.name = "fabric";
+    made.sections = {{"fabric", false, loadFabric}};
+    made.steps = {
+        {"switch_join", readJoin},
+        {"switch_leave", readLeave},
+        {"switch_domain", readDomainChange},
+        {"switch_unreachable", readUnreachable},
+        {"switch_reachable", readReachable},
+        {"fabric_merge", readMerge},
+        {"fabric_segment", readSegment},
+        {"fabric_rename", readRename},
+        {"remote_port_online", readRemotePort<true>},
+        {"remote_port_offline", readRemotePort<false>},
+        {"management_server", readManagementServer},
+    };
+    made.defaults = setDefaults;
+    made.read = readFabricKey;
+    return made;
 }
 
 }  // namespace vexsim

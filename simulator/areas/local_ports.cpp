@@ -204,26 +204,23 @@ std::optional<Reading> readName(Switch& target, const std::string& key) {
 
 }  // namespace
 
-const Area& localPortsArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "local ports";
-        made.sections = {{"ports", false, loadPorts}};
-        made.steps = {
-            {"port_online", readOnline},
-            {"port_offline", readOffline},
-            {"port_state", readState},
-            {"port_type", readTypeChange},
-            {"port_added", readAdded},
-            {"port_removed", readRemoved},
-            {"transceiver_plugged", readPlugged},
-            {"transceiver_pulled", readPulled},
-        };
-        made.defaults = setDefaults;
-        made.read = readName;
-        return made;
-    }();
-    return area;
+Area localPortsArea() {
+    Area made;
+    made.name = "local ports";
+    made.sections = {{"ports", false, loadPorts}};
+    made.steps = {
+        {"port_online", readOnline},
+        {"port_offline", readOffline},
+        {"port_state", readState},
+        {"port_type", readTypeChange},
+        {"port_added", readAdded},
+        {"port_removed", readRemoved},
+        {"transceiver_plugged", readPlugged},
+        {"transceiver_pulled", readPulled},
+    };
+    made.defaults = setDefaults;
+    made.read = readName;
+    return made;
 }
 
 }  // namespace vexsim

@@ -103,16 +103,13 @@ std::optional<Reading> readComputed(Switch& target, const std::string& key) {
 
 }  // namespace
 
-const Area& nameServerArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "name server";
-        made.sections = {{"name_server", true, loadDevice}};
-        made.steps = {{"name_server_add", readAdd}, {"name_server_remove", readRemove}};
-        made.read = readComputed;
-        return made;
-    }();
-    return area;
+Area nameServerArea() {
+    Area made;
+    made.name = "name server";
+    made.sections = {{"name_server", true, loadDevice}};
+    made.steps = {{"name_server_add", readAdd}, {"name_server_remove", readRemove}};
+    made.read = readComputed;
+    return made;
 }
 
 }  // namespace vexsim

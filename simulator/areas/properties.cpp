@@ -68,18 +68,15 @@ void loadFields(TableReader& table, Switch& target) {
 
 }  // namespace
 
-const Area& propertiesArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "properties";
-        made.sections = {{"services", false, loadFields<services>},
-                         {"snmp", false, loadFields<snmp>},
-                         {"network", false, loadFields<network>}};
-        made.steps = {{"ip_address", readAddress}, {"service", readService}};
-        made.defaults = setDefaults;
-        return made;
-    }();
-    return area;
+Area propertiesArea() {
+    Area made;
+    made.name = "properties";
+    made.sections = {{"services", false, loadFields<services>},
+                     {"snmp", false, loadFields<snmp>},
+                     {"network", false, loadFields<network>}};
+    made.steps = {{"ip_address", readAddress}, {"service", readService}};
+    made.defaults = setDefaults;
+    return made;
 }
 
 }  // namespace vexsim

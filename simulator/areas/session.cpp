@@ -180,18 +180,15 @@ Command splitOperand(Switch& target, const Command& command) {
     return command;
 }
 
-const Area& sessionArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "session";
-        made.sections = {
-            {"admin", false, [](TableReader& table, Switch& target) { AdminChange{table}(target); }}};
-        made.steps = {{"admin", [](TableReader& table) -> Action { return AdminChange(table); }}};
-        made.command_prefixes = {"Cmd.Switch.", "Cmd.Cim."};
-        made.command = runCommand;
-        return made;
-    }();
-    return area;
+Area sessionArea() {
+    Area made;
+    made.name = "session";
+    made.sections = {
+        {"admin", false, [](TableReader& table, Switch& target) { AdminChange{table}(target); }}};
+    made.steps = {{"admin", [](TableReader& table) -> Action { return AdminChange(table); }}};
+    made.command_prefixes = {"Cmd.Switch.", "Cmd.Cim."};
+    made.command = runCommand;
+    return made;
 }
 
 }  // namespace vexsim
