@@ -44,9 +44,9 @@ void Simulator::reset() {
         core().device = Switch();
         core().handles.clear();
         core().zoning.restartCounts();
+        core().misuse = 0;
     }
     core().transcript.writeTo({});
-    core().transcript.keep(true);
     core().transcript.clear();
     core().texts.restartCounts();
 }
@@ -145,9 +145,9 @@ Live Simulator::live() const {
     {
         const Lock lock(core().mutex);
         core().zoning.count(live);
+        live.misuse = core().misuse;
     }
     live.texts = core().texts.live();
-    live.wrong_frees = core().texts.wrongFrees();
     return live;
 }
 

@@ -86,10 +86,10 @@ TEST_F(SessionTest, WhoElseHoldsAdminRightsIsScripted) {
     uint32_t other = 0;
     ASSERT_EQ(vex_IPConnect("localhost", "other", "", &other), 0);
     ASSERT_NE(other, handle);
-    ASSERT_EQ(vex_smlSet(other, "Cmd.Switch.ReqAdmin", nullptr), 0);
+    ASSERT_EQ(command(other, "Cmd.Switch.ReqAdmin"), 0);
     EXPECT_EQ(send("Switch.ReqAdmin"), Refused);
     EXPECT_EQ(send("Switch.EditConfig"), NoAdmin);
-    ASSERT_EQ(vex_smlSet(other, "Cmd.Switch.RelAdmin", nullptr), 0);
+    ASSERT_EQ(command(other, "Cmd.Switch.RelAdmin"), 0);
     sim.run("do = 'admin'\nheld_elsewhere = true");
     EXPECT_EQ(send("Switch.ReqAdmin"), Refused);
     sim.run("do = 'admin'\nheld_elsewhere = false\nshared = true");

@@ -24,25 +24,26 @@ bool takeWakeUps() {
     return woken;
 }
 
-void dropInstance() {
+}  // namespace
+
+CacheTest::CacheTest() {
+    sim.keepTranscript(true);
+    restart();
+    received().clear();
+}
+
+CacheTest::~CacheTest() {
+    restart();
+}
+
+void CacheTest::restart() {
     delete DataCache::instance;
     DataCache::instance = nullptr;
     hSwitch = 0;
     takeWakeUps();
-}
-
-}  // namespace
-
-CacheTest::CacheTest() {
-    dropInstance();
-    received().clear();
+    EXPECT_EQ(sim.live().misuse, 0U) << "a real library would have crashed";
     sim.reset();
     sim.setDelivery(vexsim::Delivery::Manual);
-}
-
-CacheTest::~CacheTest() {
-    dropInstance();
-    sim.reset();
 }
 
 void CacheTest::load(const std::string& switchToml) {
