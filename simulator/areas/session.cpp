@@ -48,7 +48,8 @@ void endEdit(Session& session) {
 
 uint32_t requestAdmin(Switch& target, const Command& command) {
     Session& session = target.part<Session>();
-    if ((session.admin || session.held_elsewhere) && !session.shared_admin) return Refused;
+    const bool taken = (session.admin || session.held_elsewhere) && !session.isAdmin(command.handle);
+    if (taken && !session.shared_admin) return Refused;
     session.admin = command.handle;
     return Ok;
 }
