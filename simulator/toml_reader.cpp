@@ -13,6 +13,7 @@
 #include <sstream>
 
 #include "simulator/Simulator.h"
+#include "simulator/toml_depth.h"
 
 namespace vexsim {
 namespace {
@@ -23,7 +24,7 @@ std::string quoted(const std::string& text) {
     return '"' + text + '"';
 }
 
-[[noreturn]] void failAt(const std::string& file, toml::source_index line, std::string message) {
+[[noreturn]] void failAt(const std::string& file, size_t line, std::string message) {
     // One line, whatever names the file holds.
     std::replace_if(
         message.begin(), message.end(), [](unsigned char c) { return std::iscntrl(c) != 0; }, ' ');
@@ -122,6 +123,8 @@ struct TableReader::Impl {
 };
 
 TableReader TableReader::parse(const std::string& text, const std::string& name) {
+    if (const std::optional<size_t> line = tooDeepLine(text))
+        failAt(name, *line, "tables and lists are nested too deeply");
     try {
         auto document = std::make_shared<const toml::table>(toml::parse(text, name));
         const toml::table* const root = document.get();

@@ -63,6 +63,30 @@ TEST_F(SimulatorTest, ASwitchFileThatIsWrongChangesNothingAndSaysWhere) {
     EXPECT_EQ(errorOf([&] { sim.loadSwitchFile("/tmp"); }), "/tmp:1: cannot be read: Is a directory");
 }
 
+TEST_F(SimulatorTest, NestingThatWouldUseUpTheStackIsRefused) {
+    const auto times = [](size_t count, const std::string& part) {
+        std::string text;
+        for (size_t i = 0; i < count; ++i) text += part;
+        return text;
+    };
+    const std::string deep = times(20000, "a.") + "b";
+    const std::pair<std::string, const char*> cases[] = {
+        {deep + " = 1\n", "f:1: tables"},
+        {"\n[" + deep + "]\n", "f:2: tables"},
+        {"[sml]\n[[" + deep + "]]\n", "f:2: tables"},
+        {"x = {\"a.a\" = 1, " + deep + " = 2}\n", "f:1: tables"},
+        {"x = '''\n'#''''\ny = " + times(20000, "[") + '\n', "f:3: tables"},
+        {"x = [ # ' [\n" + times(20000, "{a = ["), "f:2: tables"},
+        {"x = \"\\\"" + times(99, ".") + "\" # " + deep + "\n", "unknown section"},
+        {"x = [" + times(99, "1.5, ") + "[{a.b = ''}]]\n", "unknown section"},
+        {"x = \"\"\"" + times(99, "[\n.") + "\"\"\"\"\"\n", "unknown section"},
+    };
+    for (const auto& [text, message] : cases) {
+        EXPECT_THAT(errorOf([&, file = text] { sim.loadSwitchText(file, "f"); }), testing::HasSubstr(message))
+            << text.substr(0, 40);
+    }
+}
+
 TEST_F(SimulatorTest, AScenarioThatIsWrongStartsNothingAndSaysWhere) {
     const std::string good = "[[step]]\ndo = 'set'\nkey = 'Ran'\nvalue = 1\n";  // four lines
     const BadInput cases[] = {
