@@ -1,7 +1,5 @@
 #include "simulator/toml_reader.h"
 
-#include <toml++/toml.h>
-
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -13,6 +11,7 @@
 #include <sstream>
 
 #include "simulator/Simulator.h"
+#include "simulator/toml.h"
 #include "simulator/toml_depth.h"
 
 namespace vexsim {
@@ -54,6 +53,23 @@ std::string join(std::initializer_list<const char*> words) {
     std::string joined;
     for (const char* word : words) joined += (joined.empty() ? "" : ", ") + quoted(word);
     return joined;
+}
+
+/** How many lines it takes, from the first, to surprise the parser; it reads in order, so the last is to
+ * blame. */
+size_t surprisingLine(const std::string& text) {
+    size_t end = 0;
+    for (size_t line = 1;; ++line) {
+        end = text.find('\n', end);
+        if (end == std::string::npos) return line;
+        ++end;
+        try {
+            static_cast<void>(toml::parse(std::string_view(text).substr(0, end)));
+        } catch (const toml::parse_error&) {
+        } catch (const TomlSurprise&) {
+            return line;
+        }
+    }
 }
 
 }  // namespace
@@ -131,6 +147,8 @@ TableReader TableReader::parse(const std::string& text, const std::string& name)
         return TableReader(std::make_shared<Impl>(std::move(document), root, name, "the file"));
     } catch (const toml::parse_error& error) {
         failAt(name, error.source().begin.line, std::string(error.description()));
+    } catch (const TomlSurprise&) {
+        failAt(name, surprisingLine(text), "this is not TOML");
     }
 }
 

@@ -63,7 +63,7 @@ TEST_F(SimulatorTest, ASwitchFileThatIsWrongChangesNothingAndSaysWhere) {
     EXPECT_EQ(errorOf([&] { sim.loadSwitchFile("/tmp"); }), "/tmp:1: cannot be read: Is a directory");
 }
 
-TEST_F(SimulatorTest, NestingThatWouldUseUpTheStackIsRefused) {
+TEST_F(SimulatorTest, WhatWouldEndTheParserIsRefused) {
     const auto times = [](size_t count, const std::string& part) {
         std::string text;
         for (size_t i = 0; i < count; ++i) text += part;
@@ -77,6 +77,8 @@ TEST_F(SimulatorTest, NestingThatWouldUseUpTheStackIsRefused) {
         {"x = {\"a.a\" = 1, " + deep + " = 2}\n", "f:1: tables"},
         {"x = '''\n'#''''\ny = " + times(20000, "[") + '\n', "f:3: tables"},
         {"x = [ # ' [\n" + times(20000, "{a = ["), "f:2: tables"},
+        {"\n  [[ # ]]\n", "f:2: this is not TOML"},
+        {"x = [\n\n }]\ny = 2\n", "f:3: this is not TOML"},
         {"x = \"\\\"" + times(99, ".") + "\" # " + deep + "\n", "unknown section"},
         {"x = [" + times(99, "1.5, ") + "[{a.b = ''}]]\n", "unknown section"},
         {"x = \"\"\"" + times(99, "[\n.") + "\"\"\"\"\"\n", "unknown section"},
