@@ -130,6 +130,10 @@ TEST_F(SimulatedFabric, AListHoldsAsManyDomainsAsAValueHasRoomFor) {
     EXPECT_EQ(list.size(), 254U);
     EXPECT_EQ(list.substr(list.size() - 6), ",87,88");
     EXPECT_EQ(sim.get("Oper.TopologyAll.239.PortEntries"), "16") << "the others are there all the same";
+    EXPECT_THAT(shortcomings(shape), ElementsAre(HasSubstr("only 88 of the 239 switches")));
+    EXPECT_THAT(shortcomings({88, 128, NameScheme::Naa1, false}), ElementsAre());
+    EXPECT_THAT(shortcomings({88, 129, NameScheme::Naa1, false}),
+                ElementsAre(HasSubstr("only 128 of the 129")));
 }
 
 }  // namespace
