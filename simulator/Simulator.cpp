@@ -52,7 +52,7 @@ void Simulator::reset() {
 }
 
 void Simulator::loadSwitchFile(const std::string& path) {
-    replaceSwitch(readSwitch(TableReader::parseFile(path)));
+    replaceSwitch(readWholeSwitch(TableReader::parseFile(path)));
 }
 
 void Simulator::loadSwitchText(const std::string& toml, const std::string& name) {

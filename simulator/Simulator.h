@@ -66,7 +66,9 @@ class DC_EXPORT Simulator {
 
     /**
      * Replaces the state (keys, faults, sessions, limits) by a switch file's. Connections, registration,
-     * transcript and clock stay. Throws InputError and changes nothing when the file is malformed.
+     * transcript and clock stay. Throws InputError and changes nothing when the file is malformed. A file
+     * must name the switch, and a principal that is in the fabric; a text may leave out all that it is not
+     * about.
      */
     void loadSwitchFile(const std::string& path);
     void loadSwitchText(const std::string& toml, const std::string& name = "switch");

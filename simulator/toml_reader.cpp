@@ -1,5 +1,7 @@
 #include "simulator/toml_reader.h"
 
+#include <arpa/inet.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -130,6 +132,23 @@ struct TableReader::Impl {
         return value;
     }
 
+    std::string wwn(const std::string& field, const toml::node& node) const {
+        const std::string given = text(field, node);
+        std::string digits;
+        bool good = given.size() == 16 || given.size() == 23;
+        for (size_t i = 0; i < given.size(); ++i) {
+            const auto c = static_cast<unsigned char>(given[i]);
+            if (given.size() == 23 && i % 3 == 2) {
+                good = good && c == ':';
+            } else {
+                good = good && std::isxdigit(c) != 0;
+                digits += static_cast<char>(std::tolower(c));
+            }
+        }
+        if (!good) fail(node, quoted(field) + " must be a world wide name like \"10:00:00:11:22:33:44:55\"");
+        return digits;
+    }
+
     const toml::array* list(const std::string& field) {
         const toml::node* node = find(field);
         if (node == nullptr) return nullptr;
@@ -213,20 +232,18 @@ std::string TableReader::word(const std::string& field, std::initializer_list<co
 }
 
 std::string TableReader::wwn(const std::string& field) {
-    const std::string given = text(field);
-    std::string digits;
-    bool good = given.size() == 16 || given.size() == 23;
-    for (size_t i = 0; i < given.size(); ++i) {
-        const auto c = static_cast<unsigned char>(given[i]);
-        if (given.size() == 23 && i % 3 == 2) {
-            good = good && c == ':';
-        } else {
-            good = good && std::isxdigit(c) != 0;
-            digits += static_cast<char>(std::tolower(c));
-        }
+    return _impl->wwn(field, _impl->need(field));
+}
+
+std::string TableReader::address(const std::string& field, int version) {
+    std::string given = text(field);
+    in6_addr bytes{};
+    if (inet_pton(version == 4 ? AF_INET : AF_INET6, given.c_str(), &bytes) != 1) {
+        const char* const example = version == 4 ? "192.0.2.10" : "2001:db8::10";
+        fail(field, quoted(field) + " must be an IPv" + std::to_string(version) + " address like " +
+                        quoted(example));
     }
-    if (!good) fail(field, quoted(field) + " must be a world wide name like \"10:00:00:11:22:33:44:55\"");
-    return digits;
+    return given;
 }
 
 std::string TableReader::value(const std::string& field) {
@@ -260,6 +277,23 @@ std::vector<int64_t> TableReader::integers(const std::string& field, int64_t low
         for (const toml::node& node : *list) values.push_back(_impl->integer(field, node, low, high));
     }
     return values;
+}
+
+std::set<unsigned> TableReader::numbers(const std::string& field, unsigned low, unsigned high) {
+    std::set<unsigned> values;
+    for (const int64_t number : integers(field, low, high)) {
+        if (values.insert(static_cast<unsigned>(number)).second) continue;
+        fail(field, quoted(field) + " names " + std::to_string(number) + " twice");
+    }
+    return values;
+}
+
+std::vector<std::string> TableReader::wwns(const std::string& field) {
+    std::vector<std::string> names;
+    if (const toml::array* list = _impl->list(field)) {
+        for (const toml::node& node : *list) names.push_back(_impl->wwn(field, node));
+    }
+    return names;
 }
 
 std::optional<TableReader> TableReader::table(const std::string& field) {

@@ -85,17 +85,22 @@ void setDefaults(Switch& target) {
 }
 
 void loadPorts(TableReader& table, Switch& target) {
-    const int64_t count = table.integer("count", 1, most_ports);
+    const auto count = static_cast<unsigned>(table.integer("count", 1, most_ports));
     const Port common = readPort(table, Port());
     setPortCount(target, count);
-    for (int64_t number = 0; number < count; ++number) setPort(target, static_cast<unsigned>(number), common);
+    for (unsigned number = 0; number < count; ++number) setPort(target, number, common);
+    std::set<unsigned> described;
     for (TableReader& entry : table.tables("port")) {
         entry.rename("[[ports.port]]");
-        const std::vector<int64_t> numbers = entry.integers("numbers", 0, count - 1);
+        const std::set<unsigned> numbers = entry.numbers("numbers", 0, count - 1);
         if (numbers.empty()) entry.fail("\"numbers\" must name ports");
         const Port port = readPort(entry, common);
         entry.finish();
-        for (const int64_t number : numbers) setPort(target, static_cast<unsigned>(number), port);
+        for (const unsigned number : numbers) {
+            if (!described.insert(number).second)
+                entry.fail("numbers", "port " + std::to_string(number) + " is described twice");
+            setPort(target, number, port);
+        }
     }
 }
 
