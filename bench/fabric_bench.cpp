@@ -35,7 +35,6 @@ class Setting {
         redirectLog(_main.c_str(), _critical.c_str());
         vexsim::Simulator& sim = vexsim::Simulator::instance();
         sim.reset();
-        sim.keepTranscript(false);
         sim.setDelivery(vexsim::Delivery::Manual);
         shape.switches = switches;
         shape.ports = 256;

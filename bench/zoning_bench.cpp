@@ -50,7 +50,6 @@ DataCache& loaded() {
         redirectLog(nullptr, nullptr);
         vexsim::Simulator& sim = vexsim::Simulator::instance();
         sim.reset();
-        sim.keepTranscript(false);
         sim.loadSwitchText(largeFabric());
         DataCache::init();
         const AccessGuard guard;

@@ -31,7 +31,8 @@ struct Core {
     Mutex mutex;
     Switch device DC_GUARDED_BY(mutex);
     std::set<uint32_t> handles DC_GUARDED_BY(mutex); /**< connections handed out */
-    ZoningObjects zoning DC_GUARDED_BY(mutex);
+    size_t misuse DC_GUARDED_BY(mutex) = 0;          /**< see Live */
+    ZoningObjects zoning DC_GUARDED_BY(mutex){misuse};
 
     Transcript transcript;
     Notifier notifier{transcript};
@@ -47,7 +48,7 @@ struct Core {
  * faults do to it, and records it.
  *
  *     ApiCall call("vex_fzsGetZoneset", {name});
- *     if (call.refused(handle)) return call.refusal();
+ *     if (call.misused(name == nullptr) || call.refused(handle)) return call.refusal();
  *     ... call.device() ...
  *     return call.done(0);
  */
@@ -60,8 +61,11 @@ class DC_SCOPED_CAPABILITY ApiCall {
     ApiCall(const ApiCall&) = delete;
     ApiCall& operator=(const ApiCall&) = delete;
 
-    /** True when a fault gives the call its result; refusal() then records and returns that. */
+    /** True when the call has its result already, from a fault or a misuse; refusal() records and returns it.
+     */
     bool refused() const { return _effect.result.has_value(); }
+    /** The same; counts a misuse first where the caller gave what would bring a real library down. */
+    bool misused(bool wrong);
     /** The same, and true for a handle that no connection has. */
     bool refused(uint32_t handle);
     int32_t refusal() { return done(*_effect.result); }

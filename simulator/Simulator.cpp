@@ -44,15 +44,15 @@ void Simulator::reset() {
         core().device = Switch();
         core().handles.clear();
         core().zoning.restartCounts();
+        core().misuse = 0;
     }
     core().transcript.writeTo({});
-    core().transcript.keep(true);
     core().transcript.clear();
     core().texts.restartCounts();
 }
 
 void Simulator::loadSwitchFile(const std::string& path) {
-    replaceSwitch(readSwitch(TableReader::parseFile(path)));
+    replaceSwitch(readWholeSwitch(TableReader::parseFile(path)));
 }
 
 void Simulator::loadSwitchText(const std::string& toml, const std::string& name) {
@@ -145,9 +145,9 @@ Live Simulator::live() const {
     {
         const Lock lock(core().mutex);
         core().zoning.count(live);
+        live.misuse = core().misuse;
     }
     live.texts = core().texts.live();
-    live.wrong_frees = core().texts.wrongFrees();
     return live;
 }
 

@@ -47,8 +47,10 @@ struct Live {
     size_t zones = 0;
     size_t aliases = 0;
     size_t members = 0;
-    size_t misuse = 0; /**< zoning handles that were none, and objects given or destroyed twice; an error */
-    size_t wrong_frees = 0; /**< releases of memory that was not the library's to release; always an error */
+    /** Calls that would bring a real library down: a null that the interface does not allow, a zoning handle
+     * that is none, an object given or destroyed twice, memory released that nobody handed out. Always an
+     * error. */
+    size_t misuse = 0;
 };
 
 class DC_EXPORT Simulator {
@@ -57,14 +59,16 @@ class DC_EXPORT Simulator {
     static Simulator& instance();
 
     /**
-     * Back to an empty switch: no keys, no faults, no connection, no registration, no transcript, no
-     * scenario, thread delivery, clock offset 0, all counts of live memory 0.
+     * Back to an empty switch: no keys, no faults, no connection, no registration, an empty transcript, no
+     * scenario, thread delivery, clock offset 0, all counts 0. Whether a transcript is kept stays as it is.
      */
     void reset();
 
     /**
      * Replaces the state (keys, faults, sessions, limits) by a switch file's. Connections, registration,
-     * transcript and clock stay. Throws InputError and changes nothing when the file is malformed.
+     * transcript and clock stay. Throws InputError and changes nothing when the file is malformed. A file
+     * must name the switch, and a principal that is in the fabric; a text may leave out all that it is not
+     * about.
      */
     void loadSwitchFile(const std::string& path);
     void loadSwitchText(const std::string& toml, const std::string& name = "switch");
@@ -104,10 +108,11 @@ class DC_EXPORT Simulator {
     /** Thread delivery: returns when every queued notification has been delivered. */
     void waitDelivered();
 
+    /** Keeps calls in memory from now on, or not (the default): in a long run they would only fill it. */
+    void keepTranscript(bool on);
+    /** What was kept. */
     std::vector<Call> transcript() const;
     void clearTranscript();
-    /** Keeps calls in memory (the default) or not: a long measurement would only fill it. */
-    void keepTranscript(bool on);
     /** Every call, event and step from now on is also appended to this file, one line each; an empty path
      * ends that. Throws std::runtime_error when the file cannot be opened. */
     void writeTranscript(const std::string& path);

@@ -9,9 +9,9 @@ namespace vexsim {
 Reading Switch::read(const std::string& key) {
     const auto found = _store.find(key);
     if (found != _store.end()) return {Ok, found->second};
-    for (const Area* area : areas()) {
-        if (area->read == nullptr) continue;
-        if (const std::optional<Reading> reading = area->read(*this, key)) return *reading;
+    for (const Area& area : areas()) {
+        if (area.read == nullptr) continue;
+        if (const std::optional<Reading> reading = area.read(*this, key)) return *reading;
     }
     return {UnknownKey, {}};
 }

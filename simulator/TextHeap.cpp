@@ -16,10 +16,7 @@ char* TextHeap::give(const std::string& text) {
 
 bool TextHeap::take(void* memory) {
     const Lock lock(_mutex);
-    if (_texts.erase(memory) == 0 && _earlier.erase(memory) == 0) {
-        ++_wrongFrees;
-        return false;
-    }
+    if (_texts.erase(memory) == 0 && _earlier.erase(memory) == 0) return false;
     std::free(memory);
     return true;
 }
@@ -29,16 +26,10 @@ size_t TextHeap::live() const {
     return _texts.size();
 }
 
-size_t TextHeap::wrongFrees() const {
-    const Lock lock(_mutex);
-    return _wrongFrees;
-}
-
 void TextHeap::restartCounts() {
     const Lock lock(_mutex);
     _earlier.merge(_texts);
     _texts.clear();
-    _wrongFrees = 0;
 }
 
 }  // namespace vexsim

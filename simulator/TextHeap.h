@@ -18,7 +18,6 @@ class TextHeap {
     bool take(void* memory) DC_EXCLUDES(_mutex);
 
     size_t live() const DC_EXCLUDES(_mutex);
-    size_t wrongFrees() const DC_EXCLUDES(_mutex);
     /** Counts from 0 again; texts handed out before can still be released. */
     void restartCounts() DC_EXCLUDES(_mutex);
 
@@ -26,7 +25,6 @@ class TextHeap {
     mutable Mutex _mutex;
     std::unordered_set<void*> _texts DC_GUARDED_BY(_mutex);
     std::unordered_set<void*> _earlier DC_GUARDED_BY(_mutex);
-    size_t _wrongFrees DC_GUARDED_BY(_mutex) = 0;
 };
 
 }  // namespace vexsim

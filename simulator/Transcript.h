@@ -13,8 +13,9 @@ namespace vexsim {
 /**
  * What happened between the library and the switch, in order.
  *
- * Calls and notes are kept in memory and, where a file was named, written there one line each with the
- * seconds since the file was opened. Notifications and scenario steps go to the file only.
+ * Calls and notes are kept in memory where somebody asked for that and, where a file was named, written there
+ * one line each with the seconds since the file was opened. Notifications and scenario steps go to the file
+ * only.
  */
 class Transcript {
   public:
@@ -26,7 +27,7 @@ class Transcript {
 
     std::vector<Call> calls() const DC_EXCLUDES(_mutex);
     void clear() DC_EXCLUDES(_mutex);
-    /** Keeps calls in memory, or not; a long measurement would only fill it. */
+    /** Keeps calls in memory from now on, or not. */
     void keep(bool on) DC_EXCLUDES(_mutex);
     /** Opens the file to append to, or closes it for an empty path. Throws std::runtime_error. */
     void writeTo(const std::string& path) DC_EXCLUDES(_mutex);
@@ -36,7 +37,7 @@ class Transcript {
 
     mutable Mutex _mutex;
     std::vector<Call> _calls DC_GUARDED_BY(_mutex);
-    bool _keep DC_GUARDED_BY(_mutex) = true;
+    bool _keep DC_GUARDED_BY(_mutex) = false;
     std::ofstream _file DC_GUARDED_BY(_mutex);
     std::chrono::steady_clock::time_point _opened DC_GUARDED_BY(_mutex);
 };

@@ -18,8 +18,8 @@ std::string text(const char* given) {
 
 DC_EXPORT int32_t vex_IPConnect(const char* host, const char* client, const char* options, uint32_t* handle) {
     ApiCall call("vex_IPConnect", {text(host), text(client), text(options)});
-    if (call.refused()) return call.refusal();
-    if (handle == nullptr) return call.done(BadArgument);
+    if (call.misused(host == nullptr || client == nullptr || options == nullptr || handle == nullptr))
+        return call.refusal();
     if (const std::optional<uint32_t> scripted = call.scriptedHandle()) {
         if (*scripted != 0) call.handles().insert(*scripted);
         *handle = *scripted;
@@ -38,8 +38,8 @@ DC_EXPORT int32_t vex_enRegisterForEventList(uint32_t handle, vex_notification_c
     std::vector<std::string> keys;
     for (int32_t i = 0; list != nullptr && i < count; ++i) keys.push_back(std::to_string(list[i].code));
     ApiCall call("vex_enRegisterForEventList", std::move(keys));
-    if (call.refused(handle)) return call.refusal();
-    if (callback == nullptr || list == nullptr || count < 0) return call.done(BadArgument);
+    if (call.misused(callback == nullptr || list == nullptr || count < 0) || call.refused(handle))
+        return call.refusal();
     std::set<int32_t> codes;
     for (int32_t i = 0; i < count; ++i) {
         const uint32_t status = call.onKey(std::to_string(list[i].code)).status.value_or(Ok);
@@ -53,15 +53,17 @@ DC_EXPORT int32_t vex_enRegisterForEventList(uint32_t handle, vex_notification_c
 DC_EXPORT int32_t vex_libFreeMemory(void* memory) {
     ApiCall call("vex_libFreeMemory", {});
     if (call.refused()) return call.refusal();
-    if (memory == nullptr) return call.done(Ok);
-    return call.done(Core::instance().texts.take(memory) ? Ok : BadArgument);
+    return call.misused(!Core::instance().texts.take(memory)) ? call.refusal() : call.done(Ok);
 }
 
 DC_EXPORT void uptime(long* seconds) {
-    if (seconds == nullptr) return;
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     Core& core = Core::instance();
     const Lock lock(core.mutex);
+    if (seconds == nullptr) {
+        ++core.misuse;
+        return;
+    }
     *seconds = static_cast<long>(std::chrono::duration_cast<std::chrono::seconds>(now).count()) +
                core.device.clock_offset;
 }

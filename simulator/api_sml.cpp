@@ -14,9 +14,13 @@ std::string bounded(const char* field, size_t size) {
     return {field, strnlen(field, size)};
 }
 
+bool notAList(const vex_smlrequest_s* records, int32_t count) {
+    return count < 0 || (records == nullptr && count > 0);
+}
+
 std::vector<std::string> keysOf(const vex_smlrequest_s* records, int32_t count) {
     std::vector<std::string> keys;
-    if (records == nullptr || count < 0) return keys;
+    if (notAList(records, count)) return keys;
     keys.reserve(static_cast<size_t>(count));
     for (int32_t i = 0; i < count; ++i) keys.push_back(bounded(records[i].key, VEX_SML_KEY_SIZE));
     return keys;
@@ -58,8 +62,7 @@ uint32_t writeKey(ApiCall& call, const Command& command) {
 
 DC_EXPORT int32_t vex_smlGetBatch(uint32_t handle, vex_smlrequest_s* records, int32_t count) {
     ApiCall call("vex_smlGetBatch", keysOf(records, count));
-    if (call.refused(handle)) return call.refusal();
-    if (count < 0 || (records == nullptr && count > 0)) return call.done(BadArgument);
+    if (call.misused(notAList(records, count)) || call.refused(handle)) return call.refusal();
     for (int32_t i = 0; i < count; ++i) {
         Effect effect;
         const Reading reading = readKey(call, call.keys()[static_cast<size_t>(i)], effect);
@@ -70,8 +73,7 @@ DC_EXPORT int32_t vex_smlGetBatch(uint32_t handle, vex_smlrequest_s* records, in
 
 DC_EXPORT int32_t vex_smlSetBatch(uint32_t handle, vex_smlrequest_s* records, int32_t count) {
     ApiCall call("vex_smlSetBatch", keysOf(records, count));
-    if (call.refused(handle)) return call.refusal();
-    if (count < 0 || (records == nullptr && count > 0)) return call.done(BadArgument);
+    if (call.misused(notAList(records, count)) || call.refused(handle)) return call.refusal();
     for (int32_t i = 0; i < count; ++i) {
         const auto index = static_cast<size_t>(i);
         const std::string value = bounded(records[i].value, VEX_SML_VALUE_SIZE);
@@ -82,8 +84,8 @@ DC_EXPORT int32_t vex_smlSetBatch(uint32_t handle, vex_smlrequest_s* records, in
 
 DC_EXPORT int32_t vex_smlGet(uint32_t handle, const char* key, char** value, uint32_t* extra) {
     ApiCall call("vex_smlGet", {key == nullptr ? "" : key});
-    if (call.refused(handle)) return call.refusal();
-    if (key == nullptr || value == nullptr) return call.done(BadArgument);
+    if (call.misused(key == nullptr || value == nullptr || extra == nullptr) || call.refused(handle))
+        return call.refusal();
     if (call.nulled()) {
         *value = nullptr;
         return call.done(Ok);
@@ -97,16 +99,15 @@ DC_EXPORT int32_t vex_smlGet(uint32_t handle, const char* key, char** value, uin
     char* const text = Core::instance().texts.give(reading.value);
     if (text == nullptr) return call.done(BadArgument);
     *value = text;
-    if (extra != nullptr) *extra = 0;
+    *extra = 0;
     return call.done(Ok);
 }
 
 DC_EXPORT int32_t vex_smlSet(uint32_t handle, const char* key, void** reply) {
     ApiCall call("vex_smlSet", {key == nullptr ? "" : key});
-    if (call.refused(handle)) return call.refusal();
-    if (key == nullptr) return call.done(BadArgument);
+    if (call.misused(key == nullptr || reply == nullptr) || call.refused(handle)) return call.refusal();
     // A plain setting has its value behind the key: "Config.Services.SSHEnable.True".
     const uint32_t status = writeKey(call, splitOperand(call.device(), {key, {}, call.keys(), 0, handle}));
-    if (reply != nullptr) *reply = nullptr;
+    *reply = nullptr;
     return call.done(static_cast<int32_t>(status));
 }

@@ -18,7 +18,7 @@ enum Status : uint32_t {
     ReadOnly = 202,     /**< a value that only the switch itself changes */
     NoAdmin = 203,      /**< the command needs admin rights */
     NotInEdit = 204,    /**< the command needs an edit session of its kind */
-    Refused = 205,      /**< admin rights are held already, here or elsewhere */
+    Refused = 205,      /**< somebody else holds admin rights, or the fabric's lock */
     BadHandle = 206,    /**< no connection has this handle */
     BadArgument = 207,  /**< a null pointer, a negative count, memory that is not the library's */
     Busy = 208,         /**< an edit session is open already */

@@ -5,7 +5,10 @@
 
 namespace vexsim {
 
-/** Builds a switch from a switch file. Throws InputError. */
+/** Builds a switch from what a document says of it. Throws InputError. */
 Switch readSwitch(TableReader document);
+/** The same for a document that must describe a whole switch: with its name, and a principal that is there.
+ */
+Switch readWholeSwitch(TableReader document);
 
 }  // namespace vexsim

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace vexsim {
 
@@ -25,5 +26,8 @@ std::string generatedName(const FabricShape& shape, unsigned domain);
 
 /** The text of a switch file. */
 std::string writeSwitchFile(const FabricShape& shape);
+
+/** What the switch of that file cannot be or tell although it was asked for, a sentence each. */
+std::vector<std::string> shortcomings(const FabricShape& shape);
 
 }  // namespace vexsim

@@ -1,3 +1,3 @@
 // The one source file that compiles toml++; all others only declare it.
 #define TOML_IMPLEMENTATION
-#include <toml++/toml.h>
+#include "simulator/toml.h"

@@ -1,6 +1,6 @@
 #include "simulator/toml_reader.h"
 
-#include <toml++/toml.h>
+#include <arpa/inet.h>
 
 #include <algorithm>
 #include <cctype>
@@ -13,6 +13,8 @@
 #include <sstream>
 
 #include "simulator/Simulator.h"
+#include "simulator/toml.h"
+#include "simulator/toml_depth.h"
 
 namespace vexsim {
 namespace {
@@ -23,7 +25,7 @@ std::string quoted(const std::string& text) {
     return '"' + text + '"';
 }
 
-[[noreturn]] void failAt(const std::string& file, toml::source_index line, std::string message) {
+[[noreturn]] void failAt(const std::string& file, size_t line, std::string message) {
     // One line, whatever names the file holds.
     std::replace_if(
         message.begin(), message.end(), [](unsigned char c) { return std::iscntrl(c) != 0; }, ' ');
@@ -53,6 +55,23 @@ std::string join(std::initializer_list<const char*> words) {
     std::string joined;
     for (const char* word : words) joined += (joined.empty() ? "" : ", ") + quoted(word);
     return joined;
+}
+
+/** How many lines it takes, from the first, to surprise the parser; it reads in order, so the last is to
+ * blame. */
+size_t surprisingLine(const std::string& text) {
+    size_t end = 0;
+    for (size_t line = 1;; ++line) {
+        end = text.find('\n', end);
+        if (end == std::string::npos) return line;
+        ++end;
+        try {
+            static_cast<void>(toml::parse(std::string_view(text).substr(0, end)));
+        } catch (const toml::parse_error&) {
+        } catch (const TomlSurprise&) {
+            return line;
+        }
+    }
 }
 
 }  // namespace
@@ -113,6 +132,23 @@ struct TableReader::Impl {
         return value;
     }
 
+    std::string wwn(const std::string& field, const toml::node& node) const {
+        const std::string given = text(field, node);
+        std::string digits;
+        bool good = given.size() == 16 || given.size() == 23;
+        for (size_t i = 0; i < given.size(); ++i) {
+            const auto c = static_cast<unsigned char>(given[i]);
+            if (given.size() == 23 && i % 3 == 2) {
+                good = good && c == ':';
+            } else {
+                good = good && std::isxdigit(c) != 0;
+                digits += static_cast<char>(std::tolower(c));
+            }
+        }
+        if (!good) fail(node, quoted(field) + " must be a world wide name like \"10:00:00:11:22:33:44:55\"");
+        return digits;
+    }
+
     const toml::array* list(const std::string& field) {
         const toml::node* node = find(field);
         if (node == nullptr) return nullptr;
@@ -122,12 +158,16 @@ struct TableReader::Impl {
 };
 
 TableReader TableReader::parse(const std::string& text, const std::string& name) {
+    if (const std::optional<size_t> line = tooDeepLine(text))
+        failAt(name, *line, "tables and lists are nested too deeply");
     try {
         auto document = std::make_shared<const toml::table>(toml::parse(text, name));
         const toml::table* const root = document.get();
         return TableReader(std::make_shared<Impl>(std::move(document), root, name, "the file"));
     } catch (const toml::parse_error& error) {
         failAt(name, error.source().begin.line, std::string(error.description()));
+    } catch (const TomlSurprise&) {
+        failAt(name, surprisingLine(text), "this is not TOML");
     }
 }
 
@@ -192,20 +232,18 @@ std::string TableReader::word(const std::string& field, std::initializer_list<co
 }
 
 std::string TableReader::wwn(const std::string& field) {
-    const std::string given = text(field);
-    std::string digits;
-    bool good = given.size() == 16 || given.size() == 23;
-    for (size_t i = 0; i < given.size(); ++i) {
-        const auto c = static_cast<unsigned char>(given[i]);
-        if (given.size() == 23 && i % 3 == 2) {
-            good = good && c == ':';
-        } else {
-            good = good && std::isxdigit(c) != 0;
-            digits += static_cast<char>(std::tolower(c));
-        }
+    return _impl->wwn(field, _impl->need(field));
+}
+
+std::string TableReader::address(const std::string& field, int version) {
+    std::string given = text(field);
+    in6_addr bytes{};
+    if (inet_pton(version == 4 ? AF_INET : AF_INET6, given.c_str(), &bytes) != 1) {
+        const char* const example = version == 4 ? "192.0.2.10" : "2001:db8::10";
+        fail(field, quoted(field) + " must be an IPv" + std::to_string(version) + " address like " +
+                        quoted(example));
     }
-    if (!good) fail(field, quoted(field) + " must be a world wide name like \"10:00:00:11:22:33:44:55\"");
-    return digits;
+    return given;
 }
 
 std::string TableReader::value(const std::string& field) {
@@ -239,6 +277,23 @@ std::vector<int64_t> TableReader::integers(const std::string& field, int64_t low
         for (const toml::node& node : *list) values.push_back(_impl->integer(field, node, low, high));
     }
     return values;
+}
+
+std::set<unsigned> TableReader::numbers(const std::string& field, unsigned low, unsigned high) {
+    std::set<unsigned> values;
+    for (const int64_t number : integers(field, low, high)) {
+        if (values.insert(static_cast<unsigned>(number)).second) continue;
+        fail(field, quoted(field) + " names " + std::to_string(number) + " twice");
+    }
+    return values;
+}
+
+std::vector<std::string> TableReader::wwns(const std::string& field) {
+    std::vector<std::string> names;
+    if (const toml::array* list = _impl->list(field)) {
+        for (const toml::node& node : *list) names.push_back(_impl->wwn(field, node));
+    }
+    return names;
 }
 
 std::optional<TableReader> TableReader::table(const std::string& field) {

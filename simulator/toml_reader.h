@@ -5,6 +5,7 @@
 #include <initializer_list>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,6 +37,8 @@ class TableReader {
     std::string word(const std::string& field, std::initializer_list<const char*> words);
     /** A world wide name, "10:00:00:11:22:33:44:55" or 16 hexadecimal digits; as 16 digits in lower case. */
     std::string wwn(const std::string& field);
+    /** An IP address as text, of version 4 or 6. */
+    std::string address(const std::string& field, int version);
     /** A value for a key of the switch: a text as it is, a number in decimal, a boolean as "True" or "False".
      */
     std::string value(const std::string& field);
@@ -44,6 +47,9 @@ class TableReader {
     std::vector<std::string> texts(const std::string& field);
     std::vector<std::string> words(const std::string& field, std::initializer_list<const char*> words);
     std::vector<int64_t> integers(const std::string& field, int64_t low, int64_t high);
+    /** Ports or domains, none of them twice. */
+    std::set<unsigned> numbers(const std::string& field, unsigned low, unsigned high);
+    std::vector<std::string> wwns(const std::string& field);
 
     /** A table inside this one; nullopt where it is missing. */
     std::optional<TableReader> table(const std::string& field);

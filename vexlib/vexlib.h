@@ -6,8 +6,9 @@
  * valid C and C++.
  *
  * Conventions: a function that returns a status returns 0 for success. A function that returns a handle
- * returns null for "none" or for failure. Texts are NUL-terminated, but a caller must not rely on that for
- * anything that the library fills in: read every field with its bound.
+ * returns null for "none" or for failure. No argument may be null, the context of a callback and an empty
+ * list apart: the library reads and writes without asking. Texts are NUL-terminated, but a caller must not
+ * rely on that for anything that the library fills in: read every field with its bound.
  */
 #ifndef VEXLIB_VEXLIB_H
 #define VEXLIB_VEXLIB_H
@@ -162,7 +163,10 @@ int32_t vex_smlSetBatch(uint32_t handle, vex_smlrequest_s* records, int32_t coun
  */
 int32_t vex_smlGet(uint32_t handle, const char* key, char** value, uint32_t* extra);
 
-/** Writes one key, or runs one command. The meaning of the reply slot is not known; no caller reads it. */
+/**
+ * Writes one key, or runs one command. The library writes to the reply slot, which must be there; what it
+ * writes has no meaning that is known here, and no caller reads it.
+ */
 int32_t vex_smlSet(uint32_t handle, const char* key, void** reply);
 
 /** Releases a text that vex_smlGet handed out. Returns 0 for success. */

@@ -56,23 +56,23 @@ struct Area {
     std::optional<Reading> (*read)(Switch& target, const std::string& key) = nullptr;
 };
 
-const Area& switchArea();
-const Area& chassisArea();
-const Area& bladesArea();
-const Area& accountsArea();
-const Area& propertiesArea();
-const Area& lsdbLinksArea();
-const Area& localPortsArea();
-const Area& sessionArea();
-const Area& alarmsArea();
-const Area& fabricArea();
-const Area& nameServerArea();
-const Area& zoningArea();
-const Area& faultsArea();
-const Area& genericArea();
+Area switchArea();
+Area chassisArea();
+Area bladesArea();
+Area accountsArea();
+Area propertiesArea();
+Area lsdbLinksArea();
+Area localPortsArea();
+Area sessionArea();
+Area alarmsArea();
+Area fabricArea();
+Area nameServerArea();
+Area zoningArea();
+Area faultsArea();
+Area genericArea();
 
 /** All areas, in the order in which their sections are loaded. */
-const std::vector<const Area*>& areas();
+const std::vector<Area>& areas();
 
 const Section* findSection(const std::string& name);
 const StepKind* findStep(const std::string& name);

@@ -42,6 +42,9 @@ Wwn portName(const Wwn& switch_name, unsigned port);
 unsigned localDomain(const Switch& target);
 bool hasLocalSwitch(const Switch& target);
 
+/** True for the name of the simulated switch or of another one of its fabric. */
+bool isInFabric(Switch& target, const Wwn& wwn);
+
 /** Computes the keys of the link state database and the management server. */
 std::optional<Reading> readFabricKey(Switch& target, const std::string& key);
 

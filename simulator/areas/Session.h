@@ -16,7 +16,7 @@ enum class EditKind { None, Switch, Cim };
 struct Session {
     std::optional<uint32_t> admin; /**< the connection that holds admin rights */
     bool held_elsewhere = false;   /**< somebody outside this process holds them */
-    bool shared_admin = false;     /**< a second request succeeds while they are held */
+    bool shared_admin = false;     /**< somebody else's request succeeds while they are held */
     EditKind edit = EditKind::None;
     std::map<std::string, std::string> pending; /**< settings of the edit session, not saved yet */
     std::map<std::string, std::string> backup;

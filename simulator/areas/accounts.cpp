@@ -69,19 +69,15 @@ Action readRename(TableReader& table) {
 
 }  // namespace
 
-const Area& accountsArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "accounts";
-        made.sections = {{"accounts", false, [](TableReader& table, Switch& target) {
-                              target.part<Accounts>().users = table.texts("users");
-                          }}};
-        made.steps = {
-            {"account_add", readAdd}, {"account_remove", readRemove}, {"account_rename", readRename}};
-        made.read = readWalk;
-        return made;
-    }();
-    return area;
+Area accountsArea() {
+    Area made;
+    made.name = "accounts";
+    made.sections = {{"accounts", false, [](TableReader& table, Switch& target) {
+                          target.part<Accounts>().users = table.texts("users");
+                      }}};
+    made.steps = {{"account_add", readAdd}, {"account_remove", readRemove}, {"account_rename", readRename}};
+    made.read = readWalk;
+    return made;
 }
 
 }  // namespace vexsim

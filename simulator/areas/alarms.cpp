@@ -58,20 +58,17 @@ Action readCimChanged(TableReader&) {
 
 }  // namespace
 
-const Area& alarmsArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "alarms";
-        made.steps = {
-            {"overheat", readOverheat},
-            {"voltage", readVoltage},
-            {"password_changed", readUserEvent<VEX_EVENT_USER_PASSWORD_CHANGED>},
-            {"login_failed", readUserEvent<VEX_EVENT_USER_LOGIN_FAILURE>},
-            {"cim_changed", readCimChanged},
-        };
-        return made;
-    }();
-    return area;
+Area alarmsArea() {
+    Area made;
+    made.name = "alarms";
+    made.steps = {
+        {"overheat", readOverheat},
+        {"voltage", readVoltage},
+        {"password_changed", readUserEvent<VEX_EVENT_USER_PASSWORD_CHANGED>},
+        {"login_failed", readUserEvent<VEX_EVENT_USER_LOGIN_FAILURE>},
+        {"cim_changed", readCimChanged},
+    };
+    return made;
 }
 
 }  // namespace vexsim

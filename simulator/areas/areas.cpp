@@ -4,22 +4,23 @@
 
 namespace vexsim {
 
-const std::vector<const Area*>& areas() {
-    static const std::vector<const Area*> table = {
-        &switchArea(),     &chassisArea(),
-        &bladesArea(),  // after the chassis, which says how many slots there are
-        &localPortsArea(),
-        &lsdbLinksArea(),  // before the fabric, which answers every other key of a record
-        &fabricArea(),     &nameServerArea(), &accountsArea(), &propertiesArea(),
-        &sessionArea(),    &alarmsArea(),     &zoningArea(),   &faultsArea(),
-        &genericArea(),  // last: its raw keys override what the others made
+const std::vector<Area>& areas() {
+    // Never destroyed: threads of the library ask the switch until the process is gone.
+    static const auto& table = *new std::vector<Area>{
+        switchArea(),     chassisArea(),
+        bladesArea(),  // after the chassis, which says how many slots there are
+        localPortsArea(),
+        lsdbLinksArea(),  // before the fabric, which answers every other key of a record
+        fabricArea(),     nameServerArea(), accountsArea(), propertiesArea(),
+        sessionArea(),    alarmsArea(),     zoningArea(),   faultsArea(),
+        genericArea(),  // last: its raw keys override what the others made
     };
     return table;
 }
 
 const Section* findSection(const std::string& name) {
-    for (const Area* area : areas()) {
-        for (const Section& section : area->sections) {
+    for (const Area& area : areas()) {
+        for (const Section& section : area.sections) {
             if (name == section.name) return &section;
         }
     }
@@ -27,8 +28,8 @@ const Section* findSection(const std::string& name) {
 }
 
 const StepKind* findStep(const std::string& name) {
-    for (const Area* area : areas()) {
-        for (const StepKind& step : area->steps) {
+    for (const Area& area : areas()) {
+        for (const StepKind& step : area.steps) {
             if (name == step.name) return &step;
         }
     }
@@ -38,11 +39,11 @@ const StepKind* findStep(const std::string& name) {
 const Area* findCommandArea(const std::string& key) {
     const Area* found = nullptr;
     size_t longest = 0;
-    for (const Area* area : areas()) {
-        for (const char* prefix : area->command_prefixes) {
+    for (const Area& area : areas()) {
+        for (const char* prefix : area.command_prefixes) {
             const size_t length = std::strlen(prefix);
             if (length > longest && key.compare(0, length, prefix) == 0) {
-                found = area;
+                found = &area;
                 longest = length;
             }
         }

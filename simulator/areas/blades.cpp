@@ -159,16 +159,13 @@ std::optional<Reading> readEmptySlot(Switch& target, const std::string& key) {
 
 }  // namespace
 
-const Area& bladesArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "blades";
-        made.sections = {{"blade", true, loadBlade}};
-        made.steps = {{"blade_insert", readInsert}, {"blade_remove", readRemove}, {"blade_state", readState}};
-        made.read = readEmptySlot;
-        return made;
-    }();
-    return area;
+Area bladesArea() {
+    Area made;
+    made.name = "blades";
+    made.sections = {{"blade", true, loadBlade}};
+    made.steps = {{"blade_insert", readInsert}, {"blade_remove", readRemove}, {"blade_state", readState}};
+    made.read = readEmptySlot;
+    return made;
 }
 
 }  // namespace vexsim

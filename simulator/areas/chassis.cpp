@@ -72,16 +72,13 @@ Action readUnitStep(TableReader& table) {
 
 }  // namespace
 
-const Area& chassisArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "chassis";
-        made.sections = {{"chassis", false, loadChassis}};
-        made.steps = {{"power_supply", readUnitStep<power_supply>}, {"fan", readUnitStep<fan>}};
-        made.defaults = setDefaults;
-        return made;
-    }();
-    return area;
+Area chassisArea() {
+    Area made;
+    made.name = "chassis";
+    made.sections = {{"chassis", false, loadChassis}};
+    made.steps = {{"power_supply", readUnitStep<power_supply>}, {"fan", readUnitStep<fan>}};
+    made.defaults = setDefaults;
+    return made;
 }
 
 }  // namespace vexsim

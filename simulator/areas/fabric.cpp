@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <utility>
 
 #include "simulator/areas/Area.h"
@@ -6,23 +7,15 @@
 namespace vexsim {
 namespace {
 
-constexpr int64_t lowest_domain = 1;
-constexpr int64_t highest_domain = 239;  // FC-SW
+constexpr unsigned lowest_domain = 1;
+constexpr unsigned highest_domain = 239;  // FC-SW
 constexpr unsigned unreachable = 255;
-constexpr int64_t most_ports = 65535;
+constexpr unsigned most_ports = 65535;
 
 using Member = std::pair<unsigned, FabricSwitch>;
 
 unsigned readDomain(TableReader& table, const char* field) {
     return static_cast<unsigned>(table.integer(field, lowest_domain, highest_domain));
-}
-
-std::set<unsigned> readNumbers(TableReader& table, const char* field, int64_t low, int64_t high) {
-    std::set<unsigned> numbers;
-    for (const int64_t number : table.integers(field, low, high)) {
-        numbers.insert(static_cast<unsigned>(number));
-    }
-    return numbers;
 }
 
 /** The management server's fields, which a section and a step share. */
@@ -41,9 +34,13 @@ Member readMember(TableReader& table) {
     if (table.has("hops")) made.hops = static_cast<unsigned>(table.integer("hops", 1, unreachable));
     if (table.has("ports")) made.ports = static_cast<unsigned>(table.integer("ports", 0, most_ports));
     made.port_wwns = table.texts("port_wwns");
-    made.offline = readNumbers(table, "offline", 0, most_ports);
+    made.offline = table.numbers("offline", 0, most_ports);
     readManagement(table, "management_status", "management_slow", made);
     return {domain, std::move(made)};
+}
+
+Wwn localName(const Switch& target) {
+    return Wwn(target.value("Oper.Switch.WWN"));
 }
 
 /** Why a switch cannot be in the fabric beside those that are; empty when it can. */
@@ -54,7 +51,7 @@ std::string conflict(Switch& target, const Member& member) {
         (hasLocalSwitch(target) && localDomain(target) == member.first)) {
         return "domain " + domain + " is taken";
     }
-    if (Wwn(target.value("Oper.Switch.WWN")) == member.second.wwn) return "that is the local switch's name";
+    if (localName(target) == member.second.wwn) return "that is the local switch's name";
     for (const auto& entry : switches) {
         if (entry.second.wwn == member.second.wwn)
             return "domain " + std::to_string(entry.first) + " has that name";
@@ -81,8 +78,13 @@ void leave(Switch& target, unsigned domain) {
     target.part<Fabric>().switches.erase(domain);
 }
 
-void setPrincipal(Switch& target, const std::string& wwn) {
-    target.set("Oper.Switch.WhoIsPrincipal", wwn);
+constexpr const char* principal_key = "Oper.Switch.WhoIsPrincipal";
+
+/** A fabric chooses its principal among its switches. */
+void choosePrincipal(Switch& target, const std::string& wwn) {
+    if (!isInFabric(target, Wwn(wwn)))
+        throw StepError("the fabric has no switch " + wwn + " to be the principal");
+    target.set(principal_key, wwn);
 }
 
 /** A fabric that has formed anew: its switches, its paths or its principal. */
@@ -96,7 +98,7 @@ void setDefaults(Switch& target) {
 }
 
 void loadFabric(TableReader& table, Switch& target) {
-    if (table.has("principal")) setPrincipal(target, table.wwn("principal"));
+    if (table.has("principal")) target.set(principal_key, table.wwn("principal"));
     for (TableReader& entry : table.tables("switch")) {
         entry.rename("[[fabric.switch]]");
         Member member = readMember(entry);
@@ -168,24 +170,24 @@ Action readMerge(TableReader& table) {
     }
     return [members, principal = table.wwn("principal")](Switch& target) {
         for (const Member& member : members) join(target, member);
-        setPrincipal(target, principal);
+        choosePrincipal(target, principal);
         raiseReformed(target, "Fabrics merged");
     };
 }
 
 /** Switches leave together, and what stays behind has a new principal. */
 Action readSegment(TableReader& table) {
-    const std::set<unsigned> domains = readNumbers(table, "domains", lowest_domain, highest_domain);
+    const std::set<unsigned> domains = table.numbers("domains", lowest_domain, highest_domain);
     return [domains, principal = table.wwn("principal")](Switch& target) {
         for (const unsigned domain : domains) leave(target, domain);
-        setPrincipal(target, principal);
+        choosePrincipal(target, principal);
         raiseReformed(target, "Fabric segmented");
     };
 }
 
 Action readRename(TableReader& table) {
     return [principal = table.wwn("principal")](Switch& target) {
-        setPrincipal(target, principal);
+        choosePrincipal(target, principal);
         target.raise(VEX_EVENT_FABRIC_CHANGE, "Principal switch " + principal);
     };
 }
@@ -220,29 +222,33 @@ Action readManagementServer(TableReader& table) {
 
 }  // namespace
 
-const Area& fabricArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "fabric";
-        made.sections = {{"fabric", false, loadFabric}};
-        made.steps = {
-            {"switch_join", readJoin},
-            {"switch_leave", readLeave},
-            {"switch_domain", readDomainChange},
-            {"switch_unreachable", readUnreachable},
-            {"switch_reachable", readReachable},
-            {"fabric_merge", readMerge},
-            {"fabric_segment", readSegment},
-            {"fabric_rename", readRename},
-            {"remote_port_online", readRemotePort<true>},
-            {"remote_port_offline", readRemotePort<false>},
-            {"management_server", readManagementServer},
-        };
-        made.defaults = setDefaults;
-        made.read = readFabricKey;
-        return made;
-    }();
-    return area;
+bool isInFabric(Switch& target, const Wwn& wwn) {
+    const auto& switches = target.part<Fabric>().switches;
+    return localName(target) == wwn || std::any_of(switches.begin(), switches.end(), [&](const auto& entry) {
+               return entry.second.wwn == wwn;
+           });
+}
+
+Area fabricArea() {
+    Area made;
+    made.name = "fabric";
+    made.sections = {{"fabric", false, loadFabric}};
+    made.steps = {
+        {"switch_join", readJoin},
+        {"switch_leave", readLeave},
+        {"switch_domain", readDomainChange},
+        {"switch_unreachable", readUnreachable},
+        {"switch_reachable", readReachable},
+        {"fabric_merge", readMerge},
+        {"fabric_segment", readSegment},
+        {"fabric_rename", readRename},
+        {"remote_port_online", readRemotePort<true>},
+        {"remote_port_offline", readRemotePort<false>},
+        {"management_server", readManagementServer},
+    };
+    made.defaults = setDefaults;
+    made.read = readFabricKey;
+    return made;
 }
 
 }  // namespace vexsim

@@ -2,6 +2,7 @@
 #include <string_view>
 
 #include "simulator/areas/Fabric.h"
+#include "simulator/domain_list.h"
 
 namespace vexsim {
 namespace {
@@ -28,19 +29,6 @@ std::set<unsigned> domainsOf(Switch& target) {
     if (hasLocalSwitch(target)) domains.insert(localDomain(target));
     for (const auto& entry : target.part<Fabric>().switches) domains.insert(entry.first);
     return domains;
-}
-
-/** A value has 255 characters of room: the list ends with the last domain that fits whole (some 88 of them).
- */
-std::string domainList(Switch& target) {
-    constexpr size_t room = VEX_SML_VALUE_SIZE - 1;
-    std::string list;
-    for (const unsigned domain : domainsOf(target)) {
-        const std::string next = (list.empty() ? "" : ",") + std::to_string(domain);
-        if (list.size() + next.size() > room) break;
-        list += next;
-    }
-    return list;
 }
 
 Reading domainAfter(Switch& target, unsigned domain) {
@@ -116,7 +104,7 @@ std::optional<Reading> readFabricKey(Switch& target, const std::string& key) {
         return domain ? topology(target, *domain, rest) : Reading{UnknownKey, {}};
     }
     if (!skip(rest, "Oper.Eport.")) return std::nullopt;
-    if (rest == "LsdbRecordList.255") return Reading{Ok, domainList(target)};
+    if (rest == "LsdbRecordList.255") return Reading{Ok, domainList(domainsOf(target))};
     if (rest == "FirstLsdbRecord") return domainAfter(target, 0);
     const bool next = skip(rest, "NextLsdbRecord.");
     if (!next && !skip(rest, "LsdbRecord.")) return std::nullopt;

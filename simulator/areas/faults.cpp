@@ -91,18 +91,15 @@ void loadConnect(TableReader& table, Switch& target) {
 
 }  // namespace
 
-const Area& faultsArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "faults";
-        made.sections = {
-            {"connect", false, loadConnect},
-            {"fault", true, [](TableReader& table, Switch& target) { target.faults.add(readRule(table)); }},
-        };
-        made.steps = {{"fault", readFault}, {"clear_faults", readClearFaults}};
-        return made;
-    }();
-    return area;
+Area faultsArea() {
+    Area made;
+    made.name = "faults";
+    made.sections = {
+        {"connect", false, loadConnect},
+        {"fault", true, [](TableReader& table, Switch& target) { target.faults.add(readRule(table)); }},
+    };
+    made.steps = {{"fault", readFault}, {"clear_faults", readClearFaults}};
+    return made;
 }
 
 }  // namespace vexsim

@@ -14,9 +14,11 @@ struct Field {
     const char* key;
     enum Kind {
         Text,
-        Flag,
-        Name
-    } kind;                         /**< Flag: true or false, as "True" or "False"; Name: world wide name */
+        Flag, /**< true or false, as "True" or "False" */
+        Name, /**< world wide name */
+        IPv4,
+        IPv6,
+    } kind;
     const char* fallback = nullptr; /**< what a switch file that is silent means; null: no such key */
 };
 
@@ -37,8 +39,10 @@ struct Fields {
                 target.set(field.key, table.text(field.name));
             } else if (field.kind == Field::Flag) {
                 target.set(field.key, table.flag(field.name) ? "True" : "False");
-            } else {
+            } else if (field.kind == Field::Name) {
                 target.set(field.key, table.wwn(field.name));
+            } else {
+                target.set(field.key, table.address(field.name, field.kind == Field::IPv4 ? 4 : 6));
             }
         }
     }

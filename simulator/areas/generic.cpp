@@ -57,18 +57,15 @@ Action readWait(TableReader&) {
 
 }  // namespace
 
-const Area& genericArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "generic";
-        made.sections = {{"sml", false, loadSml}};
-        made.steps = {
-            {"set", readSet},   {"erase", readErase}, {"raise", readRaise},
-            {"note", readNote}, {"wait", readWait},   {"advance_clock", readAdvanceClock},
-        };
-        return made;
-    }();
-    return area;
+Area genericArea() {
+    Area made;
+    made.name = "generic";
+    made.sections = {{"sml", false, loadSml}};
+    made.steps = {
+        {"set", readSet},   {"erase", readErase}, {"raise", readRaise},
+        {"note", readNote}, {"wait", readWait},   {"advance_clock", readAdvanceClock},
+    };
+    return made;
 }
 
 }  // namespace vexsim

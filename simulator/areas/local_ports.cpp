@@ -85,17 +85,22 @@ void setDefaults(Switch& target) {
 }
 
 void loadPorts(TableReader& table, Switch& target) {
-    const int64_t count = table.integer("count", 1, most_ports);
+    const auto count = static_cast<unsigned>(table.integer("count", 1, most_ports));
     const Port common = readPort(table, Port());
     setPortCount(target, count);
-    for (int64_t number = 0; number < count; ++number) setPort(target, static_cast<unsigned>(number), common);
+    for (unsigned number = 0; number < count; ++number) setPort(target, number, common);
+    std::set<unsigned> described;
     for (TableReader& entry : table.tables("port")) {
         entry.rename("[[ports.port]]");
-        const std::vector<int64_t> numbers = entry.integers("numbers", 0, count - 1);
+        const std::set<unsigned> numbers = entry.numbers("numbers", 0, count - 1);
         if (numbers.empty()) entry.fail("\"numbers\" must name ports");
         const Port port = readPort(entry, common);
         entry.finish();
-        for (const int64_t number : numbers) setPort(target, static_cast<unsigned>(number), port);
+        for (const unsigned number : numbers) {
+            if (!described.insert(number).second)
+                entry.fail("numbers", "port " + std::to_string(number) + " is described twice");
+            setPort(target, number, port);
+        }
     }
 }
 
@@ -204,26 +209,23 @@ std::optional<Reading> readName(Switch& target, const std::string& key) {
 
 }  // namespace
 
-const Area& localPortsArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "local ports";
-        made.sections = {{"ports", false, loadPorts}};
-        made.steps = {
-            {"port_online", readOnline},
-            {"port_offline", readOffline},
-            {"port_state", readState},
-            {"port_type", readTypeChange},
-            {"port_added", readAdded},
-            {"port_removed", readRemoved},
-            {"transceiver_plugged", readPlugged},
-            {"transceiver_pulled", readPulled},
-        };
-        made.defaults = setDefaults;
-        made.read = readName;
-        return made;
-    }();
-    return area;
+Area localPortsArea() {
+    Area made;
+    made.name = "local ports";
+    made.sections = {{"ports", false, loadPorts}};
+    made.steps = {
+        {"port_online", readOnline},
+        {"port_offline", readOffline},
+        {"port_state", readState},
+        {"port_type", readTypeChange},
+        {"port_added", readAdded},
+        {"port_removed", readRemoved},
+        {"transceiver_plugged", readPlugged},
+        {"transceiver_pulled", readPulled},
+    };
+    made.defaults = setDefaults;
+    made.read = readName;
+    return made;
 }
 
 }  // namespace vexsim

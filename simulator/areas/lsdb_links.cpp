@@ -124,16 +124,13 @@ Action readLinkChange(TableReader& table) {
 
 }  // namespace
 
-const Area& lsdbLinksArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "links";
-        made.sections = {{"lsdb", true, loadRecord}};
-        made.steps = {{"lsdb_links", readLinkChange}};
-        made.read = readLinks;
-        return made;
-    }();
-    return area;
+Area lsdbLinksArea() {
+    Area made;
+    made.name = "links";
+    made.sections = {{"lsdb", true, loadRecord}};
+    made.steps = {{"lsdb_links", readLinkChange}};
+    made.read = readLinks;
+    return made;
 }
 
 }  // namespace vexsim

@@ -31,12 +31,8 @@ unsigned readPort(TableReader& table) {
 
 /** One device, or several that come or go together. */
 std::vector<std::string> readNames(TableReader& table) {
-    if (!table.has("wwns")) return {Wwn(table.wwn("wwn")).tostring()};
-    std::vector<std::string> names = table.texts("wwns");
-    for (std::string& name : names) {
-        if (Wwn(name).isNull()) table.fail("wwns", "\"wwns\" must hold names of 16 hexadecimal digits");
-        name = Wwn(name).tostring();
-    }
+    std::vector<std::string> names = table.has("wwns") ? table.wwns("wwns") : std::vector{table.wwn("wwn")};
+    for (std::string& name : names) name = Wwn(name).tostring();
     return names;
 }
 
@@ -47,21 +43,23 @@ std::string payload(const Switch& target, const Device& device) {
     return address + (",N," + device.wwn);
 }
 
+/** Logs a device in that is not there yet. */
+const Device& logIn(NameServer& server, const std::string& name, unsigned port) {
+    if (find(server, name) != server.devices.end())
+        throw StepError("the name server has " + name + " already");
+    return server.devices.emplace_back(Device{name, port});
+}
+
 void loadDevice(TableReader& table, Switch& target) {
-    for (const std::string& name : readNames(table)) {
-        target.part<NameServer>().devices.push_back({name, readPort(table)});
-    }
+    for (const std::string& name : readNames(table)) logIn(target.part<NameServer>(), name, readPort(table));
 }
 
 Action readAdd(TableReader& table) {
     return [names = readNames(table), port = readPort(table)](Switch& target) {
-        NameServer& server = target.part<NameServer>();
         std::string text;
         for (const std::string& name : names) {
-            if (find(server, name) != server.devices.end())
-                throw StepError("the name server has " + name + " already");
-            server.devices.push_back({name, port});
-            text += (text.empty() ? "" : ";") + payload(target, server.devices.back());
+            const Device& device = logIn(target.part<NameServer>(), name, port);
+            text += (text.empty() ? "" : ";") + payload(target, device);
         }
         target.raise(VEX_EVENT_NS_ENTRYADDED, text);
     };
@@ -103,16 +101,13 @@ std::optional<Reading> readComputed(Switch& target, const std::string& key) {
 
 }  // namespace
 
-const Area& nameServerArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "name server";
-        made.sections = {{"name_server", true, loadDevice}};
-        made.steps = {{"name_server_add", readAdd}, {"name_server_remove", readRemove}};
-        made.read = readComputed;
-        return made;
-    }();
-    return area;
+Area nameServerArea() {
+    Area made;
+    made.name = "name server";
+    made.sections = {{"name_server", true, loadDevice}};
+    made.steps = {{"name_server_add", readAdd}, {"name_server_remove", readRemove}};
+    made.read = readComputed;
+    return made;
 }
 
 }  // namespace vexsim

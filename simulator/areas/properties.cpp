@@ -30,9 +30,9 @@ const Fields& snmp() {
 const Fields& network() {
     static const Fields fields{{
         {"ipv4", "Config.System.IPv4Enable", Field::Flag, "True"},
-        {"ipv4_address", ipv4_address, Field::Text, "192.0.2.10"},
+        {"ipv4_address", ipv4_address, Field::IPv4, "192.0.2.10"},
         {"ipv6", "Config.System.IPv6Enable", Field::Flag, "False"},
-        {"ipv6_address", ipv6_address, Field::Text, "2001:db8::10"},
+        {"ipv6_address", ipv6_address, Field::IPv6, "2001:db8::10"},
     }};
     return fields;
 }
@@ -44,7 +44,7 @@ void setDefaults(Switch& target) {
 Action readAddress(TableReader& table) {
     const bool six = table.integer("version", 4, 6) == 6;
     if (!six && table.integer("version", 4, 6) != 4) table.fail("version", "\"version\" must be 4 or 6");
-    return [six, address = table.text("address")](Switch& target) {
+    return [six, address = table.address("address", six ? 6 : 4)](Switch& target) {
         target.set(six ? ipv6_address : ipv4_address, address);
         target.raise(six ? VEX_EVENT_IPV6_ADDRESS_CHANGE : VEX_EVENT_IP_ADDRESS_CHANGE, address);
     };
@@ -68,18 +68,15 @@ void loadFields(TableReader& table, Switch& target) {
 
 }  // namespace
 
-const Area& propertiesArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "properties";
-        made.sections = {{"services", false, loadFields<services>},
-                         {"snmp", false, loadFields<snmp>},
-                         {"network", false, loadFields<network>}};
-        made.steps = {{"ip_address", readAddress}, {"service", readService}};
-        made.defaults = setDefaults;
-        return made;
-    }();
-    return area;
+Area propertiesArea() {
+    Area made;
+    made.name = "properties";
+    made.sections = {{"services", false, loadFields<services>},
+                     {"snmp", false, loadFields<snmp>},
+                     {"network", false, loadFields<network>}};
+    made.steps = {{"ip_address", readAddress}, {"service", readService}};
+    made.defaults = setDefaults;
+    return made;
 }
 
 }  // namespace vexsim

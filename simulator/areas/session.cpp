@@ -48,7 +48,8 @@ void endEdit(Session& session) {
 
 uint32_t requestAdmin(Switch& target, const Command& command) {
     Session& session = target.part<Session>();
-    if ((session.admin || session.held_elsewhere) && !session.shared_admin) return Refused;
+    const bool taken = (session.admin || session.held_elsewhere) && !session.isAdmin(command.handle);
+    if (taken && !session.shared_admin) return Refused;
     session.admin = command.handle;
     return Ok;
 }
@@ -180,18 +181,15 @@ Command splitOperand(Switch& target, const Command& command) {
     return command;
 }
 
-const Area& sessionArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "session";
-        made.sections = {
-            {"admin", false, [](TableReader& table, Switch& target) { AdminChange{table}(target); }}};
-        made.steps = {{"admin", [](TableReader& table) -> Action { return AdminChange(table); }}};
-        made.command_prefixes = {"Cmd.Switch.", "Cmd.Cim."};
-        made.command = runCommand;
-        return made;
-    }();
-    return area;
+Area sessionArea() {
+    Area made;
+    made.name = "session";
+    made.sections = {
+        {"admin", false, [](TableReader& table, Switch& target) { AdminChange{table}(target); }}};
+    made.steps = {{"admin", [](TableReader& table) -> Action { return AdminChange(table); }}};
+    made.command_prefixes = {"Cmd.Switch.", "Cmd.Cim."};
+    made.command = runCommand;
+    return made;
 }
 
 }  // namespace vexsim

@@ -113,27 +113,24 @@ std::optional<Reading> readComputed(Switch&, const std::string& key) {
 
 }  // namespace
 
-const Area& switchArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "switch";
-        made.sections = {
-            {"switch", false, loadSwitch},
-            {"features", false, [](TableReader& table, Switch& target) { features().load(table, target); }},
-            {"versions", false, [](TableReader& table, Switch& target) { versions().load(table, target); }},
-            {"manufacturing", false,
-             [](TableReader& table, Switch& target) { manufacturing().load(table, target); }},
-        };
-        made.steps = {
-            {"switch_state", readSwitchState},
-            {"fault_list", readFaultList},
-            {"feature", readFeature},
-        };
-        made.defaults = setDefaults;
-        made.read = readComputed;
-        return made;
-    }();
-    return area;
+Area switchArea() {
+    Area made;
+    made.name = "switch";
+    made.sections = {
+        {"switch", false, loadSwitch},
+        {"features", false, [](TableReader& table, Switch& target) { features().load(table, target); }},
+        {"versions", false, [](TableReader& table, Switch& target) { versions().load(table, target); }},
+        {"manufacturing", false,
+         [](TableReader& table, Switch& target) { manufacturing().load(table, target); }},
+    };
+    made.steps = {
+        {"switch_state", readSwitchState},
+        {"fault_list", readFaultList},
+        {"feature", readFeature},
+    };
+    made.defaults = setDefaults;
+    made.read = readComputed;
+    return made;
 }
 
 }  // namespace vexsim

@@ -171,22 +171,19 @@ Action readFabricLock(TableReader& table) {
 
 }  // namespace
 
-const Area& zoningArea() {
-    static const Area area = [] {
-        Area made;
-        made.name = "zoning";
-        made.sections = {{"zoning", false, loadZoning}};
-        made.steps = {
-            {"zoneset_activate", readActivate}, {"zoneset_deactivate", readDeactivate},
-            {"zoning_replace", readReplace},    {"zone_add", readZoneAdd},
-            {"zone_remove", readZoneRemove},    {"fabric_lock", readFabricLock},
-        };
-        made.defaults = setDefaults;
-        made.command_prefixes = {"Cmd.Zoning."};
-        made.command = runZoningCommand;
-        return made;
-    }();
-    return area;
+Area zoningArea() {
+    Area made;
+    made.name = "zoning";
+    made.sections = {{"zoning", false, loadZoning}};
+    made.steps = {
+        {"zoneset_activate", readActivate}, {"zoneset_deactivate", readDeactivate},
+        {"zoning_replace", readReplace},    {"zone_add", readZoneAdd},
+        {"zone_remove", readZoneRemove},    {"fabric_lock", readFabricLock},
+    };
+    made.defaults = setDefaults;
+    made.command_prefixes = {"Cmd.Zoning."};
+    made.command = runZoningCommand;
+    return made;
 }
 
 }  // namespace vexsim

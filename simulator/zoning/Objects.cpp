@@ -64,13 +64,12 @@ void ZoningObjects::drop(Handle handle) {
 }
 
 template <class Object>
-Status ZoningObjects::destroy(Handle* handle) {
-    if (handle == nullptr) return misuse();
-    const Object* const object = get<Object>(*handle);
+Status ZoningObjects::destroy(Handle& handle) {
+    const Object* const object = get<Object>(handle);
     if (object == nullptr) return BadArgument;
     if (ownerOf(*object) != nullptr) return misuse();
-    drop(*handle);
-    *handle = nullptr;
+    drop(handle);
+    handle = nullptr;
     return Ok;
 }
 
@@ -157,18 +156,16 @@ void ZoningObjects::count(Live& live) const {
         size_t* const counts[] = {&live.members, &live.zones, &live.aliases, &live.zonesets};
         ++*counts[entry.object.index()];
     }
-    live.misuse = _misuse;
 }
 
 void ZoningObjects::restartCounts() {
     ++_generation;
-    _misuse = 0;
 }
 
-template Status ZoningObjects::destroy<ZonesetObject>(Handle*);
-template Status ZoningObjects::destroy<ZoneObject>(Handle*);
-template Status ZoningObjects::destroy<AliasObject>(Handle*);
-template Status ZoningObjects::destroy<MemberObject>(Handle*);
+template Status ZoningObjects::destroy<ZonesetObject>(Handle&);
+template Status ZoningObjects::destroy<ZoneObject>(Handle&);
+template Status ZoningObjects::destroy<AliasObject>(Handle&);
+template Status ZoningObjects::destroy<MemberObject>(Handle&);
 template Status ZoningObjects::add<ZoneObject>(Handle, Handle);
 template Status ZoningObjects::add<AliasObject>(Handle, Handle);
 template Status ZoningObjects::remove<ZoneObject>(Handle, Handle);

@@ -51,6 +51,9 @@ struct AliasObject : ContainerObject {
  */
 class ZoningObjects {
   public:
+    /** Misuse is counted in `misuse`. */
+    explicit ZoningObjects(size_t& misuse) : _misuse(misuse) {}
+
     /** The object behind a handle; null, and a misuse, for a handle that is none of its kind. */
     template <class Object>
     Object* get(Handle handle) {
@@ -68,9 +71,9 @@ class ZoningObjects {
 
     /** Makes a zoneset with all it holds. */
     Handle make(const ZonesetContent& content);
-    /** Destroys an object that nobody contains, with all that it contains. */
+    /** Destroys an object that nobody contains, with all that it contains, and nulls the handle. */
     template <class Object>
-    Status destroy(Handle* handle);
+    Status destroy(Handle& handle);
 
     /** A copy of a zone with members of its own. */
     Handle copy(Handle zone, const std::string& name);
@@ -87,7 +90,7 @@ class ZoningObjects {
     template <class Container>
     Handle findMember(Handle container, const MemberId& wanted);
 
-    /** Adds the objects that are alive, and misuse. */
+    /** Adds the objects that are alive. */
     void count(Live& live) const;
     /** Counts from 0 again; objects made before can still be used and destroyed. */
     void restartCounts();
@@ -107,10 +110,10 @@ class ZoningObjects {
         return BadArgument;
     }
 
+    size_t& _misuse;
     std::unordered_map<Handle, Entry> _objects;
     uintptr_t _last = 0;
     uint64_t _generation = 0;
-    size_t _misuse = 0;
 };
 
 }  // namespace vexsim

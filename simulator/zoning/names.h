@@ -1,6 +1,5 @@
 #pragma once
 
-#include <string>
 #include <string_view>
 
 namespace vexsim {
@@ -13,10 +12,5 @@ bool isZoningName(std::string_view name);
 
 /** The name under which a copy of a zone is made before it gets its own; no name of a user. */
 bool isTemporaryName(std::string_view name);
-
-/** A text from a caller of the C interface; none is an empty one. */
-inline std::string textOf(const char* given) {
-    return given == nullptr ? std::string() : std::string(given);
-}
 
 }  // namespace vexsim

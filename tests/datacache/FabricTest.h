@@ -33,15 +33,6 @@ class FabricTest : public CacheTest {
     /** Runs a step, given as its fields (more steps may follow as tables), then settles. */
     void act(const std::string& fields) { step("[[step]]\n" + fields); }
 
-    /** Back to no switch and no cache. */
-    void restart() {
-        delete DataCache::instance;
-        DataCache::instance = nullptr;
-        hSwitch = 0;
-        sim.reset();
-        sim.setDelivery(vexsim::Delivery::Manual);
-    }
-
     /** A load of the fabric, as the pass makes it; false when it failed. */
     bool reload() {
         const AccessGuard guard;

@@ -140,7 +140,8 @@ struct Change {
 };
 
 const std::string p = " wwn=1000001122000002";  // the principal before
-const std::string q = " wwn=1000001122000004";  // and after
+const std::string q = " wwn=1000001122000003";  // and after
+const std::string r = " wwn=1000001122000004";  // and after a merge
 const std::string s = " switchWwn=100000112200000";
 
 const Change kChanges[] = {
@@ -167,19 +168,19 @@ const Change kChanges[] = {
      {"DCEventSwitchRemove" + p + s + "2", "DCEventFabricChange" + p + " grown=false"},
      {"3 1000001122000003 ports=1"}},
     {"Rename",
-     "do = \"fabric_rename\"\nprincipal = \"1000001122000004\"",
+     "do = \"fabric_rename\"\nprincipal = \"1000001122000003\"",
      {"DCEventFabricRemove" + p, "DCEventFabricAdd" + q, "DCEventSwitchAdd" + q + s + "1",
       "DCEventSwitchAdd" + q + s + "2", "DCEventSwitchAdd" + q + s + "3"},
      {"2 1000001122000002 ports=2", "3 1000001122000003 ports=1"}},
     {"Merge",
      "do = \"fabric_merge\"\nprincipal = \"1000001122000004\"\n"
      "switches = [{domain = 4, wwn = \"1000001122000004\"}, {domain = 5, wwn = \"1000001122000005\"}]",
-     {"DCEventFabricChange" + q + " grown=true", "DCEventFabricRemove" + p, "DCEventSwitchAdd" + q + s + "1",
-      "DCEventSwitchAdd" + q + s + "2", "DCEventSwitchAdd" + q + s + "3"},
+     {"DCEventFabricChange" + r + " grown=true", "DCEventFabricRemove" + p, "DCEventSwitchAdd" + r + s + "1",
+      "DCEventSwitchAdd" + r + s + "2", "DCEventSwitchAdd" + r + s + "3"},
      {"2 1000001122000002 ports=2", "3 1000001122000003 ports=1", "4 1000001122000004 ports=0",
       "5 1000001122000005 ports=0"}},
     {"Segment",
-     "do = \"fabric_segment\"\nprincipal = \"1000001122000004\"\ndomains = [2]",
+     "do = \"fabric_segment\"\nprincipal = \"1000001122000003\"\ndomains = [2]",
      {"DCEventFabricChange" + p + " grown=false", "DCEventFabricAdd" + q, "DCEventSwitchAdd" + q + s + "1",
       "DCEventSwitchAdd" + q + s + "3"},
      {"3 1000001122000003 ports=1"}},

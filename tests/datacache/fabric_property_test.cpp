@@ -48,7 +48,9 @@ class FabricProperty : public FabricTest, public ::testing::WithParamInterface<u
         const bool free = std::find(domains.begin(), domains.end(), other) == domains.end();
         const std::string about = "\ndomain = " + std::to_string(domain);
         const std::string port = "\nport = " + std::to_string(random(6));
-        const std::string principal = "\nprincipal = \"10000011220001" + hexByte(random(4)) + "\"";
+        const unsigned chosen = any ? domains[random(static_cast<unsigned>(domains.size()))] : domain;
+        const std::string principal =
+            "\nprincipal = \"" + (chosen == domain ? *sim.get("Oper.Switch.WWN") : nameOf(chosen)) + "\"";
         switch (random(10)) {
             case 0:
             case 1:
@@ -94,6 +96,10 @@ class FabricProperty : public FabricTest, public ::testing::WithParamInterface<u
         return found;
     }
 
+    std::string nameOf(unsigned domain) {
+        return *sim.get("Oper.Eport.LsdbRecord." + std::to_string(domain) + ".WWN");
+    }
+
     void expectCacheEqualsSwitch() {
         EXPECT_EQ(fabric().getFabricWorldWideName(), Wwn(*sim.get("Oper.Switch.WhoIsPrincipal")));
         const std::vector<unsigned> present = domains(true);
@@ -101,7 +107,7 @@ class FabricProperty : public FabricTest, public ::testing::WithParamInterface<u
         for (const unsigned domain : present) {
             SCOPED_TRACE(domain);
             const std::string number = std::to_string(domain);
-            const std::string name = Wwn(*sim.get("Oper.Eport.LsdbRecord." + number + ".WWN")).tostring();
+            const std::string name = Wwn(nameOf(domain)).tostring();
             const SwitchCache* const found = member(name);
             ASSERT_NE(found, nullptr);
             EXPECT_EQ(fabric().getSwitchByDomainID(number), found);

@@ -60,9 +60,9 @@ TEST_F(SimulatedFabric, StepsRaiseWhatASwitchRaises) {
                 ElementsAre("1 Domain 4 left", "7 Domain 4 left"));
     EXPECT_THAT(raised("do = \"fabric_rename\"\nprincipal = \"1000001122000003\""),
                 ElementsAre("1 Principal switch 1000001122000003"));
-    EXPECT_THAT(
-        raised("do = \"name_server_add\"\nport = 17\nwwns = [\"2000001122aa0001\", \"2000001122AA0002\"]"),
-        ElementsAre("79 011100,N,2000001122AA0001;011100,N,2000001122AA0002"));
+    EXPECT_THAT(raised("do = \"name_server_add\"\nport = 17\nwwns = [\"20:00:00:11:22:aa:00:01\", "
+                       "\"2000001122AA0002\"]"),
+                ElementsAre("79 011100,N,2000001122AA0001;011100,N,2000001122AA0002"));
     EXPECT_THAT(raised("do = \"name_server_remove\"\nwwn = \"2000001122AA0001\""),
                 ElementsAre("80 011100,N,2000001122AA0001"));
     EXPECT_THAT(raised("do = \"switch_domain\"\ndomain = 1\nto = 99"),
@@ -130,6 +130,10 @@ TEST_F(SimulatedFabric, AListHoldsAsManyDomainsAsAValueHasRoomFor) {
     EXPECT_EQ(list.size(), 254U);
     EXPECT_EQ(list.substr(list.size() - 6), ",87,88");
     EXPECT_EQ(sim.get("Oper.TopologyAll.239.PortEntries"), "16") << "the others are there all the same";
+    EXPECT_THAT(vexsim::shortcomings(shape), ElementsAre(HasSubstr("only 88 of the 239 switches")));
+    EXPECT_THAT(vexsim::shortcomings({88, 128, NameScheme::Naa1, false}), ElementsAre());
+    EXPECT_THAT(vexsim::shortcomings({88, 129, NameScheme::Naa1, false}),
+                ElementsAre(HasSubstr("only 128 of the 129")));
 }
 
 }  // namespace

@@ -101,8 +101,10 @@ class Lifecycle : public ::testing::Test {
     Lifecycle() {
         slept.clear();
         sim.reset();
+        sim.keepTranscript(true);
         sim.loadSwitchText(kSwitch);
     }
+    ~Lifecycle() override { EXPECT_EQ(sim.live().misuse, 0U); }
     void run() {
         ASSERT_TRUE(DataCache::init());
         ASSERT_TRUE(DataCache::start([](DataCacheEvent* event) { host().receive(*event); }));

@@ -41,7 +41,11 @@ class SimulatorTest : public ::testing::Test {
         return {record.value, strnlen(record.value, sizeof record.value)};
     }
 
-    int32_t command(const std::string& key) const { return vex_smlSet(handle, key.c_str(), nullptr); }
+    int32_t command(const std::string& key) const { return command(handle, key); }
+    static int32_t command(uint32_t sender, const std::string& key) {
+        void* reply = nullptr;
+        return vex_smlSet(sender, key.c_str(), &reply);
+    }
     uint32_t set(const std::string& key, const std::string& value) const {
         vex_smlrequest_s record = request(key, value);
         EXPECT_EQ(vex_smlSetBatch(handle, &record, 1), 0);

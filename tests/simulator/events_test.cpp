@@ -166,6 +166,7 @@ TEST_F(EventsTest, AScenarioRunsInItsTimeAndWritesItsTranscript) {
     ASSERT_EQ(registerFor({{33, 0}}), 0);
     sim.setDelivery(Delivery::Thread);
     sim.loadSwitchText("[chassis]\nfans = 1\n");
+    sim.keepTranscript(true);
     sim.writeTranscript(path);
     sim.loadScenarioText(
         "[[step]]\ndo = 'fan'\nindex = 1\nstate = 'Bad'\n[[step]]\ndo = 'note'\nafter = '400ms'\ntext = "

@@ -32,9 +32,10 @@ class FaultsTest : public SimulatorTest {
     /** One single get: "RESULT" or "RESULT=VALUE". */
     std::string single(const char* key) const {
         char* value = nullptr;
-        std::string line = std::to_string(vex_smlGet(handle, key, &value, nullptr));
+        uint32_t extra = 0;
+        std::string line = std::to_string(vex_smlGet(handle, key, &value, &extra));
         if (value != nullptr) line += std::string("=") + value;
-        vex_libFreeMemory(value);
+        if (value != nullptr) vex_libFreeMemory(value);
         return line;
     }
 };
@@ -103,7 +104,7 @@ TEST_F(FaultsTest, ConnectionsAreRefusedAsTheSwitchFileSays) {
     EXPECT_EQ(made, 0U);
     EXPECT_EQ(vex_IPConnect("localhost", "cim", "", &made), 0);
     EXPECT_NE(made, 0U);
-    EXPECT_EQ(vex_smlSet(made + 1, "Cmd.Switch.ReqAdmin", nullptr), static_cast<int32_t>(BadHandle));
+    EXPECT_EQ(command(made + 1, "Cmd.Switch.ReqAdmin"), static_cast<int32_t>(BadHandle));
 }
 
 TEST_F(FaultsTest, ADelayKeepsNobodyElseWaiting) {
@@ -123,16 +124,63 @@ TEST_F(FaultsTest, ADelayKeepsNobodyElseWaiting) {
     EXPECT_GE(taken, std::chrono::milliseconds(1000));
 }
 
+TEST_F(FaultsTest, WhatWouldCrashARealLibraryIsCounted) {
+    vex_smlrequest_s record = request("A.1");
+    vex_eventreg_s code{};
+    char* value = nullptr;
+    uint32_t extra = 0;
+    int32_t count = 0;
+    char name[VEX_ZONING_NAME_SIZE];
+    vex_memberid_u id{};
+    void* zone = vex_ZoneCreate("z");
+    const auto ignore = [](void*, vex_event_s*, void*) {};
+    const bool refused[] = {
+        vex_IPConnect("localhost", "cim", nullptr, &extra) != 0,
+        vex_IPConnect("localhost", "cim", "", nullptr) != 0,
+        vex_enRegisterForEventList(handle, nullptr, nullptr, &code, 1) != 0,
+        vex_enRegisterForEventList(handle, ignore, nullptr, nullptr, 1) != 0,
+        vex_smlGetBatch(handle, nullptr, 1) != 0,
+        vex_smlSetBatch(handle, &record, -1) != 0,
+        vex_smlGet(handle, "A.1", &value, nullptr) != 0,
+        vex_smlGet(handle, nullptr, &value, &extra) != 0,
+        vex_smlSet(handle, "Cmd.Switch.ReqAdmin", nullptr) != 0,
+        vex_libFreeMemory(nullptr) != 0,
+        vex_fzsGetZoneset(handle, nullptr, &zone) != 0,
+        vex_fzsGetActiveZoneset(handle, nullptr) != 0,
+        vex_fzsGetActiveZonesetName(handle, nullptr) != 0,
+        vex_fzsGetZonesetList(handle, &count, nullptr) != 0,
+        vex_fzsGetZoningLimitations(handle, nullptr) != 0,
+        vex_ZonesetGetName(nullptr, name) != 0,
+        vex_ZonesetGetZoneCount(nullptr) == 0,
+        vex_ZoneGetName(zone, nullptr) != 0,
+        vex_ZoneGetType(zone, nullptr) != 0,
+        vex_ZoneSetName(zone, nullptr) != 0,
+        vex_ZoneFindMember(zone, VEX_ZMT_WWN, nullptr) == nullptr,
+        vex_ZoneAliasCreate(nullptr) == nullptr,
+        vex_ZoneDestroy(nullptr) != 0,
+        vex_MemberCreate(VEX_ZMT_WWN, nullptr) == nullptr,
+        vex_strToMemberIdentifier(nullptr, VEX_ZMT_WWN, &id) != 0,
+    };
+    EXPECT_THAT(refused, testing::Each(true));
+    uptime(nullptr);
+    EXPECT_EQ(sim.live().misuse, std::size(refused) + 1);
+    EXPECT_NE(command("Cmd.Switch.EditConfig"), 0) << "a refused command was not carried out";
+    fault("function = '*'\nresult = 0");
+    vex_smlSet(handle, "A", nullptr);
+    EXPECT_EQ(sim.live().misuse, std::size(refused) + 2) << "whatever a fault makes of the call";
+}
+
 TEST_F(FaultsTest, TextsAreCountedAndWrongFreesNoticed) {
     char* value = nullptr;
-    ASSERT_EQ(vex_smlGet(handle, "A.1", &value, nullptr), 0);
+    uint32_t extra = 0;
+    ASSERT_EQ(vex_smlGet(handle, "A.1", &value, &extra), 0);
     EXPECT_EQ(sim.live().texts, 1U);
     EXPECT_EQ(vex_libFreeMemory(value + 1), static_cast<int32_t>(BadArgument));
-    EXPECT_EQ(sim.live().wrong_frees, 1U);
+    EXPECT_EQ(sim.live().misuse, 1U);
     EXPECT_EQ(vex_libFreeMemory(value), 0);
     EXPECT_EQ(sim.live().texts, 0U);
     EXPECT_EQ(vex_libFreeMemory(value), static_cast<int32_t>(BadArgument));
-    EXPECT_EQ(sim.live().wrong_frees, 2U);
+    EXPECT_EQ(sim.live().misuse, 2U);
 }
 
 TEST_F(FaultsTest, KeysAndValuesThatFillTheirFieldsAreReadWithABound) {

@@ -43,6 +43,13 @@ TEST_F(SimulatorTest, ASwitchFileThatIsWrongChangesNothingAndSaysWhere) {
         {"[features]\nfcoe = 'yes'\n", R"(f:2: "fcoe" must be true or false, not a text)"},
         {"\"a\\nb\" = 3\n", R"(f:1: unknown section "a b")"},
         {"switch = 3\n", R"(f:1: "switch" must be a table, not a number)"},
+        {"[network]\nipv4_address = '300.1.1.1'\n",
+         R"(f:2: "ipv4_address" must be an IPv4 address like "192.0.2.10")"},
+        {"[ports]\ncount = 4\n[[ports.port]]\nnumbers = [1, 1]\n", R"(f:4: "numbers" names 1 twice)"},
+        {"[ports]\ncount = 4\n[[ports.port]]\nnumbers = [1]\n[[ports.port]]\nnumbers = [2, 1]\n",
+         "f:6: port 1 is described twice"},
+        {"[[name_server]]\nwwns = ['2000001122000001',\n '20:00:00:11:22:00:00:01']\n",
+         "f:1: the name server has 2000001122000001 already"},
         {"[connect]\nrefuse = 0\n", R"(f:2: "refuse" must be from 1 to 4294967295)"},
         {"[zoning.limits]\nzones = 1\n", R"(f:1: [zoning.limits] needs "zonesets")"},
         {"[sml]\nOper.Switch.X = '1'\n",
@@ -61,6 +68,42 @@ TEST_F(SimulatorTest, ASwitchFileThatIsWrongChangesNothingAndSaysWhere) {
     EXPECT_EQ(errorOf([&] { sim.loadSwitchFile("/nowhere/s.toml"); }),
               "/nowhere/s.toml:1: cannot be read: No such file or directory");
     EXPECT_EQ(errorOf([&] { sim.loadSwitchFile("/tmp"); }), "/tmp:1: cannot be read: Is a directory");
+    const BadInput files[] = {
+        {"[chassis]\nfans = 1\n", R"(:1: the switch has no name: [switch] needs "wwn")"},
+        {"[switch]\nwwn = '1000001122000001'\nprincipal = '1000001122000002'\n",
+         ":3: the principal is no switch of the fabric"},
+    };
+    const std::string path = testing::TempDir() + "switch.toml";
+    for (const BadInput& bad : files) {
+        std::ofstream(path) << bad.text;
+        EXPECT_EQ(errorOf([&] { sim.loadSwitchFile(path); }), path + bad.message);
+    }
+}
+
+TEST_F(SimulatorTest, WhatWouldEndTheParserIsRefused) {
+    const auto times = [](size_t count, const std::string& part) {
+        std::string text;
+        for (size_t i = 0; i < count; ++i) text += part;
+        return text;
+    };
+    const std::string deep = times(20000, "a.") + "b";
+    const std::pair<std::string, const char*> cases[] = {
+        {deep + " = 1\n", "f:1: tables"},
+        {"\n[" + deep + "]\n", "f:2: tables"},
+        {"[sml]\n[[" + deep + "]]\n", "f:2: tables"},
+        {"x = {\"a.a\" = 1, " + deep + " = 2}\n", "f:1: tables"},
+        {"x = '''\n'#''''\ny = " + times(20000, "[") + '\n', "f:3: tables"},
+        {"x = [ # ' [\n" + times(20000, "{a = ["), "f:2: tables"},
+        {"\n  [[ # ]]\n", "f:2: this is not TOML"},
+        {"x = [\n\n }]\ny = 2\n", "f:3: this is not TOML"},
+        {"x = \"\\\"" + times(99, ".") + "\" # " + deep + "\n", "unknown section"},
+        {"x = [" + times(99, "1.5, ") + "[{a.b = ''}]]\n", "unknown section"},
+        {"x = \"\"\"" + times(99, "[\n.") + "\"\"\"\"\"\n", "unknown section"},
+    };
+    for (const auto& [text, message] : cases) {
+        EXPECT_THAT(errorOf([&, file = text] { sim.loadSwitchText(file, "f"); }), testing::HasSubstr(message))
+            << text.substr(0, 40);
+    }
 }
 
 TEST_F(SimulatorTest, AScenarioThatIsWrongStartsNothingAndSaysWhere) {

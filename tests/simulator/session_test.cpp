@@ -34,7 +34,7 @@ TEST_F(SessionTest, EachCommandNeedsWhatComesBeforeIt) {
         {"Switch.RelAdmin", NoAdmin},
         {"Cim.EditConfig", NoAdmin},
         {"Switch.SaveConfig", NoAdmin},
-        {"Switch.ReqAdmin Switch.ReqAdmin", Refused},
+        {"Switch.ReqAdmin Switch.EditConfig Switch.ReqAdmin Switch.SaveConfig", Ok},
         {"Switch.ReqAdmin Switch.RelAdmin Switch.ReqAdmin Switch.CancelAdmin", Ok},
         {"Switch.ReqAdmin Switch.SaveConfig", NotInEdit},
         {"Switch.ReqAdmin Switch.CancelConfig", NotInEdit},
@@ -86,14 +86,15 @@ TEST_F(SessionTest, WhoElseHoldsAdminRightsIsScripted) {
     uint32_t other = 0;
     ASSERT_EQ(vex_IPConnect("localhost", "other", "", &other), 0);
     ASSERT_NE(other, handle);
-    ASSERT_EQ(vex_smlSet(other, "Cmd.Switch.ReqAdmin", nullptr), 0);
+    ASSERT_EQ(command(other, "Cmd.Switch.ReqAdmin"), 0);
     EXPECT_EQ(send("Switch.ReqAdmin"), Refused);
     EXPECT_EQ(send("Switch.EditConfig"), NoAdmin);
-    ASSERT_EQ(vex_smlSet(other, "Cmd.Switch.RelAdmin", nullptr), 0);
+    ASSERT_EQ(command(other, "Cmd.Switch.RelAdmin"), 0);
     sim.run("do = 'admin'\nheld_elsewhere = true");
     EXPECT_EQ(send("Switch.ReqAdmin"), Refused);
     sim.run("do = 'admin'\nheld_elsewhere = false\nshared = true");
-    EXPECT_EQ(send("Switch.ReqAdmin Switch.ReqAdmin"), Ok);
+    ASSERT_EQ(send("Switch.ReqAdmin"), Ok);
+    EXPECT_EQ(command(other, "Cmd.Switch.ReqAdmin"), 0) << "shared";
 }
 
 TEST_F(SessionTest, ASaveReportsWhatChanged) {

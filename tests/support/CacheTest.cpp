@@ -17,26 +17,27 @@ void record(DataCacheEvent* event) {
     received().push_back(datacache::eventText(*event));
 }
 
-void dropInstance() {
+}  // namespace
+
+CacheTest::CacheTest() {
+    sim.keepTranscript(true);
+    restart();
+    received().clear();
+}
+
+CacheTest::~CacheTest() {
+    restart();
+}
+
+void CacheTest::restart() {
     delete DataCache::instance;
     DataCache::instance = nullptr;
     hSwitch = 0;
     adminModeHeld = 0;
     takeEvaluationRequests();
-}
-
-}  // namespace
-
-CacheTest::CacheTest() {
-    dropInstance();
-    received().clear();
+    EXPECT_EQ(sim.live().misuse, 0U) << "a real library would have crashed";
     sim.reset();
     sim.setDelivery(vexsim::Delivery::Manual);
-}
-
-CacheTest::~CacheTest() {
-    dropInstance();
-    sim.reset();
 }
 
 void CacheTest::load(const std::string& switchToml) {

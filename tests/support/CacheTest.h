@@ -26,6 +26,8 @@ class CacheTest : public ::testing::Test {
     CacheTest();
     ~CacheTest() override;
 
+    /** Back to no switch and no cache, as before and after each test; nothing may have been misused. */
+    void restart();
     /** Loads a switch file's text, then does what a host does at start-up, less the evaluation thread. */
     void load(const std::string& switchToml);
     /** load(), then the first passes; forgets their events, calls and log lines. */

@@ -39,7 +39,7 @@ class ZoningTest : public CacheTest {
     Zonesets onSwitch();
     /** Objects that the cache should hold, by what can be reached from it. */
     vexsim::Live reachable();
-    /** Expects that these are all objects alive, and that no handle was misused. */
+    /** Expects that these are all objects alive. */
     void expectNoLeak();
     std::vector<std::string> logWith(const std::string& part);
 };

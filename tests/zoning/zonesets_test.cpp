@@ -104,7 +104,6 @@ TEST_F(Zoneset, CountsWhatAFailingLibraryLeaves) {
     sim.run("do = 'fault'\nfunction = 'vex_ZonesetGetAliasCount'\nresult = -1");
     zoning().updateZoningCounts();
     EXPECT_THAT(log(), ElementsAre("2 DCACHE: zsl = 2, zl = 3, al = -1, zml = 4"));
-    EXPECT_EQ(sim.live().misuse, 0U) << "no null handle reaches the library";
 }
 
 TEST_F(Zoneset, LimitsOfTheDatabaseAreMetExactlyThoseOfAContainerReached) {
