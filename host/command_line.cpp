@@ -8,14 +8,16 @@ namespace {
 
 constexpr const char* footer = R"(Examples:
   datacache-host run --switch examples/blade-module.toml --scenario examples/blade-module.scenario.toml
-  datacache-host run --switch examples/blade-module.toml --for 60 --json
-  datacache-host run --vexlib /usr/lib/libvexlib.so
+  datacache-host run --switch examples/blade-module.toml --for 2 --json
   datacache-host show chassis --switch examples/blade-module.toml
   datacache-host graph --switch examples/blade-module.toml | dot -Tsvg > fabric.svg
-  datacache-host zone --switch examples/blade-module.toml lock "create zone backup" commit
+  datacache-host zone --switch examples/blade-module.toml lock "create zone vault" commit
   datacache-host config --switch examples/blade-module.toml edit "set Config.Services.TelnetEnable True" save
 
-Exit status: 0 done; 1 the cache never became ready, or a statement was not carried out; 2 wrong usage or input.
+On a switch, --vexlib names its management library.
+
+Exit status: 0 done; 1 not everything was up to date, or a statement was not carried out; 2 wrong usage or input;
+130 interrupted.
 The cache logs to /tmp/cim.out, and what is critical to /tmp/cim.crit.out as well.)";
 
 /** The statements of `zone` and `config` before they are understood. */
@@ -23,6 +25,14 @@ struct StatementTexts {
     std::vector<std::string> texts;
     std::string script;
 };
+
+std::string isTime(const std::string& text) {
+    return secondsIn(text) ? "" : text + " is no number of seconds";
+}
+
+bool hasCommand(CLI::App& app, const std::string& name) {
+    return !app.get_subcommands([&](CLI::App* command) { return command->get_name() == name; }).empty();
+}
 
 void addCommonOptions(CLI::App& command, CommandLine& line) {
     command.add_option("--switch", line.request.switchFile, "Switch file for the simulated switch")
@@ -40,7 +50,7 @@ void addCommonOptions(CLI::App& command, CommandLine& line) {
 void addTimeout(CLI::App& command, HostRequest& request) {
     command.add_option("--timeout", request.timeout, "Give up when the cache is not ready by then")
         ->type_name("SECONDS")
-        ->check(CLI::NonNegativeNumber)
+        ->check(isTime)
         ->capture_default_str();
 }
 
@@ -53,7 +63,7 @@ void addRun(CLI::App& app, CommandLine& line) {
     run.add_option("--for", line.request.seconds,
                    "End after this time (default: at the scenario's end, or on Ctrl-C)")
         ->type_name("SECONDS")
-        ->check(CLI::PositiveNumber);
+        ->check(isTime);
     run.final_callback([&line] { line.request.command = HostRequest::Run; });
 }
 
@@ -117,6 +127,10 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
     addSession(app, line, given, HostRequest::Config, "config", "Edit the switch's configuration",
                configLanguage());
     app.footer(footer);  // after the commands, which would print it as well
+    if (argc > 1 && argv[1][0] != '-' && !hasCommand(app, argv[1])) {
+        throw HostInputError(std::string("datacache-host: no such command: ") + argv[1] +
+                             " (run, show, graph, zone or config; see --help)");
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

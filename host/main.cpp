@@ -11,7 +11,11 @@ int main(int argc, char** argv) {
     try {
         int status = EXIT_DONE;
         const std::optional<CommandLine> line = readCommandLine(argc, argv, status);
-        if (!line) return status;
+        if (!line) {
+            if (std::cout.flush()) return status;
+            std::cerr << "datacache-host: standard output cannot be written" << std::endl;
+            return EXIT_NOT_DONE;
+        }
         void* const provider = loadProvider(line->vexlib);
         const auto run = reinterpret_cast<decltype(&hostMain)>(dlsym(loadHostCore(), "hostMain"));
         return run(provider, line->request);

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iomanip>
 #include <iostream>
-#include <optional>
 #include <sstream>
 
 #include "host/input_error.h"
@@ -46,13 +47,24 @@ std::optional<Words> match(const StatementForm& form, const Words& words) {
 
 }  // namespace
 
+std::optional<double> secondsIn(const std::string& text) {
+    char* end = nullptr;
+    const double seconds = std::strtod(text.c_str(), &end);
+    const bool plain = text.find_first_not_of("0123456789.") == std::string::npos;
+    if (!plain || text.empty() || *end != '\0' || seconds > 1e6) return std::nullopt;
+    return seconds;
+}
+
 Statement parseStatement(const std::vector<StatementForm>& language, const std::string& text,
                          const std::string& where) {
     const Words words = wordsOf(text);
     for (const StatementForm& form : language) {
-        if (std::optional<Words> operands = match(form, words)) {
-            return {form.code, std::move(*operands), text};
+        std::optional<Words> operands = match(form, words);
+        if (!operands) continue;
+        if (form.code == ZONE_WAIT && !secondsIn(operands->front())) {
+            throw HostInputError(where + ": " + text + ": " + operands->front() + " is no number of seconds");
         }
+        return {form.code, std::move(*operands), text};
     }
     throw HostInputError(where + ": not understood: " + text);
 }
@@ -61,10 +73,14 @@ std::vector<Statement> parseScript(const std::vector<StatementForm>& language, c
     std::ifstream file;
     if (path != "-") file.open(path);
     std::istream& script = path == "-" ? std::cin : file;
-    if (!script) throw HostInputError(path + ":1: cannot be read");
+    std::error_code error;
+    if (!script || (path != "-" && std::filesystem::is_directory(path, error))) {
+        throw HostInputError(path + (script ? ": is a folder, not a script" : ":1: cannot be read"));
+    }
     std::vector<Statement> statements;
     std::string line;
     for (int number = 1; std::getline(script, line); ++number) {
+        if (number == 1 && line.compare(0, 3, "\xEF\xBB\xBF") == 0) line.erase(0, 3);  // byte-order mark
         const size_t begin = line.find_first_not_of(" \t\r");
         if (begin == std::string::npos || line[begin] == '#') continue;
         line = line.substr(begin, line.find_last_not_of(" \t\r") + 1 - begin);
