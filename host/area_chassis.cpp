@@ -1,7 +1,9 @@
 #include <algorithm>
 
 #include "host/areas.h"
+#include "host/cache_reader.h"
 #include "host/cim_words.h"
+#include "host/staleness.h"
 
 namespace {
 
@@ -26,11 +28,12 @@ Json faultsOf(const std::vector<unsigned short>& values) {
 
 }  // namespace
 
-Json chassisArea(DataCache& cache) {
-    const ChassisState& state = cache._chassisState;
+Json chassisArea() {
+    const CacheReader cache;
+    const ChassisState& state = cache->_chassisState;
     return {
         {"area", "chassis"},
-        {"upToDate", cache._chassisOK && !cache._chassisUpdate},
+        {"upToDate", upToDate(*cache, "chassis")},
         {"faults", faultsOf(state.switchFaults)},
         {"powerSupplies", unitsOf(state.powerSupplyStatus, state.powerSupplyCount)},
         {"fans", unitsOf(state.fanStatus, state.fanCount)},

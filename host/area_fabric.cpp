@@ -1,7 +1,11 @@
 #include "host/areas.h"
+#include "host/cache_reader.h"
+#include "host/domain_list.h"
+#include "host/staleness.h"
 
-Json fabricArea(DataCache& cache) {
-    const FabricCache& fabric = cache._fabric;
+Json fabricArea() {
+    const CacheReader cache;
+    const FabricCache& fabric = cache->_fabric;
     const Wwn principal = fabric.getFabricWorldWideName();
     Json switches = Json::array();
     for (const SwitchCache* one = fabric.getFirstSwitch(); one; one = fabric.getNextSwitch(one)) {
@@ -17,7 +21,8 @@ Json fabricArea(DataCache& cache) {
     }
     return {
         {"area", "fabric"},
-        {"upToDate", cache._fabricOK && !cache._fabricUpdate},
+        {"upToDate", upToDate(*cache, "fabric")},
+        {"complete", !domainListFilled()},
         {"name", principal.tostring()},
         {"localSwitch", fabric._local_switch_wwn.tostring()},
         {"switches", switches},

@@ -1,6 +1,10 @@
+#include <algorithm>
+#include <cstdlib>
 #include <set>
 
 #include "host/areas.h"
+#include "host/switch_key.h"
+#include "switchlib/NORV_Vex_Lib.h"
 
 namespace {
 
@@ -24,13 +28,18 @@ Json linksOf(const std::string& record) {
     return links;
 }
 
+int portCount() {
+    const std::string text = readKey("Oper.Switch.MaxPorts").value_or("");
+    return static_cast<int>(std::clamp(std::strtol(text.c_str(), nullptr, 10), 0L, 256L));
+}
+
 void append(Json& rows, const Json& more) {
     for (const Json& row : more) rows.push_back(row);
 }
 
 }  // namespace
 
-Json lsdbArea(DataCache& cache) {
+Json lsdbArea() {
     Json records = Json::array();
     Json links = Json::array();
     std::set<std::string> seen;  // a walk that comes back to where it was ends there
@@ -45,8 +54,8 @@ Json lsdbArea(DataCache& cache) {
     }
 
     Json devices = Json::array();
-    for (std::string port = cache.getFirstRootPortIndex(); !port.empty();
-         port = cache.getNextRootPortIndex(port)) {
+    for (int number = 0, count = portCount(); number < count; ++number) {
+        const std::string port = std::to_string(number);
         seen.clear();
         bool more = get_first_attached_port(port.c_str(), value) != nullptr;
         while (more && seen.size() < longestWalk) {

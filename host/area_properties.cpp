@@ -1,4 +1,5 @@
 #include "host/areas.h"
+#include "switchlib/NORV_Vex_Lib.h"
 
 namespace {
 
@@ -40,7 +41,7 @@ Json takeText(char* text) {
 
 }  // namespace
 
-Json propertiesArea(DataCache&) {
+Json propertiesArea() {
     Json area{{"area", "properties"}};
     char* description = nullptr;
     char* symbolicName = nullptr;

@@ -1,14 +1,17 @@
 #include "host/areas.h"
+#include "host/cache_reader.h"
 #include "host/cim_words.h"
+#include "host/staleness.h"
 
-Json switchArea(DataCache& cache) {
-    const SwitchState& state = cache._switchState;
+Json switchArea() {
+    const CacheReader cache;
+    const SwitchState& state = cache->_switchState;
     return {
         {"area", "switch"},
-        {"upToDate", cache._switchOK && !cache._switchUpdate},
+        {"upToDate", upToDate(*cache, "switch")},
         {"wwn", state.switchWwn.tostring()},
-        {"domain", cache.getRootSwitchDomainID()},
-        {"operationalStatus", operationalStatusList(state.operationalStatus)},
+        {"domain", cache->getRootSwitchDomainID()},
+        {"operationalStatus", switchStatus(state.operationalStatus)},
         {"transparent", state.transparent},
         {"fcoe", state.fcoe},
         {"ethernetPassthrough", state.ethernetPassthrough},

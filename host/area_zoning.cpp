@@ -1,5 +1,7 @@
 #include "host/area_text.h"
 #include "host/areas.h"
+#include "host/cache_reader.h"
+#include "host/staleness.h"
 #include "host/zoning_view.h"
 
 namespace {
@@ -36,12 +38,13 @@ void printZoneset(std::ostream& out, const Json& zoneset) {
 
 }  // namespace
 
-Json zoningArea(DataCache& cache) {
-    ZoningCache& zoning = cache._zoningCache;
+Json zoningArea() {
+    const CacheReader cache;
+    ZoningCache& zoning = cache->_zoningCache;
     const vex_fzs_limits_s& limits = zoning._limits;
     return {
         {"area", "zoning"},
-        {"upToDate", cache._zoningOK && !cache._zoningUpdate},
+        {"upToDate", upToDate(*cache, "zoning")},
         {"activeZoneset", zoning._activeZonesetName},
         {"size",
          {

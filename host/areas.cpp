@@ -1,50 +1,60 @@
 #include "host/areas.h"
 
+#include <iostream>
+
 #include "host/area_text.h"
-#include "host/cache_reader.h"
 #include "host/request.h"
+#include "host/staleness.h"
 
 namespace {
 
-struct CacheArea {
-    Json (*read)(DataCache& cache);                      ///< with the access lock held
-    void (*print)(std::ostream& out, const Json& area);  ///< for a person
-    bool cached = true;
+struct Area {
+    Json (*read)();
+    bool live = false;
 };
 
 /** The areas, in the order of areaNames. */
-constexpr CacheArea cacheAreas[] = {
-    {switchArea, printArea},      {chassisArea, printArea},
-    {bladesArea, printArea},      {portsArea, printArea},
-    {fabricArea, printArea},      {accountsArea, printArea},
-    {zoningArea, printZoning},    {propertiesArea, printArea, false},
-    {lsdbArea, printArea, false},
-};
-static_assert(std::size(cacheAreas) == std::size(areaNames), "each area has its name");
-
-void show(std::ostream& out, const CacheArea& area, bool json) {
-    Json state;
-    {
-        const CacheReader cache;
-        state = area.read(*cache);
-    }
-    if (json) {
-        out << jsonLine(state) << '\n';
-    } else {
-        area.print(out, state);
-    }
-}
+constexpr Area allAreas[] = {{switchArea}, {chassisArea},          {bladesArea},
+                             {portsArea},  {fabricArea},           {accountsArea},
+                             {zoningArea}, {propertiesArea, true}, {lsdbArea, true}};
+static_assert(std::size(allAreas) == std::size(areaNames), "each area has its name");
 
 }  // namespace
 
-void showArea(std::ostream& out, const std::string& name, bool json) {
-    for (size_t i = 0; i < std::size(cacheAreas); ++i) {
-        if (name == areaNames[i] || name == "all") show(out, cacheAreas[i], json);
+bool isLive(const std::string& area) {
+    for (size_t i = 0; i < std::size(allAreas); ++i) {
+        if (area == areaNames[i]) return allAreas[i].live;
     }
+    return false;
 }
 
-void showCachedState(std::ostream& out, bool json) {
-    for (const CacheArea& area : cacheAreas) {
-        if (area.cached) show(out, area, json);
+std::vector<Json> readAreas(const std::string& names) {
+    std::vector<Json> areas;
+    for (size_t i = 0; i < std::size(allAreas); ++i) {
+        const bool wanted =
+            names == areaNames[i] || names == "all" || (names == "cached" && !allAreas[i].live);
+        if (wanted) areas.push_back(allAreas[i].read());
     }
+    return areas;
+}
+
+bool printAreas(std::ostream& out, const std::vector<Json>& areas, bool json) {
+    bool good = true;
+    for (const Json& area : areas) {
+        const std::string name = area["area"];
+        if (json) {
+            out << jsonLine(area) << '\n';
+        } else {
+            (name == "zoning" ? printZoning : printArea)(out, area);
+        }
+        if (area.value("upToDate", true)) continue;
+        good = false;
+        reportStale(name);
+    }
+    out.flush();
+    return good;
+}
+
+void reportStale(const std::string& area) {
+    std::cerr << "datacache-host: " << staleReason(area) << std::endl;
 }

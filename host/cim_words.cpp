@@ -45,6 +45,8 @@ constexpr Word portTypeWords[] = {
     {16000, "Donor"}, {16001, "TH"}, {16002, "TF"}, {16003, "TR"}, {16004, "PT"},
 };
 
+constexpr Word portHardwareWords[] = {{0, "unknown"}, {1, "GL"}, {2, "EXG"}};
+
 constexpr Word transceiverWords[] = {{0, "SFP"}, {1, "other"}, {2, "unknown"}};
 
 template <size_t Size>
@@ -62,12 +64,25 @@ Json operationalStatus(uint16_t value) {
     return withWord(operationalStatusWords, value);
 }
 
+Json switchStatus(const std::vector<uint16_t>& values) {
+    Json list = Json::array();
+    for (const uint16_t value : values) {
+        const bool noFault = value == 0 && !list.empty();
+        list.push_back(noFault ? Json{{"code", 0}, {"text", "no fault"}} : operationalStatus(value));
+    }
+    return list;
+}
+
 Json hardwareStatus(uint16_t value) {
     return withWord(hardwareStatusWords, value);
 }
 
 Json portType(uint16_t value) {
     return withWord(portTypeWords, value);
+}
+
+Json portHardwareType(uint16_t value) {
+    return withWord(portHardwareWords, value);
 }
 
 Json transceiverFormat(uint16_t value) {

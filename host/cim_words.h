@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "host/json_text.h"
 
@@ -10,19 +11,17 @@
  */
 Json operationalStatus(uint16_t value);
 
-/** A list of such values. */
-template <typename List>
-Json operationalStatusList(const List& values) {
-    Json list = Json::array();
-    for (const uint16_t value : values) list.push_back(operationalStatus(value));
-    return list;
-}
+/** A switch's list of such values. It ends with places for faults, in which 0 stands for none. */
+Json switchStatus(const std::vector<uint16_t>& values);
 
 /** The state of a fan or a power supply (HardwareStatus) with its word. */
 Json hardwareStatus(uint16_t value);
 
 /** A port's CIM type with its letters, as the switch calls it. */
 Json portType(uint16_t value);
+
+/** A port's hardware type with its letters. */
+Json portHardwareType(uint16_t value);
 
 /** The form of a transceiver with its word. */
 Json transceiverFormat(uint16_t value);

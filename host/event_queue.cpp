@@ -1,9 +1,6 @@
 #include "host/event_queue.h"
 
-#include <unistd.h>
-
 #include <chrono>
-#include <csignal>
 #include <ctime>
 #include <exception>
 #include <utility>
@@ -38,10 +35,10 @@ void EventQueue::setStarted() {
     _changed.notify_one();
 }
 
-void EventQueue::interrupt() {
+void EventQueue::interrupt(int signal) {
     const std::lock_guard<std::mutex> guard(_mutex);
-    if (_interrupted) _exit(128 + SIGINT);
-    _interrupted = _news = true;
+    _interrupted = signal;
+    _news = true;
     _changed.notify_one();
 }
 
@@ -57,7 +54,7 @@ bool EventQueue::started() const {
     return _started;
 }
 
-bool EventQueue::interrupted() const {
+int EventQueue::interrupted() const {
     const std::lock_guard<std::mutex> guard(_mutex);
     return _interrupted;
 }

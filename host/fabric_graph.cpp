@@ -5,6 +5,9 @@
 #include <set>
 
 #include "host/areas.h"
+#include "host/cache_reader.h"
+#include "host/domain_list.h"
+#include "host/staleness.h"
 
 namespace {
 
@@ -88,10 +91,20 @@ void writeSwitch(std::ostream& out, const Json& one) {
     out << "</table>>];\n";
 }
 
+/** What the heading says of a fabric that may look different. */
+std::string doubts(const Json& graph) {
+    std::string text;
+    if (!graph["notUpToDate"].empty()) text += "<br/>not up to date: " + plainText(graph["notUpToDate"]);
+    if (!graph["complete"]) text += "<br/>not complete: the list of domains is full";
+    return text;
+}
+
 }  // namespace
 
-Json fabricGraph(DataCache& cache) {
-    const FabricCache& fabric = cache._fabric;
+Json fabricGraph() {
+    const Json lsdb = lsdbArea();
+    const CacheReader cache;
+    const FabricCache& fabric = cache->_fabric;
     const Wwn principal = fabric.getFabricWorldWideName();
     Json switches = Json::array();
     std::set<int> domains;
@@ -101,18 +114,26 @@ Json fabricGraph(DataCache& cache) {
             {"wwn", one->getWwn()},
             {"local", one->isLocal()},
             {"principal", !principal.isNull() && one->getWorldWideName() == principal},
-            {"ports", portsOf(cache, *one)},
+            {"ports", portsOf(*cache, *one)},
         });
         domains.insert(one->getDomainID());
     }
-    return {
-        {"name", principal.tostring()}, {"switches", switches}, {"links", linksOf(lsdbArea(cache), domains)}};
+    Json stale = Json::array();
+    for (const char* area : {"ports", "fabric"}) {
+        if (!upToDate(*cache, area)) stale.push_back(area);
+    }
+    return {{"name", principal.tostring()},
+            {"notUpToDate", stale},
+            {"complete", !domainListFilled()},
+            {"switches", switches},
+            {"links", linksOf(lsdb, domains)}};
 }
 
 void writeDot(std::ostream& out, const Json& graph) {
     out << "graph fabric {\n"
         << "  graph [fontname=\"Helvetica\", labelloc=t, nodesep=0.6, ranksep=1.0,\n"
-        << "    label=<Fabric <b>" << graph["name"].get<std::string>() << "</b><br/><font point-size=\"10\">"
+        << "    label=<Fabric <b>" << graph["name"].get<std::string>() << "</b>" << doubts(graph)
+        << "<br/><font point-size=\"10\">"
         << "local ports: green OK, grey stopped, red in error, yellow other; white: other "
            "switches</font>>];\n"
         << "  node [shape=plain, fontname=\"Helvetica\", fontsize=11];\n"

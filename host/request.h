@@ -9,7 +9,7 @@
 /** Exit statuses of the tool. */
 enum ExitStatus {
     EXIT_DONE = 0,
-    EXIT_NOT_DONE = 1,  ///< the cache never became ready, or an edit was refused
+    EXIT_NOT_DONE = 1,  ///< something shown was not up to date, or an edit was refused
     EXIT_WRONG_INPUT = 2,
 };
 

@@ -3,10 +3,23 @@
 #include "host/areas.h"
 #include "host/cache_reader.h"
 #include "host/commands.h"
+#include "host/staleness.h"
 #include "host/zone_session.h"
 
-int zoneCommand(Session& session, const HostRequest& request) {
-    if (!session.waitReady(request.timeout)) return EXIT_NOT_DONE;
+namespace {
+
+bool zoningUpToDate() {
+    const CacheReader cache;
+    return upToDate(*cache, "zoning");
+}
+
+/** Carries the statements out; returns whether all were done. */
+bool edit(Session& session, const HostRequest& request) {
+    if (!zoningUpToDate()) {
+        std::cerr << "datacache-host: no statement carried out: what the cache has is not the switch's zoning"
+                  << std::endl;
+        return false;
+    }
     ZoneSession zoning(session);
     bool done =
         carryOut(session, request, [&](const Statement& statement) { return zoning.carryOut(statement); });
@@ -14,11 +27,25 @@ int zoneCommand(Session& session, const HostRequest& request) {
         printOutcome("abandon", zoning.carryOut({ZONE_UNLOCK, {}, ""}), request.json);
         done = false;
     }
+    if (session.interrupted()) return false;
+    session.setUndone("showing the zoning");
     {
         const CacheReader cache;
         cache->reloadZoning();  // what the switch has now, not what was edited here
     }
-    session.waitSettled();
-    showArea(std::cout, "zoning", request.json);
-    return done ? EXIT_DONE : EXIT_NOT_DONE;
+    return session.waitRead(request.timeout) && done;
+}
+
+}  // namespace
+
+int zoneCommand(Session& session, const HostRequest& request) {
+    if (!session.waitRead(request.timeout)) return EXIT_NOT_DONE;
+    const bool done = edit(session, request);
+    if (session.interrupted()) return EXIT_NOT_DONE;
+    session.setUndone("showing the zoning");
+    const std::vector<Json> areas = readAreas("zoning");
+    session.finish();
+    const bool good = printAreas(std::cout, areas, request.json);
+    session.setUndone("");
+    return done && good ? EXIT_DONE : EXIT_NOT_DONE;
 }

@@ -20,6 +20,7 @@ class Text {
 };
 
 constexpr char lockId[] = "datacache-host";
+constexpr char held[] = "the fabric's zoning lock and admin rights";
 constexpr char noLock[] = "there is no lock, or it has expired; take it with: lock";
 
 /** Seconds until the lock expires. */
@@ -136,19 +137,27 @@ bool ZoneSession::lockIsGood(ZoningCache& zoning) {
     return _locked && zoning.LockIdOK(Text(lockId), expired);
 }
 
+void ZoneSession::setLocked(bool locked) {
+    _locked = locked;
+    _session.setHeld(locked ? held : "");
+}
+
 Outcome ZoneSession::lock() {
     const CacheReader cache;
+    _session.setHeld(held);
     Outcome outcome = simple(cache->_zoningCache.ZoningLock(Text(lockId)) == 1);
-    _locked = outcome.done;
+    setLocked(outcome.done);
     if (_locked) outcome.fields["lockSeconds"] = secondsLeft(cache->_zoningCache);
     return outcome;
 }
 
 Outcome ZoneSession::unlock() {
     if (!_locked) return refused("there is no lock to give back");
-    _locked = false;
     const CacheReader cache;
-    return simple(cache->_zoningCache.ZoningUnlock() == 1);
+    Outcome outcome = simple(cache->_zoningCache.ZoningUnlock() == 1);
+    _locked = false;
+    if (outcome.done) _session.setHeld("");
+    return outcome;
 }
 
 Outcome ZoneSession::commit() {
@@ -158,7 +167,7 @@ Outcome ZoneSession::commit() {
     if (zoning.replaceZoningDB() == 0) {
         return {false, {{"result", "nothing sent: the database is inconsistent (see /tmp/cim.crit.out)"}}};
     }
-    _locked = false;
+    setLocked(false);
     // A group that was sent and refused clears the lock, and that is all that tells of it.
     return simple(zoning._lockHeld);
 }
@@ -173,10 +182,10 @@ Outcome ZoneSession::edit(const Statement& statement) {
 }
 
 Outcome ZoneSession::wait(const std::string& seconds) {
-    const double pause = std::clamp(std::strtod(seconds.c_str(), nullptr), 0.0, 3600.0);
     const Session::Clock::time_point begin = Session::Clock::now();
-    while (Session::Clock::now() - begin < std::chrono::duration<double>(pause)) {
-        if (_session.interrupted()) break;
+    const std::chrono::duration<double> pause(std::strtod(seconds.c_str(), nullptr));
+    while (Session::Clock::now() - begin < pause) {
+        if (_session.interrupted()) return {false, {{"result", "interrupted"}}};
         _session.wait();
     }
     return {true, {{"result", "done"}}};

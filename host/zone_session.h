@@ -14,6 +14,7 @@ class ZoneSession {
     bool locked() const { return _locked; }
 
   private:
+    void setLocked(bool locked);
     bool lockIsGood(ZoningCache& zoning);
     Outcome lock();
     Outcome unlock();
