@@ -103,10 +103,8 @@ void follow(Session& session, const HostRequest& request, Readiness& readiness) 
 /** Prints the events that are left, and the cached state. */
 void showEnd(Session& session, const HostRequest& request, Readiness& readiness) {
     if (!session.started()) return;
-    const std::string rest = !session.interrupted() ? ""
-                             : readiness.passed()   ? remaining(request)
-                                                    : "reading the switch";
-    session.setUndone(rest + (rest.empty() ? "" : ", and ") + "showing the state");
+    std::string undone = readiness.passed() ? remaining(request) : "reading the switch";
+    session.setUndone(undone + (undone.empty() ? "" : ", and ") + "showing the state");
     if (!session.interrupted()) readAccounts();
     const std::vector<Json> areas = readAreas("cached");
     printEvents(session, request);  // the accounts' among them
@@ -115,7 +113,7 @@ void showEnd(Session& session, const HostRequest& request, Readiness& readiness)
         readiness.see({cache->_accountsOK, true, true, staleAreas(*cache)});
     }
     session.finish();
-    session.setUndone(rest);
+    session.setUndone(readiness.passed() ? remaining(request) : undone);
     printAreas(std::cout, areas, request.json);
 }
 
