@@ -1,8 +1,8 @@
 #include <utility>
 
+#include "host/areas.h"
 #include "host/commands.h"
 #include "host/edits.h"
-#include "host/switch_key.h"
 #include "switchlib/NORV_Vex_Lib.h"
 
 namespace {

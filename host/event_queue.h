@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <ostream>
 #include <vector>
 
 #include "host/json_text.h"
@@ -48,3 +49,6 @@ class EventQueue {
     bool _started = false;
     int _interrupted = 0;
 };
+
+/** Prints an event on one line and flushes: as text with the local time, or as JSON with "time" in front. */
+void printEvent(std::ostream& out, const HostEvent& event, bool json);

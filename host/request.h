@@ -1,10 +1,16 @@
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "common/export.h"
 #include "host/statements.h"
+
+/** A wrong command line or a file that cannot be used; what() is one line for the user. */
+struct HostInputError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
 
 /** Exit statuses of the tool. */
 enum ExitStatus {

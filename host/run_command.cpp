@@ -5,10 +5,8 @@
 #include "host/areas.h"
 #include "host/cache_reader.h"
 #include "host/commands.h"
-#include "host/domain_list.h"
-#include "host/event_print.h"
-#include "host/input_error.h"
-#include "host/staleness.h"
+#include "host/event_queue.h"
+#include "host/request.h"
 
 namespace {
 
