@@ -9,7 +9,7 @@
  */
 int runCommand(Session& session, const HostRequest& request);
 
-/** Prints one area, or "all", of a complete cache. */
+/** Prints one area, or "all". */
 int showCommand(Session& session, const HostRequest& request);
 
 /** Writes the fabric as Graphviz DOT. */

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <ostream>
 #include <vector>
 
 #include "host/json_text.h"
@@ -28,14 +29,15 @@ class EventQueue {
     static void callback(DataCacheEvent* event);
 
     void setStarted();
-    /** The first call asks for an orderly end, the second ends the process at once. */
-    void interrupt();
+    /** Asks for the end, because of this signal. */
+    void interrupt(int signal);
 
     /** Waits for something new, at most so many milliseconds, and takes the events. */
     std::vector<HostEvent> wait(int milliseconds);
 
     bool started() const;
-    bool interrupted() const;
+    /** The signal that asks for the end, or 0. */
+    int interrupted() const;
 
   private:
     void add(HostEvent event);
@@ -45,5 +47,8 @@ class EventQueue {
     std::vector<HostEvent> _events;
     bool _news = false;
     bool _started = false;
-    bool _interrupted = false;
+    int _interrupted = 0;
 };
+
+/** Prints an event on one line and flushes: as text with the local time, or as JSON with "time" in front. */
+void printEvent(std::ostream& out, const HostEvent& event, bool json);

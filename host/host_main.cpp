@@ -1,7 +1,7 @@
 #include <iostream>
 
 #include "host/commands.h"
-#include "host/input_error.h"
+#include "host/request.h"
 
 namespace {
 

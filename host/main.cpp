@@ -1,17 +1,202 @@
 // datacache-host: runs the cache from the command line.
 #include <dlfcn.h>
 
+#include <CLI/CLI.hpp>
+#include <filesystem>
 #include <iostream>
+#include <optional>
+#include <string>
 
-#include "host/command_line.h"
-#include "host/input_error.h"
-#include "host/library_loader.h"
+#include "host/request.h"
+
+namespace {
+
+/** A library of this project as built or installed beside the tool. */
+std::string ownLibrary(const char* name) {
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    for (const char* place : {"../lib", HOST_LIBRARY_FOLDER, "."}) {
+        const std::filesystem::path path = folder / place / name;
+        if (std::filesystem::exists(path, error)) return path.lexically_normal();
+    }
+    return name;  // wherever the dynamic linker finds it
+}
+
+void* load(const std::string& path, int flags) {
+    void* const library = dlopen(path.c_str(), flags);
+    if (library == nullptr) throw HostInputError(std::string("datacache-host: ") + dlerror());
+    return library;
+}
+
+/** Loads the shared object that provides vexlib, for all to use: `path`, or the simulated switch for an empty
+ * path. Returns dlopen's handle; throws HostInputError. */
+void* loadProvider(const std::string& path) {
+    const std::string chosen = path.empty() ? ownLibrary("libvexsim.so") : path;
+    void* const provider = load(chosen, RTLD_NOW | RTLD_GLOBAL);
+    if (dlsym(provider, "vex_IPConnect") == nullptr) {
+        throw HostInputError("datacache-host: " + chosen + " does not provide vexlib (no vex_IPConnect)");
+    }
+    return provider;
+}
+
+/** Loads the tool's own second half; see hostMain(). */
+void* loadHostCore() {
+    return load(ownLibrary("datacache-host-core.so"), RTLD_NOW | RTLD_LOCAL);
+}
+
+/** The command line, understood. */
+struct CommandLine {
+    HostRequest request;
+    std::string vexlib;  ///< path of the provider; empty for the simulated switch
+};
+
+constexpr const char* footer = R"(Examples:
+  datacache-host run --switch examples/blade-module.toml --scenario examples/blade-module.scenario.toml
+  datacache-host run --switch examples/blade-module.toml --for 2 --json
+  datacache-host show chassis --switch examples/blade-module.toml
+  datacache-host graph --switch examples/blade-module.toml | dot -Tsvg > fabric.svg
+  datacache-host zone --switch examples/blade-module.toml lock "create zone vault" commit
+  datacache-host config --switch examples/blade-module.toml edit "set Config.Services.TelnetEnable True" save
+
+On a switch, --vexlib names its management library.
+
+Exit status: 0 done; 1 not everything was up to date, or a statement was not carried out; 2 wrong usage or input;
+130 interrupted.
+The cache logs to /tmp/cim.out, and what is critical to /tmp/cim.crit.out as well.)";
+
+/** The statements of `zone` and `config` before they are understood. */
+struct StatementTexts {
+    std::vector<std::string> texts;
+    std::string script;
+};
+
+std::string isTime(const std::string& text) {
+    return secondsIn(text) ? "" : text + " is no number of seconds";
+}
+
+bool hasCommand(CLI::App& app, const std::string& name) {
+    return !app.get_subcommands([&](CLI::App* command) { return command->get_name() == name; }).empty();
+}
+
+void addCommonOptions(CLI::App& command, CommandLine& line) {
+    command.add_option("--switch", line.request.switchFile, "Switch file for the simulated switch")
+        ->type_name("FILE");
+    command
+        .add_option("--vexlib", line.vexlib,
+                    "Shared object that provides vexlib (default: the simulated switch)")
+        ->type_name("PATH");
+    command.add_flag("--json", line.request.json, "Print JSON, one object a line");
+    command
+        .add_option("--transcript", line.request.transcript, "Write the simulated switch's calls to a file")
+        ->type_name("FILE");
+}
+
+void addTimeout(CLI::App& command, HostRequest& request) {
+    command.add_option("--timeout", request.timeout, "Give up when the cache is not ready by then")
+        ->type_name("SECONDS")
+        ->check(isTime)
+        ->capture_default_str();
+}
+
+void addRun(CLI::App& app, CommandLine& line) {
+    CLI::App& run = *app.add_subcommand("run", "Print events as they come, and the cached state at the end");
+    addCommonOptions(run, line);
+    run.add_option("--scenario", line.request.scenario,
+                   "Scenario that the simulated switch plays; its end is the end")
+        ->type_name("FILE");
+    run.add_option("--for", line.request.seconds,
+                   "End after this time (default: at the scenario's end, or on Ctrl-C)")
+        ->type_name("SECONDS")
+        ->check(isTime);
+    run.final_callback([&line] { line.request.command = HostRequest::Run; });
+}
+
+void addShow(CLI::App& app, CommandLine& line) {
+    CLI::App& show = *app.add_subcommand("show", "Print one area of the cache, or all");
+    std::vector<std::string> names(std::begin(areaNames), std::end(areaNames));
+    names.emplace_back("all");
+    show.add_option("area", line.request.area, "The area")
+        ->required()
+        ->type_name("AREA")
+        ->check(CLI::IsMember(std::move(names)));
+    addCommonOptions(show, line);
+    addTimeout(show, line.request);
+    show.final_callback([&line] { line.request.command = HostRequest::Show; });
+}
+
+void addGraph(CLI::App& app, CommandLine& line) {
+    CLI::App& graph = *app.add_subcommand("graph", "Write the fabric as Graphviz DOT");
+    addCommonOptions(graph, line);
+    addTimeout(graph, line.request);
+    graph.final_callback([&line] { line.request.command = HostRequest::Graph; });
+}
+
+/** `zone` and `config`: a session of statements. */
+void addSession(CLI::App& app, CommandLine& line, StatementTexts& given, HostRequest::Command command,
+                const char* name, const char* what, const std::vector<StatementForm>& language) {
+    CLI::App& session = *app.add_subcommand(name, what);
+    session.add_option("statement", given.texts, "Statements, each one argument")->type_name("STATEMENT");
+    session.add_option("--script", given.script, "File with a statement a line, - for standard input")
+        ->type_name("FILE");
+    session.add_flag("--keep-going", line.request.keepGoing, "Go on after a statement that was not done");
+    addCommonOptions(session, line);
+    addTimeout(session, line.request);
+    session.footer("Statements:\n" + describe(language));
+    session.final_callback([&line, &given, &language, command] {
+        line.request.command = command;
+        if (!given.script.empty()) line.request.statements = parseScript(language, given.script);
+        for (const std::string& text : given.texts) {
+            line.request.statements.push_back(parseStatement(language, text, "datacache-host"));
+        }
+        if (line.request.statements.empty()) {
+            throw HostInputError("datacache-host: no statement given; see --help");
+        }
+    });
+}
+
+/**
+ * Reads the command line. Where there is nothing to run (help, or a mistake, which it has reported) it
+ * returns nothing and sets `status`. A mistake in a script throws HostInputError.
+ */
+std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
+    CLI::App app("Runs the switch cache as its host would, on a switch or on a simulated one.",
+                 "datacache-host");
+    app.set_version_flag("--version", "datacache-host " HOST_VERSION);
+    app.set_help_all_flag("--help-all", "Print the help of every command, and exit");
+    app.require_subcommand(1);
+    CommandLine line;
+    StatementTexts given;
+    addRun(app, line);
+    addShow(app, line);
+    addGraph(app, line);
+    addSession(app, line, given, HostRequest::Zone, "zone", "Edit the fabric's zoning", zoneLanguage());
+    addSession(app, line, given, HostRequest::Config, "config", "Edit the switch's configuration",
+               configLanguage());
+    app.footer(footer);  // after the commands, which would print it as well
+    if (argc > 1 && argv[1][0] != '-' && !hasCommand(app, argv[1])) {
+        throw HostInputError(std::string("datacache-host: no such command: ") + argv[1] +
+                             " (run, show, graph, zone or config; see --help)");
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        status = app.exit(error) == 0 ? EXIT_DONE : EXIT_WRONG_INPUT;
+        return std::nullopt;
+    }
+    return line;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     try {
         int status = EXIT_DONE;
         const std::optional<CommandLine> line = readCommandLine(argc, argv, status);
-        if (!line) return status;
+        if (!line) {
+            if (std::cout.flush()) return status;
+            std::cerr << "datacache-host: standard output cannot be written" << std::endl;
+            return EXIT_NOT_DONE;
+        }
         void* const provider = loadProvider(line->vexlib);
         const auto run = reinterpret_cast<decltype(&hostMain)>(dlsym(loadHostCore(), "hostMain"));
         return run(provider, line->request);

@@ -1,15 +1,21 @@
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "common/export.h"
 #include "host/statements.h"
 
+/** A wrong command line or a file that cannot be used; what() is one line for the user. */
+struct HostInputError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 /** Exit statuses of the tool. */
 enum ExitStatus {
     EXIT_DONE = 0,
-    EXIT_NOT_DONE = 1,  ///< the cache never became ready, or an edit was refused
+    EXIT_NOT_DONE = 1,  ///< something shown was not up to date, or an edit was refused
     EXIT_WRONG_INPUT = 2,
 };
 

@@ -1,37 +1,88 @@
+#include <algorithm>
 #include <iostream>
 #include <optional>
 
 #include "host/areas.h"
 #include "host/cache_reader.h"
 #include "host/commands.h"
-#include "host/event_print.h"
-#include "host/input_error.h"
+#include "host/event_queue.h"
+#include "host/request.h"
 
 namespace {
 
-void printEvents(Session& session, const HostRequest& request) {
-    for (const HostEvent& event : session.wait()) printEvent(std::cout, event, request.json);
+using Time = Session::Clock::time_point;
+
+/** Tells on standard error which areas are lost and which are back. */
+class Readiness {
+  public:
+    void see(const Session::State& state) {
+        if (!state.passed) return;
+        _passed = true;
+        for (const std::string& area : state.stale) {
+            if (!contains(_stale, area))
+                std::cerr << "datacache-host: not ready: " << staleReason(area) << std::endl;
+        }
+        for (const std::string& area : _stale) {
+            if (contains(state.stale, area)) continue;
+            std::cerr << "datacache-host: " << area << " is up to date again; "
+                      << (state.stale.empty() ? "ready" : "not ready: " + listed(state.stale)) << std::endl;
+        }
+        _stale = state.stale;
+        _ever = _ever || _stale.empty();
+    }
+
+    bool passed() const { return _passed; }
+    bool ready() const { return _ever && _stale.empty(); }
+
+    /** Why not, at the end. */
+    std::string reason() const {
+        return (_ever ? "the cache is not ready" : "the cache never became ready") +
+               (_stale.empty() ? "; no reading of the switch was complete"
+                               : "; not up to date: " + listed(_stale));
+    }
+
+  private:
+    static bool contains(const std::vector<std::string>& names, const std::string& name) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    }
+
+    bool _passed = false;
+    bool _ever = false;
+    std::vector<std::string> _stale;
+};
+
+/** Prints the events that came; returns whether one of them told of the fabric's switches. */
+bool printEvents(Session& session, const HostRequest& request) {
+    bool fabric = false;
+    for (const HostEvent& event : session.wait()) {
+        printEvent(std::cout, event, request.json);
+        const std::string name = event.fields.value("class", "");
+        fabric = fabric || name == "DCEventSwitchAdd" || name == "DCEventFabricChange";
+    }
+    return fabric;
 }
 
-/** Reads the accounts, which the cache does only for its host, and so has their events sent. */
-void readAccounts() {
-    const CacheReader cache;
-    cache->_getAcctInfo();
+/** What an interrupt leaves undone before the end that the user chose. */
+std::string remaining(const HostRequest& request) {
+    if (!request.scenario.empty()) return "the rest of the scenario";
+    return request.seconds > 0 ? "the rest of the time" : "";
 }
 
-/** Prints events until the end that the user chose; returns whether the cache was ever ready. */
-bool follow(Session& session, const HostRequest& request) {
-    const Session::Clock::time_point begin = Session::Clock::now();
-    bool ready = false;
+/** Prints events until the end that the user chose. */
+void follow(Session& session, const HostRequest& request, Readiness& readiness) {
+    const Time begin = Session::Clock::now();
     bool scenarioRuns = false;
     bool scenarioOver = false;
-    std::optional<Session::Clock::time_point> accountsRead;
-    while (!session.interrupted()) {
-        printEvents(session, request);
+    std::optional<Time> accountsRead;
+    while (!session.interrupted() && std::cout) {
+        const bool fabricChanged = printEvents(session, request);
         const Session::State state = session.state();
-        ready = ready || state.ready;
-        const Session::Clock::time_point now = Session::Clock::now();
+        readiness.see(state);
+        if (!accountsRead && session.started()) session.setUndone("reading the switch");
+        if ((state.passed && !accountsRead) || fabricChanged) checkDomainList();
+        const Time now = Session::Clock::now();
         if (state.passed && (!accountsRead || now - *accountsRead > std::chrono::seconds(1))) {
+            session.setUndone(remaining(request));
             readAccounts();
             accountsRead = now;
         }
@@ -45,28 +96,42 @@ bool follow(Session& session, const HostRequest& request) {
         }
         if (request.seconds > 0 && now - begin > std::chrono::duration<double>(request.seconds)) break;
     }
-    if (session.started()) {
-        readAccounts();
-        ready = ready || CacheReader()->isCacheReady();  // the loop may have ended in the middle of a pass
+}
+
+/** Prints the events that are left, and the cached state. */
+void showEnd(Session& session, const HostRequest& request, Readiness& readiness) {
+    if (!session.started()) return;
+    std::string undone = readiness.passed() ? remaining(request) : "reading the switch";
+    session.setUndone(undone + (undone.empty() ? "" : ", and ") + "showing the state");
+    if (!session.interrupted()) readAccounts();
+    const std::vector<Json> areas = readAreas("cached");
+    printEvents(session, request);  // the accounts' among them
+    {
+        const CacheReader cache;  // the loop may have ended in the middle of a pass
+        readiness.see({cache->_accountsOK, true, true, staleAreas(*cache)});
     }
-    printEvents(session, request);
-    return ready;
+    session.finish();
+    session.setUndone(readiness.passed() ? remaining(request) : undone);
+    printAreas(std::cout, areas, request.json);
 }
 
 }  // namespace
 
 int runCommand(Session& session, const HostRequest& request) {
-    int status = EXIT_NOT_DONE;
+    Readiness readiness;
+    int status = EXIT_DONE;
     try {
-        if (follow(session, request)) status = EXIT_DONE;
+        follow(session, request, readiness);
     } catch (const HostInputError& error) {  // a step of the scenario that the switch could not carry out
         std::cerr << error.what() << std::endl;
         status = EXIT_WRONG_INPUT;
     }
-    if (session.started()) showCachedState(std::cout, request.json);
-    if (status == EXIT_NOT_DONE) {
-        std::cerr << "datacache-host: the cache never became ready; "
-                  << (session.started() ? "not up to date: " + staleAreas() : "the switch was not reached")
+    if (std::cout) showEnd(session, request, readiness);
+    if (status == EXIT_DONE && !readiness.ready() && !session.interrupted()) {
+        status = EXIT_NOT_DONE;
+        std::cerr << "datacache-host: "
+                  << (session.started() ? readiness.reason()
+                                        : "the cache never became ready; the switch was not reached")
                   << std::endl;
     }
     return status;

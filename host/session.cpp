@@ -1,17 +1,72 @@
 #include "host/session.h"
 
+#include <dlfcn.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <iostream>
+#include <optional>
 #include <thread>
 
+#include "host/areas.h"
 #include "host/cache_reader.h"
-#include "host/input_error.h"
+#include "host/request.h"
+
+namespace {
+
+template <typename Function>
+void find(Function*& function, void* provider, const char* name) {
+    function = reinterpret_cast<Function*>(dlsym(provider, name));
+}
+
+/** Calls a control, whose last two arguments take its message. */
+template <typename Function, typename... Arguments>
+int32_t control(Function* function, Arguments... arguments) {
+    char message[1024] = "";
+    const int32_t result = function(arguments..., message, sizeof message);
+    if (result < 0) throw HostInputError(message);
+    return result;
+}
+
+}  // namespace
+
+SimulatedSwitch::SimulatedSwitch(void* provider) {
+    find(_loadSwitch, provider, "vexsim_load_switch");
+    find(_loadScenario, provider, "vexsim_load_scenario");
+    find(_startScenario, provider, "vexsim_start_scenario");
+    find(_waitScenario, provider, "vexsim_wait_scenario");
+    find(_writeTranscript, provider, "vexsim_write_transcript");
+    const bool complete = _loadScenario && _startScenario && _waitScenario && _writeTranscript;
+    if (_loadSwitch && !complete) {
+        throw HostInputError("datacache-host: this simulated switch is of another version");
+    }
+}
+
+void SimulatedSwitch::loadSwitch(const std::string& path) const {
+    control(_loadSwitch, path.c_str());
+}
+
+void SimulatedSwitch::loadScenario(const std::string& path) const {
+    control(_loadScenario, path.c_str());
+}
+
+void SimulatedSwitch::writeTranscript(const std::string& path) const {
+    control(_writeTranscript, path.c_str());
+}
+
+bool SimulatedSwitch::scenarioOver() const {
+    return control(_waitScenario, 0) == 1;
+}
 
 namespace {
 
 constexpr int retrySeconds = 10;  ///< the cache's own
+
+/** For how long the cache must be quiet before what is not up to date counts as that: a pass that was asked
+ * for begins within this time. */
+constexpr double quietSeconds = 0.2;
 
 sigset_t endingSignals() {
     sigset_t signals;
@@ -58,17 +113,27 @@ void Session::start() {
     // Every thread from now on inherits the mask, so that one thread alone sees the signals.
     const sigset_t signals = endingSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    std::thread([this, signals] {
-        for (int signal = 0;;) {
-            if (sigwait(&signals, &signal) == 0) _queue.interrupt();
-        }
-    }).detach();
+    setUndone("connecting to the switch");
+    std::thread([this] { watchSignals(); }).detach();
     _begin = Clock::now();
     std::thread([this] {
         DataCache::init();
         _queue.setStarted();  // before the first event, which may be the reason for an interrupt
         DataCache::start(EventQueue::callback);
     }).detach();
+}
+
+void Session::watchSignals() {
+    constexpr timespec grace{0, 500'000'000};
+    const sigset_t signals = endingSignals();
+    int signal = 0;
+    while (sigwait(&signals, &signal) != 0) {
+    }
+    _queue.interrupt(signal);
+    while (sigtimedwait(&signals, nullptr, &grace) == -1 && (_finishing || errno == EINTR)) {
+    }
+    if (_leaving.test_and_set()) return;
+    leaveInterrupted();
 }
 
 void Session::reportConnection() {
@@ -93,22 +158,38 @@ std::vector<HostEvent> Session::wait() {
     return events;
 }
 
-bool Session::waitReady(double seconds) {
-    while (!interrupted()) {
+bool Session::waitConnected(double seconds) {
+    const Clock::time_point begin = Clock::now();
+    while (!started() && !interrupted()) {
         wait();
-        if (state().ready) return true;
-        if (secondsSince(_begin) < seconds) continue;
-        std::cerr << "datacache-host: the cache was not ready in " << seconds << " s; "
-                  << (started() ? "not up to date: " + staleAreas() : "the switch was not reached")
-                  << " (see /tmp/cim.crit.out)" << std::endl;
+        if (started() || secondsSince(begin) < seconds) continue;
+        std::cerr << "datacache-host: the switch was not reached in " << seconds
+                  << " s (see /tmp/cim.crit.out)" << std::endl;
         return false;
     }
-    return false;
+    return !interrupted();
 }
 
-void Session::waitSettled() {
+bool Session::waitRead(double seconds) {
     const Clock::time_point begin = Clock::now();
-    while (!state().settled && secondsSince(begin) < 5 && !interrupted()) wait();
+    if (!waitConnected(seconds)) return false;
+    setUndone("reading the switch");
+    std::optional<Clock::time_point> quietSince;
+    while (!interrupted()) {
+        const State now = state();
+        if (!now.passed || !now.quiet) quietSince.reset();
+        if (now.passed && now.quiet && !quietSince) quietSince = Clock::now();
+        if (now.passed && now.settled) return true;
+        if (quietSince && secondsSince(*quietSince) > quietSeconds) return true;
+        if (secondsSince(begin) > seconds) {
+            if (now.passed) return true;
+            std::cerr << "datacache-host: the switch is still being read after " << seconds
+                      << " s; wait longer with --timeout" << std::endl;
+            return false;
+        }
+        wait();
+    }
+    return false;
 }
 
 Session::State Session::state() const {
@@ -118,30 +199,49 @@ Session::State Session::state() const {
     {
         const CacheReader cache;
         state.passed = cache->_accountsOK;  // the one result that every pass sets
-        state.ready = cache->isCacheReady();
         state.quiet = cache->_eventQueue.empty() && !wakeUpsPending();
         state.settled = state.quiet && !cache->workToDo();
+        if (state.passed) state.stale = staleAreas(*cache);
     }
     pthread_mutex_unlock(&access_mutex);
     return state;
 }
 
-void Session::leave(int status) const {
-    if (_simulator.available()) _simulator.writeTranscript("");
-    std::cerr.flush();
-    if (!std::cout.flush() && status == EXIT_DONE) status = EXIT_NOT_DONE;
-    _exit(status);
+void Session::setUndone(const std::string& what) {
+    const std::lock_guard<std::mutex> guard(_mutex);
+    _undone = what;
 }
 
-std::string staleAreas() {
-    const CacheReader cache;
-    const std::pair<const char*, bool> areas[] = {
-        {"switch", cache->_switchOK}, {"chassis", cache->_chassisOK}, {"blades", cache->_bladesOK},
-        {"ports", cache->_portsOK},   {"fabric", cache->_fabricOK},   {"zoning", cache->_zoningOK},
-    };
-    std::string names;
-    for (const auto& [name, good] : areas) {
-        if (!good) names += (names.empty() ? "" : ", ") + std::string(name);
+void Session::setHeld(const std::string& what) {
+    const std::lock_guard<std::mutex> guard(_mutex);
+    _held = what;
+}
+
+void Session::leaveInterrupted() {
+    const std::lock_guard<std::mutex> guard(_mutex);
+    std::cerr << "datacache-host: interrupted" << (_undone.empty() ? "" : "; left undone: " + _undone)
+              << (_held.empty() ? "" : "; the switch may still hold " + _held) << std::endl;
+    // Every line of output was flushed as it was printed, and every line of a transcript.
+    _exit(128 + _queue.interrupted());
+}
+
+void Session::leave(int status) {
+    finish();
+    errno = 0;
+    if (!std::cout.flush()) {
+        std::cerr << "datacache-host: standard output cannot be written"
+                  << (errno == 0 ? "" : std::string(": ") + std::strerror(errno)) << std::endl;
+        if (status == EXIT_DONE) status = EXIT_NOT_DONE;
     }
-    return names.empty() ? "none" : names;
+    try {
+        if (_simulator.available()) _simulator.writeTranscript("");
+    } catch (const HostInputError& error) {
+        std::cerr << error.what() << std::endl;
+        if (status == EXIT_DONE) status = EXIT_NOT_DONE;
+    }
+    if (_leaving.test_and_set()) {
+        for (;;) pause();
+    }
+    if (interrupted()) leaveInterrupted();
+    _exit(status);
 }

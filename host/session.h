@@ -1,12 +1,44 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "host/event_queue.h"
 #include "host/request.h"
-#include "host/simulated_switch.h"
+#include "simulator/vexsim.h"
+
+/**
+ * The controls of the simulated switch, where the provider of vexlib has them. A real library has none, and
+ * then only available() may be called.
+ */
+class SimulatedSwitch {
+  public:
+    /** Looks the controls up in the loaded library `provider`, which stays loaded. */
+    explicit SimulatedSwitch(void* provider);
+
+    bool available() const { return _loadSwitch != nullptr; }
+
+    /** A file that is malformed throws HostInputError with "FILE:LINE: message", and changes nothing. */
+    void loadSwitch(const std::string& path) const;
+    void loadScenario(const std::string& path) const;
+    /** Writes the transcript of all calls to a file from now on; with an empty path, completes it. */
+    void writeTranscript(const std::string& path) const;
+
+    void startScenario() const { _startScenario(); }
+    /** Whether the scenario is over and its notifications are delivered. Throws HostInputError for a step
+     * that could not be carried out. */
+    bool scenarioOver() const;
+
+  private:
+    decltype(&vexsim_load_switch) _loadSwitch;
+    decltype(&vexsim_load_scenario) _loadScenario;
+    decltype(&vexsim_start_scenario) _startScenario;
+    decltype(&vexsim_wait_scenario) _waitScenario;
+    decltype(&vexsim_write_transcript) _writeTranscript;
+};
 
 /**
  * The cache, run as a host runs it, and the main thread's view of it.
@@ -14,6 +46,10 @@
  * The cache connects on a thread of its own, because that can take for ever; the main thread waits in wait(),
  * says on standard error what it is waiting for, and hands out the events as they come. The cache cannot be
  * stopped, so a program with a session ends by leave().
+ *
+ * Ctrl-C is answered at once, whatever the main thread is doing: it has half a second to come to an end by
+ * itself, as it does unless it waits for the switch or for a pass that has the cache locked; then the thread
+ * that waits for signals ends the process. Either way the user is told what was left undone.
  */
 class Session {
   public:
@@ -28,34 +64,44 @@ class Session {
     /** Waits up to a tenth of a second for something to happen, and returns the events that came. */
     std::vector<HostEvent> wait();
 
-    /** Waits until every area of the cache is up to date. False when the time is up, which it then reports,
-     * or the user interrupted. Events that come meanwhile are dropped. */
-    bool waitReady(double seconds);
+    /** Waits until the switch is connected. False when the time is up, which it then reports, or the user
+     * interrupted. Events that come meanwhile are dropped. */
+    bool waitConnected(double seconds);
 
-    /** Waits until nothing is left to be done, at most 5 seconds: an area that cannot be read stays marked.
-     */
-    void waitSettled();
+    /** Waits until a pass has read the switch and nothing waits to be taken up: an area that is not up to
+     * date then stays so until a switch event comes. Otherwise as waitConnected(). */
+    bool waitRead(double seconds);
 
     /** The user asked for the end. */
-    bool interrupted() const { return _queue.interrupted(); }
+    bool interrupted() const { return _queue.interrupted() != 0; }
     bool started() const { return _queue.started(); }
 
-    /** What the cache says when nothing is using it; all false while a pass runs. */
+    /** What the cache says when nothing is using it; as it stands here while a pass runs. */
     struct State {
-        bool passed = false;   ///< the first pass is over, whatever came of it
-        bool ready = false;    ///< the last pass found every area up to date
-        bool quiet = false;    ///< no event and no wake-up waits to be taken up
-        bool settled = false;  ///< quiet, and no area is marked for update
+        bool passed = false;             ///< the first pass is over, whatever came of it
+        bool quiet = false;              ///< no event and no wake-up waits to be taken up
+        bool settled = false;            ///< quiet, and no area is marked for update
+        std::vector<std::string> stale;  ///< the areas whose last read failed
     };
     State state() const;
 
+    /** What the user is told was left undone, and what the switch still holds for this process, if an
+     * interrupt ends it now; empty for nothing. */
+    void setUndone(const std::string& what);
+    void setHeld(const std::string& what);
+
+    /** From here on the main thread waits for nobody, and an interrupt lets it finish. */
+    void finish() { _finishing = true; }
+
     const SimulatedSwitch& simulator() const { return _simulator; }
 
-    /** Completes the transcript and ends the process, without running destructors: the cache's threads are
-     * still there. */
-    [[noreturn]] void leave(int status) const;
+    /** Completes what was written and ends the process, without running destructors: the cache's threads are
+     * still there. After an interrupt the exit status tells of that. */
+    [[noreturn]] void leave(int status);
 
   private:
+    void watchSignals();
+    [[noreturn]] void leaveInterrupted();
     void reportConnection();
 
     SimulatedSwitch _simulator;
@@ -63,7 +109,10 @@ class Session {
     Clock::time_point _begin;
     int _notices = 0;  ///< times that the user was told that there is no connection
     bool _reported = false;
-};
 
-/** Names of the areas that are not up to date, with commas. Takes the access lock. */
-std::string staleAreas();
+    std::mutex _mutex;  ///< guards the two texts, which two threads use
+    std::string _undone;
+    std::string _held;
+    std::atomic<bool> _finishing{false};
+    std::atomic_flag _leaving = ATOMIC_FLAG_INIT;  ///< one thread ends the process
+};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,9 @@ struct Statement {
     std::vector<std::string> operands;  ///< what stood for alternatives and operands, in order
     std::string text;                   ///< as it was written
 };
+
+/** A time as the user writes it, such as "1.5"; nothing for what is no number from 0 to a million. */
+std::optional<double> secondsIn(const std::string& text);
 
 /** Understands one statement; `where` stands for it in the message of the HostInputError. */
 Statement parseStatement(const std::vector<StatementForm>& language, const std::string& text,
@@ -43,12 +47,12 @@ enum ZoneStatement {
     ZONE_ADD_MEMBER,
     ZONE_REMOVE_MEMBER,
     ZONE_REMOVE_EVERYWHERE,
-    ZONE_WAIT,
+    ZONE_WAIT,  ///< its operand is a time, which secondsIn() reads
 };
 const std::vector<StatementForm>& zoneLanguage();
 
 enum ConfigStatement {
-    CONFIG_EDIT,
+    CONFIG_EDIT = ZONE_WAIT + 1,  // so that no code is in both languages
     CONFIG_SET,
     CONFIG_GET,
     CONFIG_SAVE,

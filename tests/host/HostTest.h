@@ -74,6 +74,11 @@ name = "prod"
 zones = ["z1"]
 )";
 
+/** A fault that lasts, as a section of a switch file. */
+inline std::string faultOn(const std::string& function, const std::string& key, const std::string& effect) {
+    return "[[fault]]\nfunction = \"" + function + "\"\nkey = \"" + key + "\"\ntimes = 0\n" + effect + '\n';
+}
+
 class HostTest : public ::testing::Test {
   protected:
     const std::string switchFile = writeFile("switch.toml", switchText);

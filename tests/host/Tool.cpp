@@ -11,7 +11,7 @@
 #include <sstream>
 #include <system_error>
 
-Tool::Tool(const std::string& path, const std::vector<std::string>& arguments) {
+Tool::Tool(const std::string& path, const std::vector<std::string>& arguments, const char* outputFile) {
     std::istringstream emulator(EMULATOR);
     std::vector<std::string> words;
     for (std::string word; emulator >> word;) words.push_back(word);
@@ -29,6 +29,9 @@ Tool::Tool(const std::string& path, const std::vector<std::string>& arguments) {
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, fileno(_errors.get()), STDERR_FILENO);
+    if (outputFile != nullptr) {
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outputFile, O_WRONLY, 0);
+    }
     const int result = posix_spawnp(&_process, argv[0], &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     close(ends[1]);

@@ -10,8 +10,9 @@
 /** A program of this project that runs as a process of its own, under the emulator where there is one. */
 class Tool {
   public:
-    /** Starts it; `path` is that of the program. */
-    Tool(const std::string& path, const std::vector<std::string>& arguments);
+    /** Starts it; `path` is that of the program. Its output can go to a file instead. */
+    Tool(const std::string& path, const std::vector<std::string>& arguments,
+         const char* outputFile = nullptr);
     /** Kills it if it has not ended. */
     ~Tool();
     Tool(const Tool&) = delete;

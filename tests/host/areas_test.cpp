@@ -25,10 +25,12 @@ TEST_F(HostTest, EveryAreaShowsWhatTheSwitchHas) {
         std::vector<std::string> lines;
     } cases[] = {
         {"switch", {"  domain                3"}},
-        {"blades", {"       1  I/O blade  2 OK                                  3                0"}},
+        {"blades",
+         {"       1  I/O blade  2 OK                                  3                0",
+          "       0  -          -                                     0                0"}},
         {"ports",
-         {"        0  2000001122334455  2 OK                5 F               1  -            -           -",
-          "        1  2001001122334455  10 Stopped          5 F               1  -            -           "
+         {"        0  2000001122334455  2 OK                5 F   1 GL           -            -           -",
+          "        1  2001001122334455  10 Stopped          5 F   1 GL           -            -           "
           "-"}},
         {"fabric",
          {"         3  1000001122334455  yes    no             2                         0  no",

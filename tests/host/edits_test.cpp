@@ -21,7 +21,9 @@ TEST_F(HostTest, ZoningIsEditedUnderTheLockOnly) {
 }
 
 TEST_F(HostTest, AZoningSessionChangesTheSwitch) {
-    const std::string script = writeFile("session.zone", R"(# a session
+    const std::string script = writeFile("session.zone",
+                                         "\xEF\xBB\xBF"
+                                         R"(# a session
 lock
 create zone z2 acl
 
@@ -57,6 +59,16 @@ TEST_F(HostTest, AConfigurationSessionChangesTheSwitch) {
     Tool refused(HOST_TOOL, {"config", "--switch", switchFile, "set " + key + " True"});
     EXPECT_EQ(refused.finish(), 1);
     EXPECT_THAT(refused.output, Contains(HasSubstr("refused: there is no edit")));
+
+    const std::string keeping =
+        writeFile("keeping.toml",
+                  std::string(switchText) + faultOn("vex_smlSet", "Cmd.Switch.CancelAdmin", "result = 5"));
+    Tool kept(HOST_TOOL, {"config", "--switch", keeping, "edit", "set " + key + " True", "save"});
+    EXPECT_EQ(kept.finish(), 1);
+    EXPECT_THAT(kept.output,
+                ::testing::ElementsAre("edit: done", "set " + key + " True: done",
+                                       HasSubstr("save: done, but the switch did not take admin rights back"),
+                                       HasSubstr("give admin rights back: the switch refused")));
 
     Tool unsaved(HOST_TOOL, {"config", "--switch", switchFile, "edit", "set Config.No.Such 1"});
     EXPECT_EQ(unsaved.finish(), 1);

@@ -1,8 +1,10 @@
 #include "tests/host/HostTest.h"
 
+#include <chrono>
 #include <csignal>
 #include <nlohmann/json.hpp>
 #include <regex>
+#include <thread>
 
 using ::testing::AllOf;
 using ::testing::Contains;
@@ -69,16 +71,96 @@ TEST_F(HostTest, JsonIsOneObjectALine) {
     EXPECT_TRUE(pulled);
 }
 
-TEST_F(HostTest, AnInterruptEndsWithTheState) {
+TEST_F(HostTest, AnInterruptEndsARunWithTheState) {
     for (const int number : {SIGINT, SIGTERM}) {
         Tool tool(HOST_TOOL, {"run", "--switch", switchFile});
         std::string line;
         while (tool.readLine(line) && !ends(line, "DCEventDataCacheUpdateComplete")) {
         }
         tool.signal(number);
-        EXPECT_EQ(tool.finish(), 0) << tool.errors;
+        EXPECT_EQ(tool.finish(), 128 + number) << tool.errors;
+        EXPECT_THAT(tool.errors, ::testing::EndsWith("datacache-host: interrupted\n"));
         EXPECT_THAT(tool.output, AllOf(Contains("Switch"), Contains("Chassis")));
     }
+}
+
+TEST_F(HostTest, AnInterruptIsAnsweredAtOnceInEveryPhase) {
+    const std::string hang = "delay_ms = 600000";
+    const struct {
+        std::string function;  ///< what takes ten minutes
+        std::vector<std::string> arguments;
+        std::string undone;
+    } cases[] = {
+        {"vex_IPConnect", {"show", "ports"}, "connecting to the switch\n"},
+        {"vex_IPConnect", {"run"}, "connecting to the switch\n"},
+        {"vex_smlGetBatch", {"graph"}, "reading the switch\n"},
+        {"vex_smlGetBatch", {"run"}, "reading the switch, and showing the state\n"},
+        {"vex_smlGet", {"show", "properties"}, "showing properties\n"},
+        {"vex_smlSet",
+         {"config", "get Oper.Switch.WWN", "edit", "save"},
+         "edit (begun; what the switch made of it is not known), and 1 more; the switch may still hold admin "
+         "rights and an open edit\n"},
+        {"vex_smlSetBatch",
+         {"zone", "lock", "commit"},
+         "lock (begun; what the switch made of it is not known), and 1 more; the switch may still hold the "
+         "fabric's zoning lock"},
+        {"vex_smlSet", {"zone", "lock", "wait 600", "commit"}, "commit\n"},
+        {"vex_smlSet", {"run", "--for", "600"}, "the rest of the time\n"},
+    };
+    std::vector<std::unique_ptr<Tool>> tools;
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        std::vector<std::string> arguments = cases[i].arguments;
+        const std::string file =
+            writeFile("hang" + std::to_string(i) + ".toml", fullText + faultOn(cases[i].function, "*", hang));
+        arguments.insert(arguments.end(), {"--switch", file});
+        tools.push_back(std::make_unique<Tool>(HOST_TOOL, arguments));
+    }
+    std::this_thread::sleep_for(std::chrono::seconds(*EMULATOR == '\0' ? 1 : 8));  // until all hang
+    for (const auto& tool : tools) tool->signal(SIGINT);
+    const auto begin = std::chrono::steady_clock::now();
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        EXPECT_EQ(tools[i]->finish(), 128 + SIGINT) << cases[i].undone;
+        EXPECT_THAT(tools[i]->errors, HasSubstr("interrupted; left undone: " + cases[i].undone));
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+}
+
+TEST_F(HostTest, RunTellsLossAndReturnOfReadiness) {
+    const std::string lost = R"(
+[[step]]
+do = "fault"
+function = "vex_smlGetBatch"
+key = "Oper.Chassis.0.Fans"
+times = 0
+status = 1
+[[step]]
+do = "power_supply"
+index = 1
+state = "NotInstalled"
+)";
+    const std::string found = R"(
+[[step]]
+do = "clear_faults"
+after = "1s"
+[[step]]
+do = "power_supply"
+index = 1
+state = "Good"
+)";
+    for (const bool comesBack : {true, false}) {
+        const std::string steps = writeFile("loss.toml", lost + (comesBack ? found : ""));
+        Tool run(HOST_TOOL, {"run", "--switch", switchFile, "--scenario", steps});
+        EXPECT_EQ(run.finish(), comesBack ? 0 : 1);
+        EXPECT_THAT(run.errors, HasSubstr("not ready: chassis is not up to date"));
+        EXPECT_THAT(run.errors, HasSubstr(comesBack ? "chassis is up to date again; ready\n"
+                                                    : "the cache is not ready; not up to date: chassis\n"));
+    }
+    const std::string broken = writeFile(
+        "broken.toml", switchText + faultOn("vex_smlGetBatch", "Oper.Chassis.0.Fans", "status = 1"));
+    Tool never(HOST_TOOL, {"run", "--switch", broken, "--scenario", scenario});
+    EXPECT_EQ(never.finish(), 1);
+    EXPECT_THAT(never.errors, HasSubstr("never became ready; not up to date: chassis"));
+    EXPECT_THAT(never.output, AllOf(Contains("Switch"), Contains("  up to date      no")));
 }
 
 TEST_F(HostTest, RunReportsAccountsThatComeAndGo) {

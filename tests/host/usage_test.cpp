@@ -14,12 +14,12 @@ TEST_F(HostTest, WrongUsageAndInputStartNothing) {
         std::string message;
     } cases[] = {
         {{}, "subcommand"},
-        {{"fly"}, "subcommand"},
+        {{"fly"}, "no such command: fly"},
         {{"run", "--fly"}, "--fly"},
         {{"run"}, "needs --switch FILE"},
         {{"show", "--switch", switchFile}, "area"},
         {{"show", "wings", "--switch", switchFile}, "wings"},
-        {{"run", "--switch", switchFile, "--for", "soon"}, "--for"},
+        {{"run", "--switch", switchFile, "--for", "0.5s"}, "--for: 0.5s is no number of seconds\n"},
         {{"run", "--switch", malformed}, malformed + ":2: "},
         {{"run", "--switch", "/no/such/file"}, "/no/such/file"},
         {{"run", "--switch", switchFile, "--scenario", badStep}, badStep + ":2: "},
@@ -28,6 +28,9 @@ TEST_F(HostTest, WrongUsageAndInputStartNothing) {
         {{"zone", "--switch", switchFile, "lock", "fly away"}, "not understood: fly away"},
         {{"config", "--switch", switchFile, "--script", badScript},
          badScript + ":3: not understood: save all"},
+        {{"zone", "--switch", switchFile, "wait 1,5"}, "1,5 is no number of seconds"},
+        {{"zone", "--switch", switchFile, "wait nan"}, "nan is no number of seconds"},
+        {{"config", "--script", SCRATCH}, SCRATCH ": is a folder"},
         {{"config", "--script", "/no/such/script"}, "/no/such/script"},
         {{"run", "--vexlib", "/no/such/library.so"}, "/no/such/library.so"},
         {{"run", "--vexlib", "libm.so.6"}, "does not provide vexlib"},
@@ -66,23 +69,59 @@ TEST_F(HostTest, AConnectionThatComesLateIsTold) {
                 ::testing::ContainsRegex("yet; trying every 10 seconds\n.*connected after 1. s"));
 }
 
-TEST_F(HostTest, AnAreaThatCannotBeReadIsNamed) {
-    const std::string broken = writeFile("broken.toml", std::string(switchText) + R"(
-[[fault]]
-function = "vex_smlGetBatch"
-key = "Oper.Chassis.0.Fans"
-times = 0
-status = 1
-)");
-    Tool show(HOST_TOOL, {"show", "chassis", "--switch", broken, "--timeout", "0.3"});
-    EXPECT_EQ(show.finish(), 1);
-    EXPECT_THAT(show.errors, HasSubstr("not up to date: chassis"));
-    EXPECT_THAT(show.output, IsEmpty());
+TEST_F(HostTest, OutputThatCannotBeWrittenIsTold) {
+    for (const char* command : {"--help", "show"}) {
+        const std::string file = fullFile;
+        Tool tool(HOST_TOOL, {command, "switch", "--switch", file}, "/dev/full");
+        EXPECT_EQ(tool.finish(), 1) << command;
+        EXPECT_THAT(tool.errors, HasSubstr("standard output cannot be written"));
+    }
+}
 
-    Tool run(HOST_TOOL, {"run", "--switch", broken, "--scenario", scenario});
-    EXPECT_EQ(run.finish(), 1);
-    EXPECT_THAT(run.errors, HasSubstr("never became ready; not up to date: chassis"));
-    EXPECT_THAT(run.output, AllOf(Contains("Switch"), Contains("  up to date      no")));
+TEST_F(HostTest, AnAreaThatCannotBeReadHidesNoOther) {
+    const std::string broken = writeFile(
+        "broken.toml",
+        std::string(fullText) + faultOn("vex_smlGetBatch", "Oper.Chassis.0.PowerSupplies", "result = 5"));
+    const std::string key = "get Config.Services.TelnetEnable";
+    const struct {
+        std::vector<std::string> arguments;
+        bool good;
+        std::string line;  ///< of its output
+    } cases[] = {
+        {{"show", "ports"}, true, "  up to date  yes"},
+        {{"show", "accounts"}, true, "    admin"},
+        {{"graph"}, true, "graph fabric {"},
+        {{"zone", "wait 0"}, true, "wait 0: done"},
+        {{"config", key}, true, key + ": True"},
+        {{"show", "lsdb"}, true, "  records"},
+        {{"show", "chassis"}, false, "  up to date      no"},
+        {{"show", "all"}, false, "Lsdb"},
+    };
+    for (const auto& row : cases) {
+        std::vector<std::string> arguments = row.arguments;
+        arguments.insert(arguments.end(), {"--switch", broken});
+        Tool tool(HOST_TOOL, arguments);
+        EXPECT_EQ(tool.finish(), row.good ? 0 : 1) << row.line;
+        EXPECT_THAT(tool.output, Contains(row.line));
+        EXPECT_EQ(tool.errors,
+                  row.good ? "" : "datacache-host: chassis is not up to date (see /tmp/cim.out)\n");
+    }
+}
+
+TEST_F(HostTest, ADomainListThatIsFullIsTold) {
+    std::string text = switchText;
+    for (int domain = 100; domain < 164; ++domain) {
+        text += "[[fabric.switch]]\ndomain = " + std::to_string(domain) + "\nwwn = \"1000001122335" +
+                std::to_string(domain) + "\"\n";
+    }
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"show", "fabric"}, {"graph"}, {"run", "--for", "0.5"}}) {
+        std::vector<std::string> arguments = command;
+        arguments.insert(arguments.end(), {"--switch", writeFile("big.toml", text)});
+        Tool tool(HOST_TOOL, arguments);
+        EXPECT_EQ(tool.finish(), 0) << tool.errors;
+        EXPECT_THAT(tool.errors, HasSubstr("the fabric may be larger than what is shown"));
+    }
 }
 
 TEST_F(HostTest, AStepThatCannotBeCarriedOutIsWrongInput) {
