@@ -72,8 +72,7 @@ struct EventHealth {
 /** What the switch has and the cache has no room for, as of the last read; all 0 where it holds everything.
  */
 struct CapacityHealth {
-    /** The list of domains filled its value of 255 characters: switches are missing, the last may be wrong.
-     */
+    /** The list of domains filled its 255 characters: switches may be missing, and the last number cut. */
     bool domainListFull = false;
     uint32_t portEntriesBeyond = 0;  ///< port entries behind the first 256 of remote switches, in all
     uint32_t localPortsBeyond = 0;   ///< local ports behind the first 128

@@ -8,6 +8,10 @@ bool PortCache::isNull() const {
     return _wwn.isNull();
 }
 
+uint16_t PortCache::getPortIndex() const {
+    return _port_index;
+}
+
 std::string PortCache::getWwn() const {
     return isNull() ? std::string() : _wwn.tostring();
 }

@@ -16,6 +16,8 @@ class DC_EXPORT PortCache {
     PortCache(const Wwn& name, unsigned short index);
 
     bool isNull() const;
+    /** The index in the switch's list of ports. */
+    uint16_t getPortIndex() const;
     /** The port's name as 16 hexadecimal digits; empty for the null port. */
     std::string getWwn() const;
 

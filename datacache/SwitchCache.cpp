@@ -35,6 +35,18 @@ unsigned char SwitchCache::getStatus() const {
     return _status;
 }
 
+uint16_t SwitchCache::getPortCount() const {
+    return _port_count;
+}
+
+uint8_t SwitchCache::getManagementServerErrors() const {
+    return _mserver_errors;
+}
+
+bool SwitchCache::isManagementServerGivenUp() const {
+    return _mserver_timeout;
+}
+
 PortCache SwitchCache::getFirstPort() const {
     if (_port_base_wwn.isNull() || _port_count == 0) return {};
     return portOfRow(*this, 0);

@@ -31,6 +31,12 @@ class DC_EXPORT SwitchCache {
     std::string getWwn() const;
     bool isLocal() const;
     unsigned char getStatus() const;
+    /** Ports that are known, at most 256. */
+    uint16_t getPortCount() const;
+    /** How often the management server failed for this switch since it last answered well (modulo 256). */
+    uint8_t getManagementServerErrors() const;
+    /** Whether it failed for more than 10 seconds, after which the switch's ports are never read again. */
+    bool isManagementServerGivenUp() const;
 
     /** Walks the ports in the order of the rows; the null port at the end. The next port is found by index.
      */

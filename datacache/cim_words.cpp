@@ -45,8 +45,8 @@ constexpr Word kHardwareStatus[] = {{0, "unknown"}, {1, "good"}, {2, "bad"}, {3,
 constexpr Word kComponents[] = {
     {0, "none"}, {1, "fan"}, {2, "power supply"}, {3, "CPU blade"}, {4, "I/O blade"}};
 constexpr Word kTransceivers[] = {{0, "SFP"}, {1, "other"}, {2, "unknown"}};
-constexpr Word kMemberTypes[] = {{0, "unknown"}, {1, "wwn"},      {2, "domain,port"},
-                                 {3, "fcid"},    {4, "nodename"}, {5, "alias"}};
+constexpr Word kMemberTypes[] = {{0, "unknown"}, {1, "wwn"},  {2, "port"},
+                                 {3, "fcid"},    {4, "node"}, {5, "alias"}};
 constexpr Word kZoneTypes[] = {{1, "Soft"}, {2, "HardVPF"}, {3, "HardACL"}};
 
 template <size_t Size>

@@ -23,7 +23,8 @@ bool readDomains(uint32_t handle, std::string& list) {
     }
     list = batch.text(listKey);
     cim_log(CIM_LOG_TRACE, "DCACHE: LsdbRecordList: %s\n", list.c_str());
-    HealthMonitor::instance().domainList(list.size() >= VEX_SML_VALUE_SIZE - 1);
+    // A list is full when a comma and three digits more would not have fitted before the terminator.
+    HealthMonitor::instance().domainList(list.size() + 4 >= VEX_SML_VALUE_SIZE);
     return true;
 }
 

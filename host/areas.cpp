@@ -2,45 +2,105 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <iostream>
 #include <vector>
 
 #include "host/request.h"
 
+using namespace datacache;
+
 namespace {
 
-constexpr struct {
-    const char* name;
-    bool DataCache::*good;
-    bool DataCache::*marked;
-} areas[] = {
-    {"switch", &DataCache::_switchOK, &DataCache::_switchUpdate},
-    {"chassis", &DataCache::_chassisOK, &DataCache::_chassisUpdate},
-    {"blades", &DataCache::_bladesOK, &DataCache::_bladesUpdate},
-    {"ports", &DataCache::_portsOK, &DataCache::_portsUpdate},
-    {"fabric", &DataCache::_fabricOK, &DataCache::_fabricUpdate},
-    {"zoning", &DataCache::_zoningOK, &DataCache::_zoningUpdate},
-};
+/** Areas that the passes read. */
+constexpr CacheArea passAreas[] = {CacheArea::Switch, CacheArea::Chassis, CacheArea::Blades,
+                                   CacheArea::Ports,  CacheArea::Fabric,  CacheArea::Zoning};
+
+std::optional<CacheArea> areaOf(const std::string& name) {
+    for (size_t i = 0; i < kCacheAreas; ++i) {
+        if (name == cacheAreaName(static_cast<CacheArea>(i))) return static_cast<CacheArea>(i);
+    }
+    return std::nullopt;
+}
+
+std::string hexadecimal(int32_t status) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%x", static_cast<unsigned>(status));
+    return text;
+}
 
 }  // namespace
 
-bool upToDate(const DataCache& cache, const std::string& area) {
-    for (const auto& row : areas) {
-        if (area == row.name) return cache.*row.good && !(cache.*row.marked);
-    }
-    return true;
+bool upToDate(CacheArea area) {
+    return DataCache::health()[area].upToDate;
 }
 
-std::vector<std::string> staleAreas(const DataCache& cache) {
+std::vector<std::string> staleAreas(const Health& health) {
     std::vector<std::string> names;
-    for (const auto& row : areas) {
-        if (!(cache.*row.good)) names.emplace_back(row.name);
+    for (const CacheArea area : passAreas) {
+        if (health[area].reads == 0 || health[area].failuresInARow != 0)
+            names.emplace_back(cacheAreaName(area));
     }
     return names;
 }
 
-std::string staleReason(const std::string& area) {
-    return area + " is not up to date (see /tmp/cim.out)";
+std::string failureText(const ReadFailure& failure) {
+    const std::string place = failure.line == 0 ? ""
+                                                : std::string(", log line ") + failure.function + ':' +
+                                                      std::to_string(failure.line);
+    const std::string call = failure.call;
+    const std::string key = failure.key;
+    const std::string about = key.empty() ? call : key;
+    switch (failure.fault) {
+        case ReadFault::None:
+            return "";
+        case ReadFault::CallFailed: {
+            const std::string more =
+                failure.keys > 1 ? " and " + std::to_string(failure.keys - 1) + " more keys" : "";
+            return call + (key.empty() ? "" : " of " + key + more) + " failed with " +
+                   hexadecimal(failure.status) + place;
+        }
+        case ReadFault::KeyFailed:
+            return key + " has status " + hexadecimal(failure.status) + place;
+        case ReadFault::BadValue:
+            return about + " gave a value that cannot be used" + place;
+        case ReadFault::NoEnd:
+            return "the list has no end at " + about + place;
+        case ReadFault::Exception:
+            return "left by an exception" + (key.empty() ? "" : ": " + key);
+    }
+    return "";
+}
+
+std::string staleReason(const std::string& name) {
+    const std::optional<CacheArea> area = areaOf(name);
+    const Health health = DataCache::health();
+    std::string reason = name + " is not up to date";
+    if (!area) return reason;
+    const AreaHealth& state = health[*area];
+    if (state.failuresInARow != 0) return reason + ": " + failureText(state.lastFailure);
+    if (state.reads == 0) return reason + ": it was not read yet";
+    return reason + ": it changed since it was read";
+}
+
+void warnOfCapacity() {
+    static bool told[4];
+    const CapacityHealth capacity = DataCache::health().capacity;
+    const auto warn = [](bool& known, bool now, const std::string& text) {
+        if (now && !known) std::cerr << "datacache-host: " << text << std::endl;
+        known = now;
+    };
+    warn(
+        told[0], capacity.domainListFull,
+        "the fabric may be larger than what is shown: the switch's list of domains fills its 255 characters, "
+        "and its last number may be cut");
+    warn(told[1], capacity.portEntriesBeyond != 0,
+         std::to_string(capacity.portEntriesBeyond) +
+             " ports of other switches are not shown: the cache holds 256 a switch");
+    warn(told[2], capacity.localPortsBeyond != 0,
+         std::to_string(capacity.localPortsBeyond) + " local ports are not shown: the cache holds 128");
+    warn(told[3], capacity.slotsBeyond != 0,
+         std::to_string(capacity.slotsBeyond) + " slots are not shown: the cache holds 32");
 }
 
 std::string listed(const std::vector<std::string>& names) {
@@ -135,9 +195,9 @@ struct Area {
 };
 
 /** The areas, in the order of areaNames. */
-constexpr Area allAreas[] = {{switchArea}, {chassisArea},          {bladesArea},
-                             {portsArea},  {fabricArea},           {accountsArea},
-                             {zoningArea}, {propertiesArea, true}, {lsdbArea, true}};
+constexpr Area allAreas[] = {{switchArea},     {chassisArea},     {bladesArea}, {portsArea},
+                             {fabricArea},     {accountsArea},    {zoningArea}, {propertiesArea, true},
+                             {lsdbArea, true}, {healthArea, true}};
 static_assert(std::size(allAreas) == std::size(areaNames), "each area has its name");
 
 }  // namespace
@@ -151,6 +211,7 @@ bool isLive(const std::string& area) {
 
 std::vector<Json> readAreas(const std::string& names) {
     std::vector<Json> areas;
+    warnOfCapacity();
     for (size_t i = 0; i < std::size(allAreas); ++i) {
         const bool wanted =
             names == areaNames[i] || names == "all" || (names == "cached" && !allAreas[i].live);
@@ -166,11 +227,11 @@ bool printAreas(std::ostream& out, const std::vector<Json>& areas, bool json) {
         if (json) {
             out << jsonLine(area) << '\n';
         } else {
-            (name == "zoning" ? printZoning : printArea)(out, area);
+            (name == "zoning" ? printZoning : name == "health" ? printHealth : printArea)(out, area);
         }
         if (area.value("upToDate", true)) continue;
         good = false;
-        reportStale(name);
+        if (name != "health") reportStale(name);  // which names the areas itself
     }
     out.flush();
     return good;

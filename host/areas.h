@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "datacache/DataCache.h"
+#include "datacache/Health.h"
 #include "host/json_text.h"
 
 /** Whether what the area shows comes from the switch when it is shown, and needs no cache. */
@@ -30,9 +31,7 @@ void reportStale(const std::string& area);
 /**
  * Areas of the cache, each as one object of JSON that begins with "area". "upToDate" says whether the area's
  * last read succeeded and nothing has marked it for another one since.
- *
- * The tool is for diagnosis and shows more than the cache's getters tell, so it reads the cache's state
- * itself; each takes the access lock.
+ * Each takes the access lock.
  */
 Json switchArea();
 Json chassisArea();
@@ -45,9 +44,12 @@ Json accountsArea();
 /** Read from the switch, not from the cache. */
 Json propertiesArea();
 Json lsdbArea();
+/** What the cache knows of itself; waits for nothing. */
+Json healthArea();
 
-/** Zoning as a tree. */
+/** Zoning as a tree, and the health with its failures as one line each. */
 void printZoning(std::ostream& out, const Json& area);
+void printHealth(std::ostream& out, const Json& area);
 
 /**
  * Prints an area of the cache for a person.
@@ -61,26 +63,23 @@ void printArea(std::ostream& out, const Json& area);
 /** A name in camelCase as words: "powerSupplies" becomes "power supplies". */
 std::string wordsOf(const std::string& name);
 
-/**
- * Reads the switch's list of domains and warns, once, when it fills its value: the cache then knows a part of
- * the fabric only.
- */
-void checkDomainList();
-
-/** Whether that was so at the last check. */
-bool domainListFilled();
-
 /** Reads one key from the switch, past the cache; nothing when the switch does not give it. */
 std::optional<std::string> readKey(const std::string& key);
 
 /** Whether the area's last read succeeded and nothing has marked it for another one since. */
-bool upToDate(const DataCache& cache, const std::string& area) DC_REQUIRES(access_lock);
+bool upToDate(datacache::CacheArea area);
 
 /** The areas whose last read failed, in the order in which a pass reads them. */
-std::vector<std::string> staleAreas(const DataCache& cache) DC_REQUIRES(access_lock);
+std::vector<std::string> staleAreas(const datacache::Health& health);
 
-/** Why the area is not up to date, for a person: "chassis is not up to date (...)". */
+/** A failure for a person: "Oper.Chassis.0.Fans has status 0x5". */
+std::string failureText(const datacache::ReadFailure& failure);
+
+/** Why the area is not up to date, for a person: "chassis is not up to date: Oper.Chassis.0.Fans has ...". */
 std::string staleReason(const std::string& area);
+
+/** Says once on standard error that the switch has more than the cache can hold, or than it can tell. */
+void warnOfCapacity();
 
 /** Names with commas. */
 std::string listed(const std::vector<std::string>& names);

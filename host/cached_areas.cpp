@@ -2,69 +2,20 @@
 
 #include <algorithm>
 
-#include "datacache/ChassisState.h"
-#include "host/cache_reader.h"
+#include "datacache/CacheReader.h"
+#include "datacache/cim_words.h"
+
+using namespace datacache;
 
 namespace {
 
-struct Word {
-    uint16_t code;
-    const char* text;
-};
-
-constexpr Word operationalStatusWords[] = {
-    {0, "Unknown"},
-    {1, "Other"},
-    {2, "OK"},
-    {3, "Degraded"},
-    {4, "Stressed"},
-    {5, "Predictive Failure"},
-    {6, "Error"},
-    {7, "Non-Recoverable Error"},
-    {8, "Starting"},
-    {9, "Stopping"},
-    {10, "Stopped"},
-    {11, "In Service"},
-    {12, "No Contact"},
-    {13, "Lost Communication"},
-    {14, "Aborted"},
-    {15, "Dormant"},
-    {16, "Supporting Entity in Error"},
-    {17, "Completed"},
-    {18, "Power Mode"},
-    {32768, "Self test failed"},
-    {32769, "Management processor fault"},
-};
-
-constexpr Word hardwareStatusWords[] = {
-    {HARDWARE_UNKNOWN, "unknown"},
-    {HARDWARE_GOOD, "good"},
-    {HARDWARE_BAD, "bad"},
-    {HARDWARE_NOT_INSTALLED, "not installed"},
-};
-
-constexpr Word portTypeWords[] = {
-    {0, "unknown"},   {2, "G"},      {3, "GL"},     {4, "E"},      {5, "F"},      {6, "FL"},
-    {16000, "Donor"}, {16001, "TH"}, {16002, "TF"}, {16003, "TR"}, {16004, "PT"},
-};
-
-constexpr Word portHardwareWords[] = {{0, "unknown"}, {1, "GL"}, {2, "EXG"}};
-
-constexpr Word transceiverWords[] = {{0, "SFP"}, {1, "other"}, {2, "unknown"}};
-
-template <size_t Size>
-Json withWord(const Word (&words)[Size], uint16_t code) {
-    const char* text = "?";
-    for (const Word& word : words) {
-        if (word.code == code) text = word.text;
-    }
-    return {{"code", code}, {"text", text}};
+/** A value with its word: {"code": 2, "text": "OK"}. */
+Json withWord(CimValue what, uint16_t value) {
+    return {{"code", value}, {"text", cimWord(what, value)}};
 }
 
-/** A CIM OperationalStatus value with its word (DMTF CIM schema, CIM_ManagedSystemElement; 32768 and 32769
- * are this system's own): {"code": 2, "text": "OK"}. */
 Json operationalStatus(uint16_t value) {
-    return withWord(operationalStatusWords, value);
+    return withWord(CimValue::OperationalStatus, value);
 }
 
 /** A switch's list of such values. It ends with places for faults, in which 0 stands for none. */
@@ -77,28 +28,12 @@ Json switchStatus(const std::vector<uint16_t>& values) {
     return list;
 }
 
-Json hardwareStatus(uint16_t value) {
-    return withWord(hardwareStatusWords, value);
-}
-
-Json portType(uint16_t value) {
-    return withWord(portTypeWords, value);
-}
-
-Json portHardwareType(uint16_t value) {
-    return withWord(portHardwareWords, value);
-}
-
-Json transceiverFormat(uint16_t value) {
-    return withWord(transceiverWords, value);
-}
-
 /** Units that the chassis numbers from 1. */
 template <typename States>
 Json unitsOf(const States& states, uint16_t count) {
     Json units = Json::array();
     for (uint16_t i = 0; i < std::min(count, kMaxChassisParts); ++i) {
-        units.push_back({{"index", i + 1}, {"status", hardwareStatus(states[i])}});
+        units.push_back({{"index", i + 1}, {"status", withWord(CimValue::HardwareStatus, states[i])}});
     }
     return units;
 }
@@ -116,10 +51,10 @@ Json faultsOf(const std::vector<unsigned short>& values) {
 
 Json switchArea() {
     const CacheReader cache;
-    const SwitchState& state = cache->_switchState;
+    const SwitchState& state = cache.localSwitch();
     return {
         {"area", "switch"},
-        {"upToDate", upToDate(*cache, "switch")},
+        {"upToDate", upToDate(CacheArea::Switch)},
         {"wwn", state.switchWwn.tostring()},
         {"domain", cache->getRootSwitchDomainID()},
         {"operationalStatus", switchStatus(state.operationalStatus)},
@@ -131,10 +66,10 @@ Json switchArea() {
 
 Json chassisArea() {
     const CacheReader cache;
-    const ChassisState& state = cache->_chassisState;
+    const ChassisState& state = cache.chassis();
     return {
         {"area", "chassis"},
-        {"upToDate", upToDate(*cache, "chassis")},
+        {"upToDate", upToDate(CacheArea::Chassis)},
         {"faults", faultsOf(state.switchFaults)},
         {"powerSupplies", unitsOf(state.powerSupplyStatus, state.powerSupplyCount)},
         {"fans", unitsOf(state.fanStatus, state.fanCount)},
@@ -143,14 +78,13 @@ Json chassisArea() {
 
 Json bladesArea() {
     const CacheReader cache;
-    static constexpr const char* kinds[] = {"-", "fan", "power supply", "CPU blade", "I/O blade"};
-    const BladeState& state = cache->_bladeState;
+    const BladeState& state = cache.blades();
     Json slots = Json::array();
     for (uint16_t slot = 0; slot < std::min(state.slotCount, kMaxSlots); ++slot) {
         const uint16_t kind = state.kind[slot];
         slots.push_back({
             {"slot", slot},
-            {"kind", kind < std::size(kinds) ? kinds[kind] : "?"},
+            {"kind", kind == 0 ? "-" : cimWord(CimValue::ComponentKind, kind)},
             {"operationalStatus", kind == 0 ? Json() : operationalStatus(state.operStatus[slot])},
             {"temperatureSensors", state.tempSensors[slot]},
             {"voltageSensors", state.voltageSensors[slot]},
@@ -158,7 +92,7 @@ Json bladesArea() {
     }
     return {
         {"area", "blades"},
-        {"upToDate", upToDate(*cache, "blades")},
+        {"upToDate", upToDate(CacheArea::Blades)},
         {"slotCount", state.slotCount},
         {"slots", slots},
     };
@@ -166,8 +100,8 @@ Json bladesArea() {
 
 Json portsArea() {
     const CacheReader cache;
-    const PortState& state = cache->_portState;
-    const TransceiverState& media = cache->_transceivers;
+    const PortState& state = cache.ports();
+    const TransceiverState& media = cache.transceivers();
     const Wwn local = cache->getRootSwitchWorldWideName();
     Json ports = Json::array();
     for (uint16_t port = 0; port < kPortRows; ++port) {
@@ -177,16 +111,17 @@ Json portsArea() {
             {"index", port},
             {"wwn", cache->calcPortWorldWideName(local, port).tostring()},
             {"operationalStatus", operationalStatus(state.portStatus[port])},
-            {"type", portType(state.portType[port])},
-            {"hardwareType", portHardwareType(state.portHWType[port])},
-            {"transceiver", readable ? transceiverFormat(media.mediaFormat[port]) : Json()},
+            {"type", withWord(CimValue::PortType, state.portType[port])},
+            {"hardwareType", withWord(CimValue::PortHardwareType, state.portHWType[port])},
+            {"transceiver",
+             readable ? withWord(CimValue::TransceiverFormat, media.mediaFormat[port]) : Json()},
             {"vendorOui", readable ? Json(media.mediaVendorOUI[port]) : Json()},
             {"serialNumber", readable ? Json(media.mediaVendorSN[port]) : Json()},
         });
     }
     return {
         {"area", "ports"},
-        {"upToDate", upToDate(*cache, "ports")},
+        {"upToDate", upToDate(CacheArea::Ports)},
         {"portCount", state.portCount},
         {"ports", ports},
     };
@@ -194,7 +129,7 @@ Json portsArea() {
 
 Json fabricArea() {
     const CacheReader cache;
-    const FabricCache& fabric = cache->_fabric;
+    const FabricCache& fabric = cache.fabric();
     const Wwn principal = fabric.getFabricWorldWideName();
     Json switches = Json::array();
     for (const SwitchCache* one = fabric.getFirstSwitch(); one; one = fabric.getNextSwitch(one)) {
@@ -203,17 +138,17 @@ Json fabricArea() {
             {"wwn", one->getWwn()},
             {"local", one->isLocal()},
             {"principal", !principal.isNull() && one->getWorldWideName() == principal},
-            {"ports", one->_port_count},
-            {"managementServerErrors", one->_mserver_errors},
-            {"managementServerGivenUp", one->_mserver_timeout},
+            {"ports", one->getPortCount()},
+            {"managementServerErrors", one->getManagementServerErrors()},
+            {"managementServerGivenUp", one->isManagementServerGivenUp()},
         });
     }
     return {
         {"area", "fabric"},
-        {"upToDate", upToDate(*cache, "fabric")},
-        {"complete", !domainListFilled()},
+        {"upToDate", upToDate(CacheArea::Fabric)},
+        {"complete", !DataCache::health().capacity.domainListFull},
         {"name", principal.tostring()},
-        {"localSwitch", fabric._local_switch_wwn.tostring()},
+        {"localSwitch", cache->getRootSwitchWwn()},
         {"switches", switches},
     };
 }

@@ -8,7 +8,27 @@
 #include <string>
 #include <utility>
 
-#include "host/event_fields.h"
+#include "datacache/event_text.h"
+
+namespace {
+
+/** Puts the fields of an event into an object of JSON, under their names. */
+class JsonFields : public datacache::EventFields {
+  public:
+    explicit JsonFields(Json& fields) : _fields(fields) {}
+    void name(const char* field, const Wwn& value) override { _fields[field] = value.tostring(); }
+    void flag(const char* field, bool value) override { _fields[field] = value; }
+    void number(const char* field, uint16_t value) override { _fields[field] = value; }
+    void text(const char* field, const std::string& value) override { _fields[field] = value; }
+    void list(const char* field, const std::vector<unsigned short>& value) override {
+        _fields[field] = value;
+    }
+
+  private:
+    Json& _fields;
+};
+
+}  // namespace
 
 EventQueue& EventQueue::instance() {
     static auto* const queue = new EventQueue;
@@ -17,7 +37,10 @@ EventQueue& EventQueue::instance() {
 
 void EventQueue::callback(DataCacheEvent* event) {
     try {
-        HostEvent copy{{}, eventFields(*event)};
+        HostEvent copy{{}, datacache::eventText(*event), {{"type", event->type}}};
+        copy.fields["class"] = datacache::eventName(event->type);
+        JsonFields fields(copy.fields);
+        datacache::visitFields(*event, fields);
         clock_gettime(CLOCK_REALTIME, &copy.time);
         instance().add(std::move(copy));
     } catch (const std::exception&) {
@@ -84,6 +107,6 @@ void printEvent(std::ostream& out, const HostEvent& event, bool json) {
         line.update(event.fields);
         out << jsonLine(line) << std::endl;
     } else {
-        out << localTime(event.time, false) << "  " << eventLine(event.fields) << std::endl;
+        out << localTime(event.time, false) << "  " << event.text << std::endl;
     }
 }

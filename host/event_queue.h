@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <ostream>
+#include <string>
 #include <vector>
 
 #include "host/json_text.h"
@@ -11,8 +12,9 @@ class DataCacheEvent;
 
 /** An event of the cache, as it was when the callback ran. */
 struct HostEvent {
-    timespec time;  ///< CLOCK_REALTIME
-    Json fields;    ///< see eventFields()
+    timespec time;     ///< CLOCK_REALTIME
+    std::string text;  ///< as datacache::eventText() gives it
+    Json fields;       ///< "type", "class", "wwn" where there is one, and the class's own, in their order
 };
 
 /**

@@ -1,14 +1,14 @@
 #include "host/areas.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstdlib>
-#include <iostream>
 #include <set>
 
-#include "host/cache_reader.h"
+#include "datacache/CacheReader.h"
 #include "switchlib/NORV_Vex_Lib.h"
 #include "vexlib/vexlib.h"
+
+using namespace datacache;
 
 std::optional<std::string> readKey(const std::string& key) {
     char* value = nullptr;
@@ -19,42 +19,16 @@ std::optional<std::string> readKey(const std::string& key) {
     return text;
 }
 
-namespace {
-
-std::atomic<bool> filled{false};
-
-}  // namespace
-
-void checkDomainList() {
-    // A list is full when a comma and three digits more would not have fitted before the terminator.
-    constexpr size_t full = VEX_SML_VALUE_SIZE - 1 - 3;
-    const bool now = readKey("Oper.Eport.LsdbRecordList.255").value_or("").size() >= full;
-    if (filled.exchange(now) || !now) return;
-    std::cerr << "datacache-host: the fabric may be larger than what is shown: the switch's list of domains "
-                 "fills its 255 characters, and its last number may be cut"
-              << std::endl;
-}
-
-bool domainListFilled() {
-    return filled;
-}
-
-namespace {
-
-bool lastReadGood = false;  // used under the access lock
-
-}  // namespace
-
 void readAccounts() {
     const CacheReader cache;
-    lastReadGood = cache->_getAcctInfo();
+    cache->_getAcctInfo();
 }
 
 Json accountsArea() {
     const CacheReader cache;
     Json names = Json::array();
-    for (const std::string& name : cache->_accounts) names.push_back({{"name", name}});
-    return {{"area", "accounts"}, {"upToDate", lastReadGood}, {"accounts", names}};
+    for (const std::string& name : cache.accounts()) names.push_back({{"name", name}});
+    return {{"area", "accounts"}, {"upToDate", upToDate(CacheArea::Accounts)}, {"accounts", names}};
 }
 
 namespace {

@@ -36,7 +36,7 @@ struct HostRequest {
 
 /** The areas that the tool shows, in the order in which it prints them all. */
 constexpr const char* areaNames[] = {"switch",   "chassis", "blades",     "ports", "fabric",
-                                     "accounts", "zoning",  "properties", "lsdb"};
+                                     "accounts", "zoning",  "properties", "lsdb",  "health"};
 
 /**
  * The tool's second half, a shared object of its own: it is linked against libdatacache, whose calls to

@@ -3,7 +3,6 @@
 #include <optional>
 
 #include "host/areas.h"
-#include "host/cache_reader.h"
 #include "host/commands.h"
 #include "host/event_queue.h"
 #include "host/request.h"
@@ -51,15 +50,8 @@ class Readiness {
     std::vector<std::string> _stale;
 };
 
-/** Prints the events that came; returns whether one of them told of the fabric's switches. */
-bool printEvents(Session& session, const HostRequest& request) {
-    bool fabric = false;
-    for (const HostEvent& event : session.wait()) {
-        printEvent(std::cout, event, request.json);
-        const std::string name = event.fields.value("class", "");
-        fabric = fabric || name == "DCEventSwitchAdd" || name == "DCEventFabricChange";
-    }
-    return fabric;
+void printEvents(Session& session, const HostRequest& request) {
+    for (const HostEvent& event : session.wait()) printEvent(std::cout, event, request.json);
 }
 
 /** What an interrupt leaves undone before the end that the user chose. */
@@ -75,11 +67,11 @@ void follow(Session& session, const HostRequest& request, Readiness& readiness) 
     bool scenarioOver = false;
     std::optional<Time> accountsRead;
     while (!session.interrupted() && std::cout) {
-        const bool fabricChanged = printEvents(session, request);
-        const Session::State state = session.state();
+        printEvents(session, request);
+        const Session::State state = Session::state();
         readiness.see(state);
+        warnOfCapacity();
         if (!accountsRead && session.started()) session.setUndone("reading the switch");
-        if ((state.passed && !accountsRead) || fabricChanged) checkDomainList();
         const Time now = Session::Clock::now();
         if (state.passed && (!accountsRead || now - *accountsRead > std::chrono::seconds(1))) {
             session.setUndone(remaining(request));
@@ -105,11 +97,8 @@ void showEnd(Session& session, const HostRequest& request, Readiness& readiness)
     session.setUndone(undone + (undone.empty() ? "" : ", and ") + "showing the state");
     if (!session.interrupted()) readAccounts();
     const std::vector<Json> areas = readAreas("cached");
-    printEvents(session, request);  // the accounts' among them
-    {
-        const CacheReader cache;  // the loop may have ended in the middle of a pass
-        readiness.see({cache->_accountsOK, true, true, staleAreas(*cache)});
-    }
+    printEvents(session, request);    // the accounts' among them
+    readiness.see(Session::state());  // the loop may have ended in the middle of a pass
     session.finish();
     session.setUndone(readiness.passed() ? remaining(request) : undone);
     printAreas(std::cout, areas, request.json);

@@ -7,11 +7,10 @@
 #include <csignal>
 #include <cstring>
 #include <iostream>
-#include <optional>
 #include <thread>
 
+#include "datacache/DataCache.h"
 #include "host/areas.h"
-#include "host/cache_reader.h"
 #include "host/request.h"
 
 namespace {
@@ -64,24 +63,12 @@ namespace {
 
 constexpr int retrySeconds = 10;  ///< the cache's own
 
-/** For how long the cache must be quiet before what is not up to date counts as that: a pass that was asked
- * for begins within this time. */
-constexpr double quietSeconds = 0.2;
-
 sigset_t endingSignals() {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
     return signals;
-}
-
-/** Wake-ups of the evaluation thread that it has not taken up. */
-bool wakeUpsPending() DC_NO_THREAD_SAFETY_ANALYSIS {
-    pthread_mutex_lock(&eval_mutex);
-    const bool pending = eval_ready != 0;
-    pthread_mutex_unlock(&eval_mutex);
-    return pending;
 }
 
 double secondsSince(Session::Clock::time_point time) {
@@ -174,13 +161,9 @@ bool Session::waitRead(double seconds) {
     const Clock::time_point begin = Clock::now();
     if (!waitConnected(seconds)) return false;
     setUndone("reading the switch");
-    std::optional<Clock::time_point> quietSince;
     while (!interrupted()) {
         const State now = state();
-        if (!now.passed || !now.quiet) quietSince.reset();
-        if (now.passed && now.quiet && !quietSince) quietSince = Clock::now();
-        if (now.passed && now.settled) return true;
-        if (quietSince && secondsSince(*quietSince) > quietSeconds) return true;
+        if (now.passed && now.quiet) return true;
         if (secondsSince(begin) > seconds) {
             if (now.passed) return true;
             std::cerr << "datacache-host: the switch is still being read after " << seconds
@@ -192,18 +175,12 @@ bool Session::waitRead(double seconds) {
     return false;
 }
 
-Session::State Session::state() const {
+Session::State Session::state() {
+    const datacache::Health health = DataCache::health();
     State state;
-    // A pass can take long, and the main thread has events to print and an interrupt to see.
-    if (!started() || pthread_mutex_trylock(&access_mutex) != 0) return state;
-    {
-        const CacheReader cache;
-        state.passed = cache->_accountsOK;  // the one result that every pass sets
-        state.quiet = cache->_eventQueue.empty() && !wakeUpsPending();
-        state.settled = state.quiet && !cache->workToDo();
-        if (state.passed) state.stale = staleAreas(*cache);
-    }
-    pthread_mutex_unlock(&access_mutex);
+    state.passed = health.passes.count != 0;
+    state.quiet = DataCache::idle();
+    if (state.passed) state.stale = staleAreas(health);
     return state;
 }
 

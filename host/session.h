@@ -76,14 +76,13 @@ class Session {
     bool interrupted() const { return _queue.interrupted() != 0; }
     bool started() const { return _queue.started(); }
 
-    /** What the cache says when nothing is using it; as it stands here while a pass runs. */
+    /** What the cache says of itself; also while a pass runs. */
     struct State {
         bool passed = false;             ///< the first pass is over, whatever came of it
-        bool quiet = false;              ///< no event and no wake-up waits to be taken up
-        bool settled = false;            ///< quiet, and no area is marked for update
+        bool quiet = false;              ///< nothing waits to be taken up, and no pass runs
         std::vector<std::string> stale;  ///< the areas whose last read failed
     };
-    State state() const;
+    static State state();
 
     /** What the user is told was left undone, and what the switch still holds for this process, if an
      * interrupt ends it now; empty for nothing. */

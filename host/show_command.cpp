@@ -5,18 +5,21 @@
 #include <iostream>
 #include <set>
 
+#include "datacache/CacheReader.h"
 #include "host/areas.h"
-#include "host/cache_reader.h"
+
+using namespace datacache;
 
 namespace {
 
-Json portsOf(const DataCache& cache, const SwitchCache& owner) DC_REQUIRES(access_lock) {
+Json portsOf(const CacheReader& cache, const SwitchCache& owner) {
     Json ports = Json::array();
-    for (unsigned row = 0; row < std::min<unsigned>(owner._port_count, SwitchCache::kMaxPorts); ++row) {
-        const uint8_t index = owner._lsdb_port_index[row];
-        Json port{{"index", index}};
-        if (owner.isLocal()) port["status"] = cache._portState.portStatus[index];
-        ports.push_back(port);
+    PortCache port = owner.getFirstPort();
+    for (unsigned row = 0; row < owner.getPortCount(); ++row, port = owner.getNextPort(port)) {
+        const uint16_t index = port.getPortIndex();
+        Json one{{"index", index}};
+        if (owner.isLocal()) one["status"] = cache.ports().portStatus[index % kPortRows];
+        ports.push_back(one);
     }
     return ports;
 }
@@ -107,7 +110,7 @@ std::string doubts(const Json& graph) {
 Json fabricGraph() {
     const Json lsdb = lsdbArea();
     const CacheReader cache;
-    const FabricCache& fabric = cache->_fabric;
+    const FabricCache& fabric = cache.fabric();
     const Wwn principal = fabric.getFabricWorldWideName();
     Json switches = Json::array();
     std::set<int> domains;
@@ -117,17 +120,17 @@ Json fabricGraph() {
             {"wwn", one->getWwn()},
             {"local", one->isLocal()},
             {"principal", !principal.isNull() && one->getWorldWideName() == principal},
-            {"ports", portsOf(*cache, *one)},
+            {"ports", portsOf(cache, *one)},
         });
         domains.insert(one->getDomainID());
     }
     Json stale = Json::array();
-    for (const char* area : {"ports", "fabric"}) {
-        if (!upToDate(*cache, area)) stale.push_back(area);
+    for (const CacheArea area : {CacheArea::Ports, CacheArea::Fabric}) {
+        if (!upToDate(area)) stale.push_back(cacheAreaName(area));
     }
     return {{"name", principal.tostring()},
             {"notUpToDate", stale},
-            {"complete", !domainListFilled()},
+            {"complete", !DataCache::health().capacity.domainListFull},
             {"switches", switches},
             {"links", linksOf(lsdb, domains)}};
 }
@@ -153,11 +156,11 @@ void writeDot(std::ostream& out, const Json& graph) {
 }  // namespace
 
 int showCommand(Session& session, const HostRequest& request) {
-    const bool connected =
-        isLive(request.area) ? session.waitConnected(request.timeout) : session.waitRead(request.timeout);
-    if (!connected) return EXIT_NOT_DONE;
+    const bool health = request.area == "health";  // which is shown in any case: it says what is wrong
+    const bool wait = health || !isLive(request.area);
+    const bool read = wait ? session.waitRead(request.timeout) : session.waitConnected(request.timeout);
+    if (session.interrupted() || (!read && !health)) return EXIT_NOT_DONE;
     session.setUndone("showing " + request.area);
-    if (request.area == "fabric" || request.area == "all") checkDomainList();
     if (request.area == "accounts" || request.area == "all") readAccounts();
     const std::vector<Json> areas = readAreas(request.area);
     session.finish();
@@ -169,7 +172,7 @@ int showCommand(Session& session, const HostRequest& request) {
 int graphCommand(Session& session, const HostRequest& request) {
     if (!session.waitRead(request.timeout)) return EXIT_NOT_DONE;
     session.setUndone("writing the graph");
-    checkDomainList();
+    warnOfCapacity();
     const Json graph = fabricGraph();
     session.finish();
     if (request.json) {
