@@ -13,7 +13,7 @@ constexpr struct {
     const char* name;
     bool DataCache::*good;
     bool DataCache::*marked;
-} areas[] = {
+} areaFlags[] = {
     {"switch", &DataCache::_switchOK, &DataCache::_switchUpdate},
     {"chassis", &DataCache::_chassisOK, &DataCache::_chassisUpdate},
     {"blades", &DataCache::_bladesOK, &DataCache::_bladesUpdate},
@@ -25,7 +25,7 @@ constexpr struct {
 }  // namespace
 
 bool upToDate(const DataCache& cache, const std::string& area) {
-    for (const auto& row : areas) {
+    for (const auto& row : areaFlags) {
         if (area == row.name) return cache.*row.good && !(cache.*row.marked);
     }
     return true;
@@ -33,7 +33,7 @@ bool upToDate(const DataCache& cache, const std::string& area) {
 
 std::vector<std::string> staleAreas(const DataCache& cache) {
     std::vector<std::string> names;
-    for (const auto& row : areas) {
+    for (const auto& row : areaFlags) {
         if (!(cache.*row.good)) names.emplace_back(row.name);
     }
     return names;
