@@ -48,7 +48,7 @@ class ConfigSession {
 
     /** Admin rights stay when an edit could not be opened, or when they were refused back. */
     Outcome giveRightsBack() {
-        const Outcome outcome = simple(releaseAdminMode());
+        Outcome outcome = simple(releaseAdminMode());
         if (outcome.done) _session.setHeld("");
         return outcome;
     }

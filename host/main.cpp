@@ -188,6 +188,7 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what gets here is a lack of memory, which may end the program
 int main(int argc, char** argv) {
     try {
         int status = EXIT_DONE;

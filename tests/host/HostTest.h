@@ -11,6 +11,8 @@ wwn = "10:00:00:11:22:33:44:55"
 [chassis]
 power_supplies = ["Good", "Bad"]
 fans = 1
+[accounts]
+users = ["admin"]
 )";
 
 inline const char* const scenarioText = R"(
@@ -18,6 +20,9 @@ inline const char* const scenarioText = R"(
 do = "power_supply"
 index = 1
 state = "NotInstalled"
+[[step]]
+do = "account_add"
+name = "guest"
 [[step]]
 do = "switch_state"
 after = "50ms"
