@@ -10,6 +10,7 @@ DataCache* DataCache::instance = nullptr;
 
 DataCache::DataCache() {
     HealthMonitor::instance().reset();
+    _zoningCache._requestReload = [this] { reloadZoning(); };
 }
 
 DataCache::~DataCache() {

@@ -63,9 +63,7 @@ void DataCache::updateZoning() {
 
 void DataCache::reloadZoning() {
     const AccessGuard guard;
-    // The checksum alone would not force it: the switch may come to report this very number.
-    _zoningCache._prevInactiveChecksum = _zoningCache._inactiveChecksum + 1;
-    _zoningCache._configuredDue = true;
+    _zoningCache._markForReload();
     updateZoning();
     wakeEvaluation();
 }

@@ -2,7 +2,9 @@
 
 #include <string>
 
+#include "common/bounded_text.h"
 #include "switchlib/NORV_Vex_Lib.h"
+#include "zoning/ZoningOutcome.h"
 
 /** A group of commands to the switch, freed with the object. Without memory it sends nothing. */
 class CommandGroup {
@@ -22,8 +24,22 @@ class CommandGroup {
         if (vex_smlAddMsgGroupV(_group, "%s", command.c_str()) != 0) _group = nullptr;  // freed by the call
     }
     /** Sends the group: true when the switch carried out every command. */
-    bool send() { return _group != nullptr && vex_smlSetMsgGroup(_group) == 0; }
+    bool send() {
+        _result = _group == nullptr ? 0 : vex_smlSetMsgGroup(_group);
+        return _group != nullptr && _result == 0;
+    }
+    /** After a send that failed: the first command that was refused, or the call when it failed as a whole.
+     */
+    datacache::ZoningFailure failure() const {
+        for (int i = 0; i < _group->count; ++i) {
+            char* value = nullptr;
+            const uint32_t status = vex_smlGetResult(_group, i, &value);
+            if (status != 0) return {std::string(boundedText(_group->records[i].key)), status};
+        }
+        return {"vex_smlSetBatch", _result};
+    }
 
   private:
     vex_smlmsggroup_s* _group;
+    int32_t _result = 0;
 };

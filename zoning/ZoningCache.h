@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 
@@ -8,7 +9,18 @@
 #include "common/export.h"
 #include "common/thread_annotations.h"
 #include "vexlib/vexlib.h"
+#include "zoning/ZoningDatabase.h"
+#include "zoning/ZoningOutcome.h"
 #include "zoning/member_text.h"
+
+namespace datacache {
+
+/** How long the fabric's lock is good for, in seconds from ZoningCache::ZoningLock(). */
+constexpr long kZoningLockSeconds = 90;
+
+class ZoningSession;
+
+}  // namespace datacache
 
 /** What a zoneset is to the cache. */
 enum _ZoneSetTypes : int32_t {
@@ -40,16 +52,16 @@ struct ZoneSet {
  * uber zoneset and then repeated in the zonesets that hold one of the same name; which ones is each edit's
  * own affair.
  *
- * An editing session: ZoningLock() takes the fabric's lock; edits change the objects in memory alone; then
+ * To read it, take a copy with database(). To edit it, use a ZoningSession (zoning/ZoningSession.h): it
+ * locks, tells why something was refused, and cannot be left half done. It stands on the calls below, which a
+ * host may use as well: ZoningLock() takes the fabric's lock; edits change the objects in memory alone; then
  * replaceZoningDB() sends the whole database to the switch and gives the lock back in one go, or
  * ZoningUnlock() gives it up. Edits given up stay in the cache until the database is loaded anew. The edits
  * do not ask for the lock: ask LockIdOK() first. An edit that fails half-way is not undone.
  *
- * The map owns its zonesets. Handles that are handed out stay the cache's and are good for as long as the
- * caller holds the access lock. Names are texts of any length and content; what the switch library does not
- * accept gives a result code. A null name counts as an empty one.
- *
- * The members that begin with an underscore are public for the loader and for tests; a host stays out.
+ * Every call takes the access lock itself. The map owns its zonesets. Handles that are handed out stay the
+ * cache's and are good for as long as the caller holds the access lock. Names are texts of any length and
+ * content; what the switch library does not accept gives a result code. A null name counts as an empty one.
  */
 class DC_EXPORT ZoningCache {
   public:
@@ -59,61 +71,10 @@ class DC_EXPORT ZoningCache {
     ZoningCache(const ZoningCache&) = delete;
     ZoningCache& operator=(const ZoningCache&) = delete;
 
-    // ---- The zonesets ----
+    // ---- Reading ----
 
-    /**
-     * Takes a zoneset over: 0, or -1 when its name cannot be read or its key is taken; it then stays the
-     * caller's. An active or uber zoneset becomes the current one even then.
-     */
-    int addZoneset(void* handle, _ZoneSetTypes type) DC_TAKES(access_lock);
-    /**
-     * Removes and destroys the zoneset under the key that `handle` and `type` have, which need not be
-     * `handle` itself: 0, also when there was none, or -1 when the name cannot be read.
-     */
-    int delZoneset(void* handle, _ZoneSetTypes type) DC_TAKES(access_lock);
-    /** The zoneset under a key: an inactive one's name, "[ActiveZoneSetKey]" or "[UberZoneSetKey]"; or null.
-     * `type` is written when there is one; so in the next two. */
-    void* getZoneset(char* name, _ZoneSetTypes& type) DC_TAKES(access_lock);
-    /** Walks the zonesets in the order of their keys; null at the end. */
-    void* getFirstZoneset(_ZoneSetTypes& type) DC_TAKES(access_lock);
-    void* getNextZoneset(void* handle, _ZoneSetTypes& type) DC_TAKES(access_lock);
-    /** The current active and uber zoneset, or null. */
-    void* getActiveZoneset() DC_TAKES(access_lock);
-    void* getUberZoneset() DC_TAKES(access_lock);
-    bool isActiveZoneset(void* handle) DC_TAKES(access_lock);
-    bool isUberZoneset(void* handle) DC_TAKES(access_lock);
-    void clearActive() DC_TAKES(access_lock);
-    void clearInactive() DC_TAKES(access_lock);
-    void clearUber() DC_TAKES(access_lock);
-    void clearZoningCache() DC_TAKES(access_lock);
-    /** Writes the whole database to the log. */
-    void dump() DC_TAKES(access_lock);
-
-    // ---- Counts and limits; until the limits are read every check answers that the database is full ----
-
-    /** Counts, then reads the fabric's limits; false when these cannot be read. */
-    bool initZoningLimits() DC_TAKES(access_lock);
-    /** Counts the database anew: one call of the switch library for every zone, alias and zone member.
-     * Returns 1. */
-    int updateZoningCounts() DC_TAKES(access_lock);
-    /** Whether the database holds exactly its maximum: one loaded beyond the maximum is not full. */
-    bool zonesetLimitAtMax() DC_TAKES(access_lock);
-    bool zoneLimitAtMax() DC_TAKES(access_lock);
-    bool aliasLimitAtMax() DC_TAKES(access_lock);
-    bool memberLimitAtMax() DC_TAKES(access_lock);
-    /** Whether one container holds its maximum or more. */
-    bool zonesPerZonesetAtMax(void* zoneset) DC_REQUIRES(access_lock);
-    bool membersPerZoneAtMax(void* zone) DC_TAKES(access_lock);
-    bool membersPerAliasAtMax(void* alias) DC_REQUIRES(access_lock);
-
-    // ---- Conversions ----
-
-    /** From CIM_ZoneMembershipSettingData.ConnectivityMemberType; VEX_ZMT_UNKNOWN for other values. */
-    static vex_fzs_zonemember_type_e CIMMemberTypeToVexlib(int type) DC_TAKES(access_lock);
-    /** "Soft", "HardVPF", "HardACL" or "Invalid". */
-    static const char* vex_smlCnvFromVEXZoneType(vex_fzs_zone_type_e type) DC_TAKES(access_lock);
-    /** From the provider's zone type, 1 hard and 2 soft; 0 for other values. */
-    static vex_fzs_zone_type_e cnvCIMZoneTypeToVEX(int type) DC_TAKES(access_lock);
+    /** A copy of the database as values; one call of the switch library or more for every object of it. */
+    datacache::ZoningDatabase database() const DC_TAKES(access_lock);
 
     // ---- The fabric's lock ----
 
@@ -144,6 +105,8 @@ class DC_EXPORT ZoningCache {
     /** Removes a member from every zone and alias of the database. */
     uint32_t removeMember(vex_fzs_zonemember_type_e type, char* member) DC_TAKES(access_lock);
 
+    // ---- Commit ----
+
     /**
      * Replaces the switch's zoning configuration by the cache's, saves it, and gives the fabric's lock and
      * admin rights back, all in one command group. Returns 1 when the group was sent, even when the switch
@@ -153,22 +116,94 @@ class DC_EXPORT ZoningCache {
      */
     int replaceZoningDB() DC_TAKES(access_lock);
 
-    // ---- Load, as DataCache::_getZoningInfo() orders it; `handle` is the connection's ----
+    // ---- Counts and limits; until the limits are read every check answers that the database is full ----
+
+    /** Counts, then reads the fabric's limits; false when these cannot be read. */
+    bool initZoningLimits() DC_TAKES(access_lock);
+    /** Counts the database anew: one call of the switch library for every zone, alias and zone member.
+     * Returns 1. */
+    int updateZoningCounts() DC_TAKES(access_lock);
+    /** Whether the database holds exactly its maximum: one loaded beyond the maximum is not full. */
+    bool zonesetLimitAtMax() DC_TAKES(access_lock);
+    bool zoneLimitAtMax() DC_TAKES(access_lock);
+    bool aliasLimitAtMax() DC_TAKES(access_lock);
+    bool memberLimitAtMax() DC_TAKES(access_lock);
+    /** Whether one container holds its maximum or more. Of the three only the zone's takes the lock itself.
+     */
+    bool zonesPerZonesetAtMax(void* zoneset) DC_REQUIRES(access_lock);
+    bool membersPerZoneAtMax(void* zone) DC_TAKES(access_lock);
+    bool membersPerAliasAtMax(void* alias) DC_REQUIRES(access_lock);
+
+    // ---- Conversions ----
+
+    /** From CIM_ZoneMembershipSettingData.ConnectivityMemberType; VEX_ZMT_UNKNOWN for other values. */
+    static vex_fzs_zonemember_type_e CIMMemberTypeToVexlib(int type) DC_TAKES(access_lock);
+    /** "Soft", "HardVPF", "HardACL" or "Invalid". */
+    static const char* vex_smlCnvFromVEXZoneType(vex_fzs_zone_type_e type) DC_TAKES(access_lock);
+    /** From the provider's zone type, 1 hard and 2 soft; 0 for other values. */
+    static vex_fzs_zone_type_e cnvCIMZoneTypeToVEX(int type) DC_TAKES(access_lock);
+
+    // ---- The zonesets as objects of the switch library ----
+
+    /**
+     * Takes a zoneset over: 0, or -1 when its name cannot be read or its key is taken; it then stays the
+     * caller's. An active or uber zoneset becomes the current one even then.
+     */
+    int addZoneset(void* handle, _ZoneSetTypes type) DC_TAKES(access_lock);
+    /**
+     * Removes and destroys the zoneset under the key that `handle` and `type` have, which need not be
+     * `handle` itself: 0, also when there was none, or -1 when the name cannot be read.
+     */
+    int delZoneset(void* handle, _ZoneSetTypes type) DC_TAKES(access_lock);
+    /** The zoneset under a key: an inactive one's name, "[ActiveZoneSetKey]" or "[UberZoneSetKey]"; or null.
+     * `type` is written when there is one; so in the next two. */
+    void* getZoneset(char* name, _ZoneSetTypes& type) DC_TAKES(access_lock);
+    /** Walks the zonesets in the order of their keys; null at the end. */
+    void* getFirstZoneset(_ZoneSetTypes& type) DC_TAKES(access_lock);
+    void* getNextZoneset(void* handle, _ZoneSetTypes& type) DC_TAKES(access_lock);
+    /** The current active and uber zoneset, or null. */
+    void* getActiveZoneset() DC_TAKES(access_lock);
+    void* getUberZoneset() DC_TAKES(access_lock);
+    bool isActiveZoneset(void* handle) DC_TAKES(access_lock);
+    bool isUberZoneset(void* handle) DC_TAKES(access_lock);
+    /** These empty the cache, and change nothing on the switch. */
+    void clearActive() DC_TAKES(access_lock);
+    void clearInactive() DC_TAKES(access_lock);
+    void clearUber() DC_TAKES(access_lock);
+    void clearZoningCache() DC_TAKES(access_lock);
+    /** Writes the whole database to the log. */
+    void dump() DC_TAKES(access_lock);
+
+  private:
+    friend class DataCache;                 // orders the load, in _getZoningInfo()
+    friend class datacache::ZoningSession;  // reads why something failed, and what became of the lock and the
+                                            // database
+
+    // ---- Load; `handle` is the connection's ----
 
     /** Replaces the active zoneset by the switch's, which is none when `_activeZonesetName` is empty. */
-    void _loadActive(uint32_t handle) DC_REQUIRES(access_lock);
+    DC_HIDDEN void _loadActive(uint32_t handle) DC_REQUIRES(access_lock);
     /**
      * Replaces the inactive zonesets and the uber zoneset by the switch's. When it fails, what was read until
      * then stays, there is no uber zoneset, and the load stays due.
      */
-    bool _loadConfigured(uint32_t handle) DC_REQUIRES(access_lock);
+    DC_HIDDEN bool _loadConfigured(uint32_t handle) DC_REQUIRES(access_lock);
     /**
      * Removes the entry under the key of the active or the uber zoneset, current or not: it stays behind when
      * somebody added another one of its type, or null, in its place.
      */
-    void _dropEntry(_ZoneSetTypes type) DC_REQUIRES(access_lock);
+    DC_HIDDEN void _dropEntry(_ZoneSetTypes type) DC_REQUIRES(access_lock);
+    /** Has the next refresh load the configured part, whatever its checksum. */
+    DC_HIDDEN void _markForReload() DC_REQUIRES(access_lock);
+    /** Marks it for reload and asks the cache's owner to refresh: a session's edits are sent, or given up. */
+    DC_HIDDEN void _endEdits() DC_REQUIRES(access_lock);
 
-    // ---- State ----
+    DC_HIDDEN bool _isLoaded() const DC_REQUIRES(access_lock) {
+        return _uberZoneset != nullptr && !_configuredDue;
+    }
+    DC_HIDDEN bool _limitsRead() const DC_REQUIRES(access_lock);
+    /** Logs that a limit is reached, and notes it as the failure. Returns `full`. */
+    DC_HIDDEN bool _reached(bool full, datacache::ZoningLimit limit, int32_t number) DC_REQUIRES(access_lock);
 
     bool _lockHeld DC_GUARDED_BY(access_lock) = false;
     uint32_t _activeChecksum DC_GUARDED_BY(access_lock) = 0;  ///< as last read; so are the next two
@@ -177,8 +212,6 @@ class DC_EXPORT ZoningCache {
     uint32_t _prevActiveChecksum DC_GUARDED_BY(access_lock) = 1;  ///< of what is loaded; differs, so that the
     std::string _prevActiveZonesetName DC_GUARDED_BY(access_lock);  ///< first refresh loads
     uint32_t _prevInactiveChecksum DC_GUARDED_BY(access_lock) = 1;
-    /** The configured part must be loaded whatever its checksum: a load of it failed, or was asked for. */
-    bool _configuredDue DC_GUARDED_BY(access_lock) = false;
     std::string _lockId DC_GUARDED_BY(access_lock);                       ///< the client that holds the lock
     std::map<std::string, ZoneSet> _zonesets DC_GUARDED_BY(access_lock);  ///< owns the handles
     int32_t _zonesetCount DC_GUARDED_BY(access_lock) = 0;                 ///< inactive zonesets
@@ -189,4 +222,19 @@ class DC_EXPORT ZoningCache {
     int32_t _lockTime DC_GUARDED_BY(access_lock) = 0;  ///< uptime in seconds when the lock was taken
     void* _activeZoneset DC_GUARDED_BY(access_lock) = nullptr;
     void* _uberZoneset DC_GUARDED_BY(access_lock) = nullptr;
+
+    /** The configured part must be loaded whatever its checksum: a load of it failed, or was asked for. */
+    bool _configuredDue DC_GUARDED_BY(access_lock) = false;
+    /** How often the configured part, and with it every edit, was thrown away. */
+    uint32_t _generation DC_GUARDED_BY(access_lock) = 0;
+    /** Edits of a session stand in the database that were neither sent nor given up. */
+    bool _edited DC_GUARDED_BY(access_lock) = false;
+    /** How often the lock was asked for or given back; a session knows by it whether the lock is its own. */
+    uint32_t _lockChanges DC_GUARDED_BY(access_lock) = 0;
+    /** What stopped the last operation that failed. Whoever wants to know clears it first; it stays empty
+     * when memory was short. */
+    datacache::ZoningFailure _failure DC_GUARDED_BY(access_lock);
+    /** How the owner of the cache, which alone knows of passes, marks for reload and refreshes; may be empty.
+     */
+    std::function<void()> _requestReload DC_GUARDED_BY(access_lock);
 };

@@ -27,39 +27,54 @@ inline bool readName(int32_t (*getName)(void*, char*), void* object, std::string
     return true;
 }
 
+/** A call of the switch library with its name, for whoever has to tell that it failed. */
+template <typename Result, typename... Arguments>
+struct LibraryCall {
+    Result (*function)(Arguments...);
+    const char* name;
+
+    Result operator()(Arguments... arguments) const { return function(arguments...); }
+};
+
 /** The calls for one kind of container: zones or aliases. */
 struct ContainerCalls {
-    int32_t (*count)(void* zoneset);
-    void* (*list)(void* zoneset, int32_t index);
-    void* (*find)(void* zoneset, const char* name);
-    int32_t (*add)(void* zoneset, void* container);
-    int32_t (*remove)(void* zoneset, void* container);
-    int32_t (*destroy)(void** container);
-    int32_t (*getName)(void* container, char* name);
-    int32_t (*memberCount)(void* container);
-    void* (*listMembers)(void* container, int32_t index);
-    void* (*findMember)(void* container, vex_fzs_zonemember_type_e type, const vex_memberid_u* id);
-    int32_t (*addMember)(void* container, void* member);
-    int32_t (*deleteMember)(void* container, void* member);
+    LibraryCall<int32_t, void*> count;
+    LibraryCall<void*, void*, int32_t> list;
+    LibraryCall<void*, void*, const char*> find;
+    LibraryCall<int32_t, void*, void*> add;
+    LibraryCall<int32_t, void*, void*> remove;
+    LibraryCall<int32_t, void**> destroy;
+    LibraryCall<int32_t, void*, char*> getName;
+    LibraryCall<int32_t, void*> memberCount;
+    LibraryCall<void*, void*, int32_t> listMembers;
+    LibraryCall<void*, void*, vex_fzs_zonemember_type_e, const vex_memberid_u*> findMember;
+    LibraryCall<int32_t, void*, void*> addMember;
+    LibraryCall<int32_t, void*, void*> deleteMember;
 
     // Before the first load there is no uber zoneset; what a null handle does to the library nobody says.
     int32_t countIn(void* zoneset) const { return zoneset == nullptr ? 0 : count(zoneset); }
     void* findIn(void* zoneset, const char* name) const {
         return zoneset == nullptr ? nullptr : find(zoneset, name);
     }
-    bool addTo(void* zoneset, void* container) const {
-        return zoneset != nullptr && add(zoneset, container) == 0;
-    }
 };
 
+#define DC_NAMED(call) \
+    { call, #call }
+
 inline constexpr ContainerCalls zoneCalls = {
-    vex_ZonesetGetZoneCount, vex_ZonesetListZones, vex_ZonesetFindZone, vex_ZonesetAddZone,
-    vex_ZonesetRemoveZone,   vex_ZoneDestroy,      vex_ZoneGetName,     vex_ZoneGetMemberCount,
-    vex_ZoneListMembers,     vex_ZoneFindMember,   vex_ZoneAddMember,   vex_ZoneDeleteMember,
+    DC_NAMED(vex_ZonesetGetZoneCount), DC_NAMED(vex_ZonesetListZones),   DC_NAMED(vex_ZonesetFindZone),
+    DC_NAMED(vex_ZonesetAddZone),      DC_NAMED(vex_ZonesetRemoveZone),  DC_NAMED(vex_ZoneDestroy),
+    DC_NAMED(vex_ZoneGetName),         DC_NAMED(vex_ZoneGetMemberCount), DC_NAMED(vex_ZoneListMembers),
+    DC_NAMED(vex_ZoneFindMember),      DC_NAMED(vex_ZoneAddMember),      DC_NAMED(vex_ZoneDeleteMember),
 };
 
 inline constexpr ContainerCalls aliasCalls = {
-    vex_ZonesetGetAliasCount, vex_ZonesetListAliases,  vex_ZonesetFindAlias,   vex_ZonesetAddAlias,
-    vex_ZonesetRemoveAlias,   vex_ZoneAliasDestroy,    vex_ZoneAliasGetName,   vex_ZoneAliasGetMemberCount,
-    vex_ZoneAliasListMembers, vex_ZoneAliasFindMember, vex_ZoneAliasAddMember, vex_ZoneAliasDeleteMember,
+    DC_NAMED(vex_ZonesetGetAliasCount), DC_NAMED(vex_ZonesetListAliases),
+    DC_NAMED(vex_ZonesetFindAlias),     DC_NAMED(vex_ZonesetAddAlias),
+    DC_NAMED(vex_ZonesetRemoveAlias),   DC_NAMED(vex_ZoneAliasDestroy),
+    DC_NAMED(vex_ZoneAliasGetName),     DC_NAMED(vex_ZoneAliasGetMemberCount),
+    DC_NAMED(vex_ZoneAliasListMembers), DC_NAMED(vex_ZoneAliasFindMember),
+    DC_NAMED(vex_ZoneAliasAddMember),   DC_NAMED(vex_ZoneAliasDeleteMember),
 };
+
+#undef DC_NAMED

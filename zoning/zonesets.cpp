@@ -123,6 +123,7 @@ void ZoningCache::clearActive() {
 
 void ZoningCache::clearInactive() {
     const AccessGuard guard;
+    ++_generation;
     for (auto entry = _zonesets.begin(); entry != _zonesets.end();) {
         if (entry->second.type != ZONESET_INACTIVE) {
             ++entry;
@@ -136,6 +137,7 @@ void ZoningCache::clearInactive() {
 
 void ZoningCache::clearUber() {
     const AccessGuard guard;
+    ++_generation;
     if (_uberZoneset != nullptr) delZoneset(_uberZoneset, ZONESET_UBER);
     _uberZoneset = nullptr;
 }

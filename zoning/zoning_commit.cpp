@@ -6,26 +6,38 @@
 
 namespace {
 
-[[noreturn]] void inconsistent(int line) {
-    throw NORV_Except("ZoningCache", "replaceZoningDB", line, EXCEPT_CRITICAL, "Internal consistency error");
+/** What stops a commit, with the call of the switch library that failed. */
+struct Inconsistent : NORV_Except {
+    Inconsistent(int atLine, const char* failedCall)
+        : NORV_Except("ZoningCache", "replaceZoningDB", atLine, EXCEPT_CRITICAL,
+                      "Internal consistency error"),
+          call(failedCall) {}
+
+    const char* call;
+};
+
+/** Counts what an object holds. A count that fails is inconsistent: to send less would erase the rest. */
+int32_t counted(const LibraryCall<int32_t, void*>& count, void* object, int line) {
+    const int32_t result = count(object);
+    if (result < 0) throw Inconsistent(line, count.name);
+    return result;
 }
 
-/** A count that the library gave; throws NORV_Except where it failed: sending less would erase the rest. */
-int32_t counted(int32_t count, int line) {
-    if (count < 0) inconsistent(line);
-    return count;
+void* listed(const LibraryCall<void*, void*, int32_t>& list, void* owner, int32_t index, int line) {
+    void* object = list(owner, index);
+    if (object == nullptr) throw Inconsistent(line, list.name);
+    return object;
 }
 
-/** An object's name; throws NORV_Except for a null object and for one that does not tell its name. */
-std::string nameOf(int32_t (*getName)(void*, char*), void* object, int line) {
+std::string nameOf(const LibraryCall<int32_t, void*, char*>& getName, void* object, int line) {
     std::string name;
-    if (!readName(getName, object, name)) inconsistent(line);
+    if (!readName(getName.function, object, name)) throw Inconsistent(line, getName.name);
     return name;
 }
 
 void addMemberCommands(CommandGroup& group, const ContainerCalls& calls, void* container,
                        const std::string& prefix) {
-    const int32_t count = counted(calls.memberCount(container), __LINE__);
+    const int32_t count = counted(calls.memberCount, container, __LINE__);
     for (int32_t i = 0; i < count; ++i) {
         char text[256] = {};
         ZoneMemberToString(text, calls.listMembers(container, i));
@@ -34,22 +46,22 @@ void addMemberCommands(CommandGroup& group, const ContainerCalls& calls, void* c
 }
 
 void addAliasCommands(CommandGroup& group, void* uber) {
-    const int32_t count = counted(vex_ZonesetGetAliasCount(uber), __LINE__);
+    const int32_t count = counted(aliasCalls.count, uber, __LINE__);
     for (int32_t i = 0; i < count; ++i) {
-        void* alias = vex_ZonesetListAliases(uber, i);
-        const std::string prefix = "Cmd.Zoning.Alias." + nameOf(vex_ZoneAliasGetName, alias, __LINE__);
+        void* alias = listed(aliasCalls.list, uber, i, __LINE__);
+        const std::string prefix = "Cmd.Zoning.Alias." + nameOf(aliasCalls.getName, alias, __LINE__);
         group.add(prefix + ".Create");
         addMemberCommands(group, aliasCalls, alias, prefix);
     }
 }
 
 void addZoneCommands(CommandGroup& group, void* uber) {
-    const int32_t count = counted(vex_ZonesetGetZoneCount(uber), __LINE__);
+    const int32_t count = counted(zoneCalls.count, uber, __LINE__);
     for (int32_t i = 0; i < count; ++i) {
-        void* zone = vex_ZonesetListZones(uber, i);
-        const std::string prefix = "Cmd.Zoning.Zone." + nameOf(vex_ZoneGetName, zone, __LINE__);
+        void* zone = listed(zoneCalls.list, uber, i, __LINE__);
+        const std::string prefix = "Cmd.Zoning.Zone." + nameOf(zoneCalls.getName, zone, __LINE__);
         vex_fzs_zone_type_e type{};
-        if (vex_ZoneGetType(zone, &type) != 0) inconsistent(__LINE__);
+        if (vex_ZoneGetType(zone, &type) != 0) throw Inconsistent(__LINE__, "vex_ZoneGetType");
         group.add(prefix + ".Create");
         group.add(prefix + ".ZoneType." + ZoningCache::vex_smlCnvFromVEXZoneType(type));
         addMemberCommands(group, zoneCalls, zone, prefix);
@@ -57,12 +69,13 @@ void addZoneCommands(CommandGroup& group, void* uber) {
 }
 
 void addZonesetCommands(CommandGroup& group, void* zoneset) {
-    const std::string prefix = "Cmd.Zoning.ZoneSet." + nameOf(vex_ZonesetGetName, zoneset, __LINE__);
+    const std::string prefix =
+        "Cmd.Zoning.ZoneSet." + nameOf({vex_ZonesetGetName, "vex_ZonesetGetName"}, zoneset, __LINE__);
     group.add(prefix + ".Create");
-    const int32_t count = counted(vex_ZonesetGetZoneCount(zoneset), __LINE__);
+    const int32_t count = counted(zoneCalls.count, zoneset, __LINE__);
     for (int32_t i = 0; i < count; ++i) {
-        void* zone = vex_ZonesetListZones(zoneset, i);
-        group.add(prefix + ".AddZone." + nameOf(vex_ZoneGetName, zone, __LINE__));
+        void* zone = listed(zoneCalls.list, zoneset, i, __LINE__);
+        group.add(prefix + ".AddZone." + nameOf(zoneCalls.getName, zone, __LINE__));
     }
 }
 
@@ -83,9 +96,8 @@ int ZoningCache::replaceZoningDB() {
     CommandGroup group(30);
     if (!group.ok()) return 0;
     try {
-        // Without the uber zoneset nothing configured is loaded, and the commit would clear the switch's
-        // zoning.
-        if (_uberZoneset == nullptr) inconsistent(__LINE__);
+        // Without it nothing configured is loaded, and the commit would clear the switch's whole zoning.
+        if (_uberZoneset == nullptr) throw Inconsistent(__LINE__, "vex_fzsGetAllZonesAndAliases");
         group.add("Cmd.Zoning.EditConfig");
         group.add("Cmd.Zoning.ClearConfig");
         addAliasCommands(group, _uberZoneset);
@@ -96,14 +108,17 @@ int ZoningCache::replaceZoningDB() {
         group.add("Cmd.Zoning.SaveConfig");
         group.add("Cmd.Zoning.FabricUnlock.77");
         group.add("Cmd.Switch.RelAdmin");
-    } catch (const NORV_Except& error) {
+    } catch (const Inconsistent& error) {
         logException(error);
+        _failure = {error.call};
         return 0;
     }
     if (!group.ok()) return 0;
+    ++_lockChanges;
     // Required: after a success the lock still counts as held, though the group released it.
     if (!group.send()) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Zoning session failed\n");
+        _failure = group.failure();
         _lockHeld = false;
     }
     return 1;

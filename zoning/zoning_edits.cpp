@@ -5,6 +5,8 @@
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
 
+using datacache::ZoningFailure;
+
 namespace {
 
 /**
@@ -38,7 +40,23 @@ struct Database {
     ZoningCache& cache;
     void* uber;
     const std::map<std::string, ZoneSet>& zonesets;
+    ZoningFailure& failure;
 };
+
+/** Notes which call stopped an edit. */
+uint32_t failed(ZoningFailure& failure, const char* call, int32_t returned = 0,
+                uint32_t code = ZONING_FAILED) {
+    failure = {call, returned};
+    return code;
+}
+
+/** Makes a call that returns a status. */
+template <typename... Arguments>
+uint32_t attempt(ZoningFailure& failure, const LibraryCall<int32_t, Arguments...>& call,
+                 Arguments... arguments) {
+    const int32_t status = call(arguments...);
+    return status == 0 ? ZONING_DONE : failed(failure, call.name, status);
+}
 
 /**
  * Repeats `edit`, a function of a zoneset handle that gives a ZoningResult, in the entries that the rule
@@ -66,32 +84,24 @@ uint32_t repeatInContainers(const Database& database, const ContainerCalls& call
     });
 }
 
-// ---- Creation ----
-
-/** Adds a new zone or alias to the uber zoneset, which then owns it; destroys it where that fails. */
-bool addOrDestroy(const ContainerCalls& calls, void* uber, void* container) {
-    if (calls.addTo(uber, container)) return true;
-    calls.destroy(&container);
-    return false;
-}
-
-// ---- Removal ----
-
-uint32_t remove(const ContainerCalls& calls, void* zoneset, void* container) {
-    return calls.remove(zoneset, container) == 0 ? ZONING_DONE : ZONING_FAILED;
+/** Adds a new zone or alias to a zoneset, which then owns it; destroys it where that fails. */
+uint32_t addOrDestroy(ZoningFailure& failure, const ContainerCalls& calls, void* zoneset, void* container) {
+    const uint32_t result =
+        zoneset == nullptr ? ZONING_FAILED : attempt(failure, calls.add, zoneset, container);
+    if (result != ZONING_DONE) calls.destroy(&container);
+    return result;
 }
 
 uint32_t removeEverywhere(const Database& database, const ContainerCalls& calls, const EditRule& rule,
                           const char* name) {
     void* container = calls.findIn(database.uber, name);
     if (container == nullptr) return ZONING_NOT_FOUND;
-    const uint32_t result = remove(calls, database.uber, container);
+    const uint32_t result = attempt(database.failure, calls.remove, database.uber, container);
     if (result != ZONING_DONE) return result;
-    return repeatInContainers(database, calls, rule, name,
-                              [&](void* zoneset, void* copy) { return remove(calls, zoneset, copy); });
+    return repeatInContainers(database, calls, rule, name, [&](void* zoneset, void* copy) {
+        return attempt(database.failure, calls.remove, zoneset, copy);
+    });
 }
-
-// ---- Members ----
 
 /** A member as an edit names it. */
 struct MemberId {
@@ -99,22 +109,26 @@ struct MemberId {
     vex_memberid_u id = {};
 
     explicit MemberId(vex_fzs_zonemember_type_e memberType) : type(memberType) {}
-    bool parse(const char* text) { return vex_strToMemberIdentifier(given(text), type, &id) == 0; }
+    uint32_t parse(ZoningFailure& failure, const char* text) {
+        const int32_t status = vex_strToMemberIdentifier(given(text), type, &id);
+        if (status == 0) return ZONING_DONE;
+        return failed(failure, "vex_strToMemberIdentifier", status, ZONING_INVALID);
+    }
 };
 
 /** Adds a member of its own to a zone or alias. */
-uint32_t addTo(const ContainerCalls& calls, void* container, const MemberId& wanted) {
+uint32_t addTo(ZoningFailure& failure, const ContainerCalls& calls, void* container, const MemberId& wanted) {
     void* member = vex_MemberCreate(wanted.type, &wanted.id);
-    if (member == nullptr) return ZONING_FAILED;
-    if (calls.addMember(container, member) == 0) return ZONING_DONE;
-    vex_MemberDestroy(&member);
-    return ZONING_FAILED;
+    if (member == nullptr) return failed(failure, "vex_MemberCreate");
+    const uint32_t result = attempt(failure, calls.addMember, container, member);
+    if (result != ZONING_DONE) vex_MemberDestroy(&member);
+    return result;
 }
 
-uint32_t deleteFrom(const ContainerCalls& calls, void* container, const MemberId& wanted) {
+uint32_t deleteFrom(ZoningFailure& failure, const ContainerCalls& calls, void* container,
+                    const MemberId& wanted) {
     void* member = calls.findMember(container, wanted.type, &wanted.id);
-    if (member == nullptr) return ZONING_NOT_FOUND;
-    return calls.deleteMember(container, member) == 0 ? ZONING_DONE : ZONING_FAILED;
+    return member == nullptr ? ZONING_NOT_FOUND : attempt(failure, calls.deleteMember, container, member);
 }
 
 /** `atMax` asks whether the zone or alias is full. */
@@ -125,12 +139,14 @@ uint32_t addMember(const Database& database, const ContainerCalls& calls, const 
     if (container == nullptr) return ZONING_NOT_FOUND;
     if ((database.cache.*atMax)(container)) return ZONING_FAILED;
     MemberId wanted(type);
-    if (!wanted.parse(text)) return ZONING_INVALID;
-    if (calls.findMember(container, wanted.type, &wanted.id) != nullptr) return ZONING_EXISTS;
-    const uint32_t result = addTo(calls, container, wanted);
+    uint32_t result = wanted.parse(database.failure, text);
     if (result != ZONING_DONE) return result;
-    return repeatInContainers(database, calls, rule, name,
-                              [&](void*, void* copy) { return addTo(calls, copy, wanted); });
+    if (calls.findMember(container, wanted.type, &wanted.id) != nullptr) return ZONING_EXISTS;
+    result = addTo(database.failure, calls, container, wanted);
+    if (result != ZONING_DONE) return result;
+    return repeatInContainers(database, calls, rule, name, [&](void*, void* copy) {
+        return addTo(database.failure, calls, copy, wanted);
+    });
 }
 
 uint32_t removeMemberFrom(const Database& database, const ContainerCalls& calls, const EditRule& rule,
@@ -138,30 +154,31 @@ uint32_t removeMemberFrom(const Database& database, const ContainerCalls& calls,
     void* container = calls.findIn(database.uber, name);
     if (container == nullptr) return ZONING_NOT_FOUND;
     MemberId wanted(type);
-    if (!wanted.parse(text)) return ZONING_INVALID;
-    const uint32_t result = deleteFrom(calls, container, wanted);
+    uint32_t result = wanted.parse(database.failure, text);
+    if (result != ZONING_DONE) return result;
+    result = deleteFrom(database.failure, calls, container, wanted);
     if (result != ZONING_DONE) return result;
     // Required: a copy without the member stops the edit with ZONING_NOT_FOUND; the uber zoneset stays
     // changed.
-    return repeatInContainers(database, calls, rule, name,
-                              [&](void*, void* copy) { return deleteFrom(calls, copy, wanted); });
+    return repeatInContainers(database, calls, rule, name, [&](void*, void* copy) {
+        return deleteFrom(database.failure, calls, copy, wanted);
+    });
 }
 
 /** Deletes the member from each zone, or each alias, of a zoneset; a deletion that fails is only logged. */
-uint32_t purge(const ContainerCalls& calls, void* zoneset, const MemberId& wanted, const char* failure) {
+uint32_t purge(ZoningFailure& failure, const ContainerCalls& calls, void* zoneset, const MemberId& wanted,
+               const char* complaint) {
     const int32_t count = calls.count(zoneset);
     for (int32_t i = 0; i < count; ++i) {
         void* container = calls.list(zoneset, i);
-        if (container == nullptr) return ZONING_FAILED;
+        if (container == nullptr) return failed(failure, calls.list.name);
         void* member = calls.findMember(container, wanted.type, &wanted.id);
         if (member == nullptr) continue;
         const int32_t result = calls.deleteMember(container, member);
-        if (result != 0) cim_log(CIM_LOG_TRACE, "DCACHE: %s, result = %d\n", failure, result);
+        if (result != 0) cim_log(CIM_LOG_TRACE, "DCACHE: %s, result = %d\n", complaint, result);
     }
     return ZONING_DONE;
 }
-
-// ---- The zones of a zoneset ----
 
 /** The name of a copy until it gets the zone's own: no zone of a user has it, as names begin with a letter.
  */
@@ -174,11 +191,11 @@ uint32_t ZoningCache::createZoneAlias(char* name) {
     if (aliasLimitAtMax()) return ZONING_FAILED;
     if (aliasCalls.findIn(_uberZoneset, given(name)) != nullptr) return ZONING_EXISTS;
     void* alias = vex_ZoneAliasCreate(given(name));
-    if (alias == nullptr)
-        return ZONING_FAILED;  // Required: a bad name is no ZONING_INVALID here, as for a zone.
-    if (!addOrDestroy(aliasCalls, _uberZoneset, alias)) return ZONING_FAILED;
-    updateZoningCounts();
-    return ZONING_DONE;
+    // Required: a bad name is ZONING_FAILED here, where a zone's is ZONING_INVALID.
+    if (alias == nullptr) return failed(_failure, "vex_ZoneAliasCreate");
+    const uint32_t result = addOrDestroy(_failure, aliasCalls, _uberZoneset, alias);
+    if (result == ZONING_DONE) updateZoningCounts();
+    return result;
 }
 
 uint32_t ZoningCache::createZone(char* name, vex_fzs_zone_type_e type) {
@@ -186,14 +203,15 @@ uint32_t ZoningCache::createZone(char* name, vex_fzs_zone_type_e type) {
     if (zoneLimitAtMax()) return ZONING_FAILED;
     if (zoneCalls.findIn(_uberZoneset, given(name)) != nullptr) return ZONING_EXISTS;
     void* zone = vex_ZoneCreate(given(name));
-    if (zone == nullptr) return ZONING_INVALID;
-    if (vex_ZoneSetType(zone, type) != 0) {
+    if (zone == nullptr) return failed(_failure, "vex_ZoneCreate", 0, ZONING_INVALID);
+    const int32_t typed = vex_ZoneSetType(zone, type);
+    if (typed != 0) {
         vex_ZoneDestroy(&zone);
-        return ZONING_FAILED;
+        return failed(_failure, "vex_ZoneSetType", typed);
     }
-    if (!addOrDestroy(zoneCalls, _uberZoneset, zone)) return ZONING_FAILED;
-    updateZoningCounts();
-    return ZONING_DONE;
+    const uint32_t result = addOrDestroy(_failure, zoneCalls, _uberZoneset, zone);
+    if (result == ZONING_DONE) updateZoningCounts();
+    return result;
 }
 
 uint32_t ZoningCache::createZoneset(char* name) {
@@ -201,24 +219,24 @@ uint32_t ZoningCache::createZoneset(char* name) {
     if (zonesetLimitAtMax()) return ZONING_FAILED;
     _ZoneSetTypes type = ZONESET_INACTIVE;
     if (getZoneset(name, type) != nullptr) return ZONING_EXISTS;
-    if (vex_ZonesetTestName(given(name)) != 0) return ZONING_INVALID;
+    const int32_t tested = vex_ZonesetTestName(given(name));
+    if (tested != 0) return failed(_failure, "vex_ZonesetTestName", tested, ZONING_INVALID);
     void* zoneset = vex_ZonesetCreate(given(name));
-    if (zoneset == nullptr) return ZONING_FAILED;
-    if (addZoneset(zoneset, ZONESET_INACTIVE) != 0) {
-        vex_ZonesetDestroy(&zoneset);
-        return ZONING_FAILED;
-    }
-    return ZONING_DONE;
+    if (zoneset == nullptr) return failed(_failure, "vex_ZonesetCreate");
+    if (addZoneset(zoneset, ZONESET_INACTIVE) == 0) return ZONING_DONE;
+    vex_ZonesetDestroy(&zoneset);
+    return failed(_failure, "vex_ZonesetGetName");
 }
 
 uint32_t ZoningCache::removeZone(char* name) {
     const AccessGuard guard;
-    return removeEverywhere({*this, _uberZoneset, _zonesets}, zoneCalls, kRemoveZone, given(name));
+    return removeEverywhere({*this, _uberZoneset, _zonesets, _failure}, zoneCalls, kRemoveZone, given(name));
 }
 
 uint32_t ZoningCache::removeZoneAlias(char* name) {
     const AccessGuard guard;
-    return removeEverywhere({*this, _uberZoneset, _zonesets}, aliasCalls, kRemoveZoneAlias, given(name));
+    return removeEverywhere({*this, _uberZoneset, _zonesets, _failure}, aliasCalls, kRemoveZoneAlias,
+                            given(name));
 }
 
 uint32_t ZoningCache::removeZoneset(char* name) {
@@ -227,41 +245,43 @@ uint32_t ZoningCache::removeZoneset(char* name) {
     void* zoneset = getZoneset(name, type);
     if (zoneset == nullptr) return ZONING_NOT_FOUND;
     // With the type that it was found with: by its own name, a bracketed key would remove another zoneset.
-    return delZoneset(zoneset, type) == 0 ? ZONING_DONE : ZONING_FAILED;
+    return delZoneset(zoneset, type) == 0 ? ZONING_DONE : failed(_failure, "vex_ZonesetGetName");
 }
 
 uint32_t ZoningCache::addMemberToZone(char* zone, vex_fzs_zonemember_type_e type, char* member) {
     const AccessGuard guard;
-    return addMember({*this, _uberZoneset, _zonesets}, zoneCalls, kAddMemberToZone, given(zone), type, member,
-                     &ZoningCache::membersPerZoneAtMax);
+    return addMember({*this, _uberZoneset, _zonesets, _failure}, zoneCalls, kAddMemberToZone, given(zone),
+                     type, member, &ZoningCache::membersPerZoneAtMax);
 }
 
 uint32_t ZoningCache::addMemberToZoneAlias(char* alias, vex_fzs_zonemember_type_e type, char* member) {
     const AccessGuard guard;
-    return addMember({*this, _uberZoneset, _zonesets}, aliasCalls, kAddMemberToZoneAlias, given(alias), type,
-                     member, &ZoningCache::membersPerAliasAtMax);
+    return addMember({*this, _uberZoneset, _zonesets, _failure}, aliasCalls, kAddMemberToZoneAlias,
+                     given(alias), type, member, &ZoningCache::membersPerAliasAtMax);
 }
 
 uint32_t ZoningCache::removeMemberFromZone(char* zone, vex_fzs_zonemember_type_e type, char* member) {
     const AccessGuard guard;
-    return removeMemberFrom({*this, _uberZoneset, _zonesets}, zoneCalls, kRemoveMemberFromZone, given(zone),
-                            type, member);
+    return removeMemberFrom({*this, _uberZoneset, _zonesets, _failure}, zoneCalls, kRemoveMemberFromZone,
+                            given(zone), type, member);
 }
 
 uint32_t ZoningCache::removeMemberFromZoneAlias(char* alias, vex_fzs_zonemember_type_e type, char* member) {
     const AccessGuard guard;
-    return removeMemberFrom({*this, _uberZoneset, _zonesets}, aliasCalls, kRemoveMemberFromZoneAlias,
-                            given(alias), type, member);
+    return removeMemberFrom({*this, _uberZoneset, _zonesets, _failure}, aliasCalls,
+                            kRemoveMemberFromZoneAlias, given(alias), type, member);
 }
 
 uint32_t ZoningCache::removeMember(vex_fzs_zonemember_type_e type, char* member) {
     const AccessGuard guard;
+    const Database database{*this, _uberZoneset, _zonesets, _failure};
     MemberId wanted(type);
-    if (!wanted.parse(member)) return ZONING_INVALID;
-    return repeat({*this, _uberZoneset, _zonesets}, kRemoveMember, [&](void* zoneset) -> uint32_t {
-        const uint32_t result = purge(zoneCalls, zoneset, wanted, "Deletion failed");
+    const uint32_t parsed = wanted.parse(database.failure, member);
+    if (parsed != ZONING_DONE) return parsed;
+    return repeat(database, kRemoveMember, [&](void* zoneset) {
+        const uint32_t result = purge(database.failure, zoneCalls, zoneset, wanted, "Deletion failed");
         if (result != ZONING_DONE) return result;
-        return purge(aliasCalls, zoneset, wanted, "Alias Deletion failed");
+        return purge(database.failure, aliasCalls, zoneset, wanted, "Alias Deletion failed");
     });
 }
 
@@ -275,12 +295,14 @@ uint32_t ZoningCache::addZoneToZoneset(char* zoneset, char* zone) {
     void* original = zoneCalls.findIn(_uberZoneset, given(zone));
     if (original == nullptr) return ZONING_NOT_FOUND;
     void* copy = vex_ZoneCreateCopy(original, kTemporaryName);
-    if (copy == nullptr) return ZONING_FAILED;
-    if (vex_ZoneSetName(copy, given(zone)) != 0 || !zoneCalls.addTo(target, copy)) {
+    if (copy == nullptr) return failed(_failure, "vex_ZoneCreateCopy");
+    const int32_t named = vex_ZoneSetName(copy, given(zone));
+    if (named != 0) {
         vex_ZoneDestroy(&copy);
-        return ZONING_FAILED;
+        return failed(_failure, "vex_ZoneSetName", named);
     }
-    return ZONING_DONE;  // without counting anew: the counts are of the uber zoneset, which did not change
+    // Without counting anew: the counts are of the uber zoneset, which does not change.
+    return addOrDestroy(_failure, zoneCalls, target, copy);
 }
 
 uint32_t ZoningCache::removeZoneFromZoneset(char* zoneset, char* zone) {
@@ -290,5 +312,5 @@ uint32_t ZoningCache::removeZoneFromZoneset(char* zoneset, char* zone) {
     if (target == nullptr) return ZONING_NOT_FOUND;
     void* found = zoneCalls.findIn(target, given(zone));
     if (found == nullptr) return ZONING_NOT_FOUND;
-    return remove(zoneCalls, target, found);
+    return attempt(_failure, zoneCalls.remove, target, found);
 }

@@ -6,6 +6,8 @@
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
 
+using datacache::ZoningLimit;
+
 namespace {
 
 /** Adds counts from outside, whose sum may pass 32 bits; it then wraps. */
@@ -26,6 +28,29 @@ int32_t membersThroughAliases(void* uber, void* zone, int32_t members) {
         if (alias != nullptr) sum = plus(sum, vex_ZoneAliasGetMemberCount(alias));
     }
     return sum;
+}
+
+const char* logName(ZoningLimit limit) {
+    switch (limit) {
+        case ZoningLimit::Zonesets:
+            return "Zoneset";
+        case ZoningLimit::Zones:
+            return "Zone";
+        case ZoningLimit::Aliases:
+            return "Zone alias";
+        case ZoningLimit::Members:
+            return "Member";
+        case ZoningLimit::ZonesPerZoneset:
+            return "Zones per zoneset";
+        case ZoningLimit::MembersPerZone:
+            return "Members per zone";
+        case ZoningLimit::MembersPerAlias:
+            return "Members per alisa";  // "alisa" has always been in this line; readers of logs search for
+                                         // it
+        case ZoningLimit::None:
+            break;
+    }
+    return "";
 }
 
 }  // namespace
@@ -63,57 +88,55 @@ bool ZoningCache::initZoningLimits() {
     return vex_fzsGetZoningLimitations(hSwitch, &_limits) == 0;
 }
 
+bool ZoningCache::_limitsRead() const {
+    const vex_fzs_limits_s& l = _limits;
+    return l.max_zonesets != 0 || l.max_zones != 0 || l.max_members != 0 || l.max_zones_per_zoneset != 0 ||
+           l.max_members_per_zone != 0 || l.max_aliases != 0 || l.max_members_per_alias != 0;
+}
+
+bool ZoningCache::_reached(bool full, ZoningLimit limit, int32_t number) {
+    if (!full) return false;
+    cim_log(CIM_LOG_TRACE, "DCACHE: %s maximum of %d reached\n", logName(limit), number);
+    _failure = {"", 0, limit, number};
+    return true;
+}
+
 // Required: the four limits of the whole database are at their maximum only when they are met exactly, and
 // log the count; the three of one container also when they are passed, and log the limit. A database that was
 // loaded beyond a maximum can therefore still grow.
 
 bool ZoningCache::zonesetLimitAtMax() {
     const AccessGuard guard;
-    const bool full = _zonesetCount == _limits.max_zonesets;
-    if (full) cim_log(CIM_LOG_TRACE, "DCACHE: Zoneset maximum of %d reached\n", _zonesetCount);
-    return full;
+    return _reached(_zonesetCount == _limits.max_zonesets, ZoningLimit::Zonesets, _zonesetCount);
 }
 
 bool ZoningCache::zoneLimitAtMax() {
     const AccessGuard guard;
-    const bool full = _zoneCount == _limits.max_zones;
-    if (full) cim_log(CIM_LOG_TRACE, "DCACHE: Zone maximum of %d reached\n", _zoneCount);
-    return full;
+    return _reached(_zoneCount == _limits.max_zones, ZoningLimit::Zones, _zoneCount);
 }
 
 bool ZoningCache::aliasLimitAtMax() {
     const AccessGuard guard;
-    const bool full = _aliasCount == _limits.max_aliases;
-    if (full) cim_log(CIM_LOG_TRACE, "DCACHE: Zone alias maximum of %d reached\n", _aliasCount);
-    return full;
+    return _reached(_aliasCount == _limits.max_aliases, ZoningLimit::Aliases, _aliasCount);
 }
 
 bool ZoningCache::memberLimitAtMax() {
     const AccessGuard guard;
-    const bool full = _memberCount == _limits.max_members;
-    if (full) cim_log(CIM_LOG_TRACE, "DCACHE: Member maximum of %d reached\n", _memberCount);
-    return full;
+    return _reached(_memberCount == _limits.max_members, ZoningLimit::Members, _memberCount);
 }
 
 bool ZoningCache::zonesPerZonesetAtMax(void* zoneset) {
     const int32_t most = _limits.max_zones_per_zoneset;
-    const bool full = vex_ZonesetGetZoneCount(zoneset) >= most;
-    if (full) cim_log(CIM_LOG_TRACE, "DCACHE: Zones per zoneset maximum of %d reached\n", most);
-    return full;
+    return _reached(vex_ZonesetGetZoneCount(zoneset) >= most, ZoningLimit::ZonesPerZoneset, most);
 }
 
 bool ZoningCache::membersPerZoneAtMax(void* zone) {
     const AccessGuard guard;
     const int32_t most = _limits.max_members_per_zone;
-    const bool full = vex_ZoneGetMemberCount(zone) >= most;
-    if (full) cim_log(CIM_LOG_TRACE, "DCACHE: Members per zone maximum of %d reached\n", most);
-    return full;
+    return _reached(vex_ZoneGetMemberCount(zone) >= most, ZoningLimit::MembersPerZone, most);
 }
 
 bool ZoningCache::membersPerAliasAtMax(void* alias) {
     const int32_t most = _limits.max_members_per_alias;
-    const bool full = vex_ZoneAliasGetMemberCount(alias) >= most;
-    // "alisa" has always been in this line, and readers of logs search for it.
-    if (full) cim_log(CIM_LOG_TRACE, "DCACHE: Members per alisa maximum of %d reached\n", most);
-    return full;
+    return _reached(vex_ZoneAliasGetMemberCount(alias) >= most, ZoningLimit::MembersPerAlias, most);
 }

@@ -50,6 +50,18 @@ void ZoningCache::_loadActive(uint32_t handle) {
     give(*this, zoneset, ZONESET_ACTIVE);
 }
 
+void ZoningCache::_markForReload() {
+    // The checksum alone would not force it: the switch may come to report this very number.
+    _prevInactiveChecksum = _inactiveChecksum + 1;
+    _configuredDue = true;
+}
+
+void ZoningCache::_endEdits() {
+    _edited = false;
+    _markForReload();
+    if (_requestReload) _requestReload();
+}
+
 bool ZoningCache::_loadConfigured(uint32_t handle) {
     _configuredDue = true;  // until all of it is here
     clearInactive();

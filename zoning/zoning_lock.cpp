@@ -4,14 +4,10 @@
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
 
-namespace {
-
-constexpr long kLockSeconds = 90;
-
-}  // namespace
-
 int ZoningCache::ZoningLock(char* lockId) {
     const AccessGuard guard;
+    ++_lockChanges;
+    datacache::ZoningFailure failure;
     {
         CommandGroup group(2);
         if (!group.ok()) return 0;
@@ -23,20 +19,24 @@ int ZoningCache::ZoningLock(char* lockId) {
             _lockId = given(lockId);
             return 1;
         }
+        failure = group.failure();
     }
     _lockId.clear();
     _lockHeld = false;
     ZoningUnlock();  // gives admin rights back, which the first command may have obtained
+    _failure = failure;
     return 0;
 }
 
 int ZoningCache::ZoningUnlock() {
     const AccessGuard guard;
+    ++_lockChanges;
     CommandGroup group(2);
     if (!group.ok()) return 0;
     group.add("Cmd.Zoning.FabricUnlock.77");
     group.add("Cmd.Switch.RelAdmin");
     const bool released = group.send();
+    if (!released) _failure = group.failure();
     _lockId.clear();
     _lockHeld = false;
     return released ? 1 : 0;
@@ -47,7 +47,7 @@ bool ZoningCache::LockIdOK(char* lockId, bool& expired) {
     expired = false;
     if (!_lockHeld || _lockId != given(lockId)) return false;
     const long elapsed = uptimeSeconds() - _lockTime;
-    if (elapsed <= kLockSeconds) return true;
+    if (elapsed <= datacache::kZoningLockSeconds) return true;
     // Required: the lock still counts as held; its holder decides what becomes of it.
     cim_log(CIM_LOG_TRACE, "DCACHE: fabric lock interval expired at %lds\n", elapsed);
     expired = true;

@@ -31,16 +31,20 @@ name = "beta"
 zones = ["z1"]
 )";
 
-const char* const ZoningTest::kLimits = R"(
-[zoning.limits]
-zonesets = 10
-zones = 10
-members = 100
-zones_per_zoneset = 10
-members_per_zone = 10
-aliases = 10
-members_per_alias = 10
-)";
+std::string limitsText(const vex_fzs_limits_s& limits) {
+    std::string text = "[zoning.limits]\n";
+    const auto add = [&](const char* name, int32_t limit) {
+        text += name + (" = " + std::to_string(limit)) + '\n';
+    };
+    add("zonesets", limits.max_zonesets);
+    add("zones", limits.max_zones);
+    add("members", limits.max_members);
+    add("zones_per_zoneset", limits.max_zones_per_zoneset);
+    add("members_per_zone", limits.max_members_per_zone);
+    add("aliases", limits.max_aliases);
+    add("members_per_alias", limits.max_members_per_alias);
+    return text;
+}
 
 namespace {
 
@@ -96,7 +100,12 @@ bool ZoningTest::refresh() {
 Zonesets ZoningTest::cached() {
     const AccessGuard guard;
     Zonesets all;
-    for (const auto& [key, entry] : zoning()._zonesets) all[key] = contentsOf(entry.handle);
+    _ZoneSetTypes type{};
+    for (void* zoneset = zoning().getFirstZoneset(type); zoneset != nullptr;
+         zoneset = zoning().getNextZoneset(zoneset, type)) {
+        const std::string name = nameOf(vex_ZonesetGetName, zoneset);
+        all[type == ZONESET_ACTIVE ? kActive : type == ZONESET_UBER ? kUber : name] = contentsOf(zoneset);
+    }
     return all;
 }
 

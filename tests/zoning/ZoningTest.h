@@ -6,6 +6,7 @@
 
 #include "datacache/CacheReader.h"
 #include "tests/support/CacheTest.h"
+#include "zoning/ZoningSession.h"
 
 /** A text for the zoning interface, which takes names as char*. */
 struct Arg {
@@ -21,11 +22,14 @@ using Zonesets = std::map<std::string, Contents>;
 inline const std::string kActive = "[ActiveZoneSetKey]";
 inline const std::string kUber = "[UberZoneSetKey]";
 
+/** The limits of a switch file, and such as no test reaches. */
+std::string limitsText(const vex_fzs_limits_s& limits);
+inline const std::string kLimits = limitsText({20, 20, 400, 20, 20, 20, 20});
+
 class ZoningTest : public CacheTest {
   protected:
     /** Two zonesets, one of them active too, three zones and two aliases. */
     static const char* const kSwitch;
-    static const char* const kLimits;
 
     /** A new cache of a new switch, loaded; forgets events, calls and log. May be called again. */
     void start(const std::string& toml);

@@ -24,8 +24,8 @@ class ZoningCommit : public ZoningTest {
         return found;
     }
     bool held() {
-        const AccessGuard guard;
-        return zoning()._lockHeld;
+        bool expired = false;
+        return zoning().LockIdOK(Arg{"client"}, expired);
     }
 };
 

@@ -4,6 +4,10 @@
 
 namespace {
 
+using datacache::ZoningLimit;
+using datacache::ZoningOutcome;
+using datacache::ZoningSession;
+using datacache::ZoningStatus;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
@@ -13,7 +17,7 @@ const char* const kNewName = "2000001122000099";
 
 class ZoningEdit : public ZoningTest {
   protected:
-    using Edit = std::function<uint32_t(ZoningCache&)>;
+    using Edit = std::function<ZoningOutcome(ZoningSession&)>;
 
     /** The entries of the cache that differ, in short. */
     static std::string changed(const Zonesets& before, const Zonesets& after) {
@@ -34,12 +38,17 @@ class ZoningEdit : public ZoningTest {
     /**
      * Lets each library call of an edit fail in turn, on a fresh switch each time: "CALL RESULT CHANGED...".
      * A call that counts then counts too much. The calls of a last recount change nothing, and are left out.
+     * Checks that the outcome names the call.
      */
     std::vector<std::string> failures(const Edit& edit) {
         start();
-        EXPECT_EQ(edit(zoning()), ZONING_DONE);
         std::vector<std::string> functions;
-        for (const std::string& call : calls()) functions.push_back(call.substr(0, call.find(' ')));
+        {
+            ZoningSession session(zoning(), "client");
+            calls();
+            EXPECT_TRUE(edit(session).done());
+            for (const std::string& call : calls()) functions.push_back(call.substr(0, call.find(' ')));
+        }
         expectNoLeak();
         std::vector<std::string> lines;
         std::map<std::string, int> seen;
@@ -48,6 +57,7 @@ class ZoningEdit : public ZoningTest {
             if (function == "vex_ZonesetDestroy") continue;  // what the library keeps, nobody can free
             SCOPED_TRACE(function);
             start();
+            ZoningSession session(zoning(), "client");
             const Zonesets before = cached();
             const bool counts = function.find("Count") != std::string::npos;
             const bool handle = function.find("Create") != std::string::npos ||
@@ -58,9 +68,19 @@ class ZoningEdit : public ZoningTest {
                     (counts   ? "\nresult = 50"
                      : handle ? "\nnull = true"
                               : "\nresult = 7"));
-            const uint32_t result = edit(zoning());
+            const ZoningOutcome outcome = edit(session);
+            const uint32_t result = outcome.code;
             sim.run("do = 'clear_faults'");
             expectNoLeak();
+            if (result == ZONING_INVALID || result == ZONING_FAILED) {
+                // Too many are a full container, or one more than the library can list.
+                const bool told = counts ? outcome.failure.limit != ZoningLimit::None ||
+                                               outcome.failure.call.find("List") != std::string::npos
+                                         : outcome.failure.call == function;
+                EXPECT_TRUE(told) << outcome.text();
+                EXPECT_EQ(outcome.failure.result,
+                          counts || handle || function == "vex_ZonesetGetName" ? 0 : 7);
+            }
             lines.push_back(function.substr(4) + ' ' + std::to_string(result) + changed(before, cached()));
             const bool ofRecount = counts || function.find("List") != std::string::npos ||
                                    function == "vex_ZonesetFindAlias" || function == "vex_MemberGetAttr";
@@ -75,60 +95,57 @@ class ZoningEdit : public ZoningTest {
 };
 
 TEST_F(ZoningEdit, CreationFailsAtEachStep) {
-    EXPECT_THAT(failures([](ZoningCache& z) { return z.createZone(Arg{"z9"}, VEX_ZT_SOFT); }),
+    EXPECT_THAT(failures([](ZoningSession& z) { return z.createZone("z9", VEX_ZT_SOFT); }),
                 ElementsAre("ZonesetFindZone 0 uber", "ZoneCreate 1", "ZoneSetType 4", "ZonesetAddZone 4"));
-    EXPECT_THAT(failures([](ZoningCache& z) { return z.createZoneAlias(Arg{"a9"}); }),
+    EXPECT_THAT(failures([](ZoningSession& z) { return z.createZoneAlias("a9"); }),
                 ElementsAre("ZonesetFindAlias 0 uber", "ZoneAliasCreate 4", "ZonesetAddAlias 4"));
-    EXPECT_THAT(failures([](ZoningCache& z) { return z.createZoneset(Arg{"s9"}); }),
+    EXPECT_THAT(failures([](ZoningSession& z) { return z.createZoneset("s9"); }),
                 ElementsAre("ZonesetTestName 1", "ZonesetCreate 4", "ZonesetGetName 4"));
 }
 
 TEST_F(ZoningEdit, RemovalFailsAtEachStep) {
-    EXPECT_THAT(failures([](ZoningCache& z) { return z.removeZone(Arg{"z1"}); }),
+    EXPECT_THAT(failures([](ZoningSession& z) { return z.removeZone("z1"); }),
                 ElementsAre("ZonesetFindZone 2", "ZonesetRemoveZone 4",                 // uber
                             "ZonesetFindZone 0 uber beta", "ZonesetRemoveZone 4 uber",  // alpha
                             "ZonesetFindZone 0 uber alpha", "ZonesetRemoveZone 4 uber alpha"));
-    EXPECT_THAT(failures([](ZoningCache& z) { return z.removeZoneAlias(Arg{"a1"}); }),
+    EXPECT_THAT(failures([](ZoningSession& z) { return z.removeZoneAlias("a1"); }),
                 ElementsAre("ZonesetFindAlias 2", "ZonesetRemoveAlias 4",  // uber
                             "ZonesetFindAlias 0 uber alpha beta",          // uber once more, as an entry
                             "ZonesetFindAlias 0 uber beta", "ZonesetRemoveAlias 4 uber",
                             "ZonesetFindAlias 0 uber alpha", "ZonesetRemoveAlias 4 uber alpha"));
-    EXPECT_THAT(failures([](ZoningCache& z) { return z.removeZoneset(Arg{"beta"}); }),
+    EXPECT_THAT(failures([](ZoningSession& z) { return z.removeZoneset("beta"); }),
                 ElementsAre("ZonesetGetName 4"));
 }
 
 TEST_F(ZoningEdit, AddingMembersFailsAtEachStep) {
-    EXPECT_THAT(failures([](ZoningCache& z) { return z.addMemberToZone(Arg{"z1"}, kWwn, Arg{kNewName}); }),
+    EXPECT_THAT(failures([](ZoningSession& z) { return z.addMemberToZone("z1", kWwn, kNewName); }),
                 ElementsAre("ZonesetFindZone 2", "ZoneGetMemberCount 4", "strToMemberIdentifier 1",
                             "ZoneFindMember 0 uber alpha beta", "MemberCreate 4", "ZoneAddMember 4",  //
                             "ZonesetFindZone 0 uber beta", "MemberCreate 4 uber", "ZoneAddMember 4 uber",
                             "ZonesetFindZone 0 uber alpha", "MemberCreate 4 uber alpha",
                             "ZoneAddMember 4 uber alpha"));
-    EXPECT_THAT(
-        failures([](ZoningCache& z) { return z.addMemberToZoneAlias(Arg{"a1"}, kWwn, Arg{kNewName}); }),
-        ElementsAre("ZonesetFindAlias 2", "ZoneAliasGetMemberCount 4", "strToMemberIdentifier 1",
-                    "ZoneAliasFindMember 0 uber alpha beta", "MemberCreate 4", "ZoneAliasAddMember 4",
-                    "ZonesetFindAlias 0 uber beta", "MemberCreate 4 uber", "ZoneAliasAddMember 4 uber",
-                    "ZonesetFindAlias 0 uber alpha", "MemberCreate 4 uber alpha",
-                    "ZoneAliasAddMember 4 uber alpha"));
+    EXPECT_THAT(failures([](ZoningSession& z) { return z.addMemberToZoneAlias("a1", kWwn, kNewName); }),
+                ElementsAre("ZonesetFindAlias 2", "ZoneAliasGetMemberCount 4", "strToMemberIdentifier 1",
+                            "ZoneAliasFindMember 0 uber alpha beta", "MemberCreate 4", "ZoneAliasAddMember 4",
+                            "ZonesetFindAlias 0 uber beta", "MemberCreate 4 uber",
+                            "ZoneAliasAddMember 4 uber", "ZonesetFindAlias 0 uber alpha",
+                            "MemberCreate 4 uber alpha", "ZoneAliasAddMember 4 uber alpha"));
 }
 
 TEST_F(ZoningEdit, RemovingMembersFailsAtEachStep) {
     const char* const inZone = "2000001122000003";
     const char* const inAlias = "2000001122000001";
-    EXPECT_THAT(
-        failures([&](ZoningCache& z) { return z.removeMemberFromZone(Arg{"z1"}, kWwn, Arg{inZone}); }),
-        ElementsAre("ZonesetFindZone 2", "strToMemberIdentifier 1", "ZoneFindMember 2", "ZoneDeleteMember 4",
-                    "ZonesetFindZone 0 uber beta", "ZoneFindMember 2 uber", "ZoneDeleteMember 4 uber",
-                    "ZonesetFindZone 0 uber alpha", "ZoneFindMember 2 uber alpha",
-                    "ZoneDeleteMember 4 uber alpha"));
-    EXPECT_THAT(
-        failures([&](ZoningCache& z) { return z.removeMemberFromZoneAlias(Arg{"a1"}, kWwn, Arg{inAlias}); }),
-        ElementsAre("ZonesetFindAlias 2", "strToMemberIdentifier 1", "ZoneAliasFindMember 2",
-                    "ZoneAliasDeleteMember 4", "ZonesetFindAlias 0 uber", "ZoneAliasFindMember 2 uber",
-                    "ZoneAliasDeleteMember 4 uber"));
+    EXPECT_THAT(failures([&](ZoningSession& z) { return z.removeMemberFromZone("z1", kWwn, inZone); }),
+                ElementsAre("ZonesetFindZone 2", "strToMemberIdentifier 1", "ZoneFindMember 2",
+                            "ZoneDeleteMember 4", "ZonesetFindZone 0 uber beta", "ZoneFindMember 2 uber",
+                            "ZoneDeleteMember 4 uber", "ZonesetFindZone 0 uber alpha",
+                            "ZoneFindMember 2 uber alpha", "ZoneDeleteMember 4 uber alpha"));
+    EXPECT_THAT(failures([&](ZoningSession& z) { return z.removeMemberFromZoneAlias("a1", kWwn, inAlias); }),
+                ElementsAre("ZonesetFindAlias 2", "strToMemberIdentifier 1", "ZoneAliasFindMember 2",
+                            "ZoneAliasDeleteMember 4", "ZonesetFindAlias 0 uber",
+                            "ZoneAliasFindMember 2 uber", "ZoneAliasDeleteMember 4 uber"));
     const std::vector<std::string> everywhere =
-        failures([&](ZoningCache& z) { return z.removeMember(kWwn, Arg{inAlias}); });
+        failures([&](ZoningSession& z) { return z.removeMember(kWwn, inAlias); });
     EXPECT_THAT(
         everywhere,
         ElementsAre("strToMemberIdentifier 1",
@@ -152,10 +169,10 @@ TEST_F(ZoningEdit, RemovingMembersFailsAtEachStep) {
 }
 
 TEST_F(ZoningEdit, OfAZonesetsZonesFailsAtEachStep) {
-    EXPECT_THAT(failures([](ZoningCache& z) { return z.addZoneToZoneset(Arg{"beta"}, Arg{"z3"}); }),
+    EXPECT_THAT(failures([](ZoningSession& z) { return z.addZoneToZoneset("beta", "z3"); }),
                 ElementsAre("ZonesetGetZoneCount 4", "ZonesetFindZone 0 beta", "ZonesetFindZone 2",
                             "ZoneCreateCopy 4", "ZoneSetName 4", "ZonesetAddZone 4"));
-    EXPECT_THAT(failures([](ZoningCache& z) { return z.removeZoneFromZoneset(Arg{"beta"}, Arg{"z1"}); }),
+    EXPECT_THAT(failures([](ZoningSession& z) { return z.removeZoneFromZoneset("beta", "z1"); }),
                 ElementsAre("ZonesetFindZone 2", "ZonesetRemoveZone 4"));
 }
 
@@ -176,30 +193,28 @@ TEST_F(ZoningEdit, CountsAnewWhereItsKindDoes) {
         Edit edit;
         size_t recounts;
     } cases[] = {
-        {"createZone", [](ZoningCache& z) { return z.createZone(Arg{"z9"}, VEX_ZT_SOFT); }, 1},
-        {"createZoneAlias", [](ZoningCache& z) { return z.createZoneAlias(Arg{"a9"}); }, 1},
-        {"createZoneset", [](ZoningCache& z) { return z.createZoneset(Arg{"s9"}); }, 1},
-        {"removeZone", [](ZoningCache& z) { return z.removeZone(Arg{"z1"}); }, 1},
-        {"removeZoneAlias", [](ZoningCache& z) { return z.removeZoneAlias(Arg{"a1"}); }, 1},
-        {"removeZoneset", [](ZoningCache& z) { return z.removeZoneset(Arg{"beta"}); }, 1},
-        {"addMemberToZone", [](ZoningCache& z) { return z.addMemberToZone(Arg{"z1"}, kWwn, Arg{kNewName}); },
+        {"createZone", [](ZoningSession& z) { return z.createZone("z9", VEX_ZT_SOFT); }, 1},
+        {"createZoneAlias", [](ZoningSession& z) { return z.createZoneAlias("a9"); }, 1},
+        {"createZoneset", [](ZoningSession& z) { return z.createZoneset("s9"); }, 1},
+        {"removeZone", [](ZoningSession& z) { return z.removeZone("z1"); }, 1},
+        {"removeZoneAlias", [](ZoningSession& z) { return z.removeZoneAlias("a1"); }, 1},
+        {"removeZoneset", [](ZoningSession& z) { return z.removeZoneset("beta"); }, 1},
+        {"addMemberToZone", [](ZoningSession& z) { return z.addMemberToZone("z1", kWwn, kNewName); }, 1},
+        {"removeMemberFromZone", [&](ZoningSession& z) { return z.removeMemberFromZone("z1", kWwn, member); },
          1},
-        {"removeMemberFromZone",
-         [&](ZoningCache& z) { return z.removeMemberFromZone(Arg{"z1"}, kWwn, Arg{member}); }, 1},
         {"addMemberToZoneAlias",
-         [](ZoningCache& z) { return z.addMemberToZoneAlias(Arg{"a1"}, kWwn, Arg{kNewName}); }, 0},
+         [](ZoningSession& z) { return z.addMemberToZoneAlias("a1", kWwn, kNewName); }, 0},
         {"removeMemberFromZoneAlias",
-         [](ZoningCache& z) { return z.removeMemberFromZoneAlias(Arg{"a1"}, kWwn, Arg{"2000001122000001"}); },
-         0},
-        {"removeMember", [&](ZoningCache& z) { return z.removeMember(kWwn, Arg{member}); }, 0},
-        {"addZoneToZoneset", [](ZoningCache& z) { return z.addZoneToZoneset(Arg{"beta"}, Arg{"z3"}); }, 0},
-        {"removeZoneFromZoneset",
-         [](ZoningCache& z) { return z.removeZoneFromZoneset(Arg{"beta"}, Arg{"z1"}); }, 0},
+         [](ZoningSession& z) { return z.removeMemberFromZoneAlias("a1", kWwn, "2000001122000001"); }, 0},
+        {"removeMember", [&](ZoningSession& z) { return z.removeMember(kWwn, member); }, 0},
+        {"addZoneToZoneset", [](ZoningSession& z) { return z.addZoneToZoneset("beta", "z3"); }, 0},
+        {"removeZoneFromZoneset", [](ZoningSession& z) { return z.removeZoneFromZoneset("beta", "z1"); }, 0},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.name);
         start();
-        EXPECT_EQ(test.edit(zoning()), ZONING_DONE);
+        ZoningSession session(zoning(), "client");
+        EXPECT_TRUE(test.edit(session).done());
         EXPECT_EQ(logWith("zsl = ").size(), test.recounts);
     }
 }
@@ -241,26 +256,42 @@ TEST_F(ZoningEdit, TellsWhatIsThereFromWhatIsNot) {
 }
 
 TEST_F(ZoningEdit, StopsAtTheLimits) {
-    start(std::string(kSwitch) + R"(
-[zoning.limits]
-zonesets = 2
-zones = 3
-members = 1
-zones_per_zoneset = 1
-members_per_zone = 2
-aliases = 2
-members_per_alias = 2
-)");
+    const struct {
+        Edit edit;
+        const char* outcome;
+    } cases[] = {
+        {[](ZoningSession& z) { return z.createZone("z9", VEX_ZT_SOFT); },
+         "create zone z9: the fabric's limit of 3 zones is reached"},
+        {[](ZoningSession& z) { return z.createZoneAlias("a9"); },
+         "create alias a9: the fabric's limit of 2 aliases is reached"},
+        {[](ZoningSession& z) { return z.createZoneset("s9"); },
+         "create zoneset s9: the fabric's limit of 2 zonesets is reached"},
+        {[](ZoningSession& z) { return z.addZoneToZoneset("beta", "z3"); },
+         "add zone z3 to zoneset beta: the fabric's limit of 1 zones in a zoneset is reached"},
+        {[](ZoningSession& z) { return z.addMemberToZone("z1", kWwn, kNewName); },
+         "add 2000001122000099 to zone z1: the fabric's limit of 2 members in a zone is reached"},
+        {[](ZoningSession& z) { return z.addMemberToZoneAlias("a1", kWwn, kNewName); },
+         "add 2000001122000099 to alias a1: the fabric's limit of 2 members in an alias is reached"},
+    };
+    start(std::string(kSwitch) + limitsText({2, 3, 1, 1, 2, 2, 2}));
     const Zonesets before = cached();
-    EXPECT_EQ(zoning().createZone(Arg{"z9"}, VEX_ZT_SOFT), ZONING_FAILED);
-    EXPECT_EQ(zoning().createZoneAlias(Arg{"a9"}), ZONING_FAILED);
-    EXPECT_EQ(zoning().createZoneset(Arg{"s9"}), ZONING_FAILED);
-    EXPECT_EQ(zoning().addZoneToZoneset(Arg{"beta"}, Arg{"z3"}), ZONING_FAILED);
-    EXPECT_EQ(zoning().addMemberToZone(Arg{"z1"}, kWwn, Arg{kNewName}), ZONING_FAILED);
-    EXPECT_EQ(zoning().addMemberToZoneAlias(Arg{"a1"}, kWwn, Arg{kNewName}), ZONING_FAILED);
-    EXPECT_EQ(cached(), before);
-    EXPECT_EQ(zoning().addMemberToZone(Arg{"z3"}, kWwn, Arg{kNewName}), ZONING_DONE)
-        << "the limit of all members stops no edit";
+    {
+        ZoningSession session(zoning(), "client");
+        for (const auto& test : cases) EXPECT_EQ(test.edit(session).text(), test.outcome);
+        EXPECT_EQ(cached(), before);
+        EXPECT_TRUE(session.addMemberToZone("z3", kWwn, kNewName).done())
+            << "the limit of all members stops no edit";
+    }
+    start(kSwitch);
+    ZoningSession session(zoning(), "client");
+    EXPECT_EQ(session.addMemberToZone("z3", kWwn, kNewName).status, ZoningStatus::LimitsUnknown);
+    EXPECT_EQ(session.addZoneToZoneset("beta", "z3").text(),
+              "add zone z3 to zoneset beta: the fabric's limits were never read; read them with "
+              "initZoningLimits()");
+    EXPECT_FALSE(zoning().initZoningLimits());
+    sim.loadSwitchText(std::string(kSwitch) + kLimits);
+    EXPECT_TRUE(zoning().initZoningLimits());
+    EXPECT_TRUE(session.addZoneToZoneset("beta", "z3").done());
 }
 
 }  // namespace

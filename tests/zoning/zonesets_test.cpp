@@ -113,7 +113,8 @@ TEST_F(Zoneset, LimitsOfTheDatabaseAreMetExactlyThoseOfAContainerReached) {
     void* alias = vex_ZonesetFindAlias(uber, "a1");
     const AccessGuard guard;
     const auto answers = [&](vex_fzs_limits_s limits) {
-        zoning()._limits = limits;
+        sim.loadSwitchText(std::string(kSwitch) + limitsText(limits));
+        EXPECT_TRUE(zoning().initZoningLimits());
         log();
         std::string text;
         for (const bool full :
@@ -136,16 +137,6 @@ TEST_F(Zoneset, LimitsOfTheDatabaseAreMetExactlyThoseOfAContainerReached) {
     EXPECT_THAT(log(), ElementsAre("2 DCACHE: Zones per zoneset maximum of 2 reached",
                                    "2 DCACHE: Members per zone maximum of 1 reached",
                                    "2 DCACHE: Members per alisa maximum of 1 reached"));
-}
-
-TEST_F(Zoneset, TakesNoEditBeforeItsLimitsAreKnown) {
-    start(kSwitch);
-    EXPECT_EQ(zoning().addMemberToZone(Arg{"z3"}, VEX_ZMT_FCID, Arg{"010203"}), ZONING_FAILED);
-    EXPECT_EQ(zoning().addZoneToZoneset(Arg{"beta"}, Arg{"z3"}), ZONING_FAILED);
-    EXPECT_FALSE(zoning().initZoningLimits());
-    sim.loadSwitchText(std::string(kSwitch) + kLimits);
-    EXPECT_TRUE(zoning().initZoningLimits());
-    EXPECT_EQ(zoning().addZoneToZoneset(Arg{"beta"}, Arg{"z3"}), ZONING_DONE);
 }
 
 TEST_F(Zoneset, IsDumpedWithTheAliasesUnderEach) {

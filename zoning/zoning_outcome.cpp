@@ -1,0 +1,77 @@
+#include "zoning/ZoningOutcome.h"
+
+namespace datacache {
+namespace {
+
+const char* wordsOf(ZoningLimit limit) {
+    switch (limit) {
+        case ZoningLimit::Zonesets:
+            return "zonesets";
+        case ZoningLimit::Zones:
+            return "zones";
+        case ZoningLimit::Aliases:
+            return "aliases";
+        case ZoningLimit::Members:
+            return "members";
+        case ZoningLimit::ZonesPerZoneset:
+            return "zones in a zoneset";
+        case ZoningLimit::MembersPerZone:
+            return "members in a zone";
+        case ZoningLimit::MembersPerAlias:
+            return "members in an alias";
+        case ZoningLimit::None:
+            break;
+    }
+    return "objects";
+}
+
+/** "CALL", or "CALL with status N" where it returned one. */
+std::string callOf(const ZoningFailure& failure) {
+    if (failure.result == 0) return failure.call;
+    return failure.call + " with status " + std::to_string(failure.result);
+}
+
+std::string reasonOf(ZoningStatus status, const ZoningFailure& failure) {
+    switch (status) {
+        case ZoningStatus::Done:
+            return "done";
+        case ZoningStatus::Invalid:
+            return "invalid name or member, refused by " + callOf(failure);
+        case ZoningStatus::NotFound:
+            return "no such zone, alias, zoneset or member";
+        case ZoningStatus::Exists:
+            return "exists already";
+        case ZoningStatus::LimitReached:
+            return "the fabric's limit of " + std::to_string(failure.number) + ' ' + wordsOf(failure.limit) +
+                   " is reached";
+        case ZoningStatus::LimitsUnknown:
+            return "the fabric's limits were never read; read them with initZoningLimits()";
+        case ZoningStatus::LibraryFailed:
+            return "the switch library failed in " + callOf(failure);
+        case ZoningStatus::Refused:
+            return "the switch refused " + callOf(failure);
+        case ZoningStatus::Inconsistent:
+            return "nothing was sent: the database cannot be read whole, " + callOf(failure) + " failed";
+        case ZoningStatus::OutOfMemory:
+            return "nothing was sent: out of memory";
+        case ZoningStatus::NotLoaded:
+            return "the configured zoning is not loaded; try again when the cache is up to date";
+        case ZoningStatus::Reloaded:
+            return "the zoning was loaded anew and the session's edits are lost; begin a new session";
+        case ZoningStatus::Expired:
+            return "the lock has expired; begin a new session";
+        case ZoningStatus::Taken:
+            return "the lock was taken or given back by somebody else; begin a new session";
+        case ZoningStatus::Closed:
+            return "the session is closed; begin a new one";
+    }
+    return "";
+}
+
+}  // namespace
+
+std::string ZoningOutcome::text() const {
+    return step + ": " + reasonOf(status, failure);
+}
+
+}  // namespace datacache
