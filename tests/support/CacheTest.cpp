@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/event_fields.h"
+#include "switchlib/NORV_Vex_Lib.h"
 
 namespace {
 
@@ -28,6 +29,7 @@ void dropInstance() {
     delete DataCache::instance;
     DataCache::instance = nullptr;
     hSwitch = 0;
+    adminModeHeld = 0;
     takeWakeUps();
 }
 
