@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstring>
 #include <functional>
 #include <optional>
 #include <string>
@@ -11,7 +12,9 @@ namespace vexsim {
 /** A zone or alias member. Only the bytes that its type uses count; the others are zero. */
 struct MemberId {
     vex_fzs_zonemember_type_e type = VEX_ZMT_UNKNOWN;
-    vex_memberid_u id = {};
+    vex_memberid_u id;
+
+    MemberId() { std::memset(&id, 0, sizeof id); }  // "= {}" promises zeros in its first member alone
 
     bool operator==(const MemberId& other) const;
     std::string alias() const { return std::string(id.alias); } /**< of type VEX_ZMT_ALIAS */

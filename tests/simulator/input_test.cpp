@@ -193,6 +193,6 @@ TEST_F(SimulatorTest, TheExamplesLoadAndTheirScenariosCanBeCarriedOut) {
         std::ifstream file(EXAMPLES_DIR "/" + name + ".scenario.toml");
         std::ostringstream steps;
         steps << file.rdbuf();
-        EXPECT_EQ(errorOf([&] { sim.run(steps.str(), name); }), "no error");
+        EXPECT_EQ(errorOf([&, source = name] { sim.run(steps.str(), source); }), "no error");
     }
 }
