@@ -51,7 +51,7 @@ const char* typeName(const toml::node& node) {
     }
 }
 
-std::string join(std::initializer_list<const char*> words) {
+std::string join(Words words) {
     std::string joined;
     for (const char* word : words) joined += (joined.empty() ? "" : ", ") + quoted(word);
     return joined;
@@ -123,8 +123,7 @@ struct TableReader::Impl {
         return value->get();
     }
 
-    std::string word(const std::string& field, const toml::node& node,
-                     std::initializer_list<const char*> words) const {
+    std::string word(const std::string& field, const toml::node& node, Words words) const {
         std::string value = text(field, node);
         if (std::find(words.begin(), words.end(), value) == words.end()) {
             fail(node, quoted(field) + " must be one of " + join(words));
@@ -227,7 +226,7 @@ std::chrono::milliseconds TableReader::duration(const std::string& field) {
     return std::chrono::milliseconds(std::llround(milliseconds));
 }
 
-std::string TableReader::word(const std::string& field, std::initializer_list<const char*> words) {
+std::string TableReader::word(const std::string& field, Words words) {
     return _impl->word(field, _impl->need(field), words);
 }
 
@@ -262,8 +261,7 @@ std::vector<std::string> TableReader::texts(const std::string& field) {
     return values;
 }
 
-std::vector<std::string> TableReader::words(const std::string& field,
-                                            std::initializer_list<const char*> words) {
+std::vector<std::string> TableReader::words(const std::string& field, Words words) {
     std::vector<std::string> values;
     if (const toml::array* list = _impl->list(field)) {
         for (const toml::node& node : *list) values.push_back(_impl->word(field, node, words));

@@ -12,6 +12,9 @@
 
 namespace vexsim {
 
+/** The words that a field may hold; a constant, as a list in braces lives only for one call. */
+using Words = std::initializer_list<const char*>;
+
 /**
  * One table of a TOML document, read strictly: a field of the wrong type, a value out of its range and, at
  * finish(), a field that nobody asked for are errors. Every error is an InputError "FILE:LINE: message".
@@ -34,7 +37,7 @@ class TableReader {
     /** Seconds as a number, or a text such as "500ms" or "2s"; at most a day. */
     std::chrono::milliseconds duration(const std::string& field);
     /** One of the given words. */
-    std::string word(const std::string& field, std::initializer_list<const char*> words);
+    std::string word(const std::string& field, Words words);
     /** A world wide name, "10:00:00:11:22:33:44:55" or 16 hexadecimal digits; as 16 digits in lower case. */
     std::string wwn(const std::string& field);
     /** An IP address as text, of version 4 or 6. */
@@ -45,7 +48,7 @@ class TableReader {
 
     /** Lists; empty where the field is missing. */
     std::vector<std::string> texts(const std::string& field);
-    std::vector<std::string> words(const std::string& field, std::initializer_list<const char*> words);
+    std::vector<std::string> words(const std::string& field, Words words);
     std::vector<int64_t> integers(const std::string& field, int64_t low, int64_t high);
     /** Ports or domains, none of them twice. */
     std::set<unsigned> numbers(const std::string& field, unsigned low, unsigned high);

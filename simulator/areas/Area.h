@@ -32,7 +32,7 @@ struct Section {
 /** A scenario step. Reading it checks all that can be checked before the scenario starts. */
 struct StepKind {
     const char* name;
-    Action (*read)(TableReader& table);
+    std::function<Action(TableReader& table)> read;
 };
 
 /**

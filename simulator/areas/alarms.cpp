@@ -1,4 +1,5 @@
-#include "simulator/areas/Area.h"
+#include "simulator/areas/key_step.h"
+#include "simulator/event_codes.h"
 
 namespace vexsim {
 namespace {
@@ -16,10 +17,6 @@ std::string shortTemperature(const std::string& sensor) {
 std::string longTemperature(const std::string& sensor) {
     return "Alarm (1002.0038) the " + sensor + " temp sensor reading is out of range, it is too high";
 }
-
-/** Code 74 tells of a voltage that is too high, code 75 of one that is too low; the library has no names. */
-constexpr int32_t voltage_high = 74;
-constexpr int32_t voltage_low = 75;
 
 std::string shortVoltage(const std::string& sensor, bool high) {
     return "Alarm [" + sensor + " voltage sensor shows " + (high ? "an overvoltage]" : "an undervoltage]");
@@ -44,16 +41,9 @@ Action readVoltage(TableReader& table) {
     const std::string sensor = table.text("sensor");
     const bool high = table.word("level", {"high", "low"}) == "high";
     const std::string text = readLong(table) ? longVoltage(sensor, high) : shortVoltage(sensor, high);
-    return [text, code = high ? voltage_high : voltage_low](Switch& target) { target.raise(code, text); };
-}
-
-template <vex_eventcode_e code>
-Action readUserEvent(TableReader& table) {
-    return [user = table.text("user")](Switch& target) { target.raise(code, user); };
-}
-
-Action readCimChanged(TableReader&) {
-    return [](Switch& target) { target.raise(VEX_EVENT_CIM_CFG_CHANGE, ""); };
+    return [text, code = high ? voltage_too_high : voltage_too_low](Switch& target) {
+        target.raise(code, text);
+    };
 }
 
 }  // namespace
@@ -64,9 +54,9 @@ Area alarmsArea() {
     made.steps = {
         {"overheat", readOverheat},
         {"voltage", readVoltage},
-        {"password_changed", readUserEvent<VEX_EVENT_USER_PASSWORD_CHANGED>},
-        {"login_failed", readUserEvent<VEX_EVENT_USER_LOGIN_FAILURE>},
-        {"cim_changed", readCimChanged},
+        keyStep({"password_changed", {{"user"}}, {}, VEX_EVENT_USER_PASSWORD_CHANGED, "{user}"}),
+        keyStep({"login_failed", {{"user"}}, {}, VEX_EVENT_USER_LOGIN_FAILURE, "{user}"}),
+        keyStep({"cim_changed", {}, {}, VEX_EVENT_CIM_CFG_CHANGE, ""}),
     };
     return made;
 }

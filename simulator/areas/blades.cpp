@@ -1,4 +1,4 @@
-#include "simulator/areas/Area.h"
+#include "simulator/areas/key_step.h"
 #include "simulator/areas/keys.h"
 
 namespace vexsim {
@@ -27,20 +27,15 @@ std::string slotKey(int64_t slot, const char* name) {
     return "Oper.Blade." + std::to_string(slot) + '.' + name;
 }
 
-std::string operState(TableReader& table, const std::string& fallback) {
-    if (!table.has("state")) return fallback;
-    return table.word("state", {"Online", "Offline", "Diagnostics", "Down", "Downed", "Pending", "PoweredOff",
-                                "NotInstalled"});
-}
+constexpr Words oper_states{"Online", "Offline", "Diagnostics", "Down",
+                            "Downed", "Pending", "PoweredOff",  "NotInstalled"};
 
-std::string adminState(TableReader& table, const std::string& fallback) {
-    if (!table.has("admin")) return fallback;
-    return table.word("admin", {"Online", "Offline", "Diagnostics", "Down", "Downed", "PoweredOff"});
-}
+constexpr Words admin_states{"Online", "Offline", "Diagnostics", "Down", "Downed", "PoweredOff"};
 
-std::string diagnosis(TableReader& table, const std::string& fallback) {
-    if (!table.has("diagnosis")) return fallback;
-    return table.word("diagnosis", {"Passed", "Compromised", "Failed"});
+constexpr Words diagnoses{"Passed", "Compromised", "Failed"};
+
+std::string wordOr(TableReader& table, const char* field, Words words, const char* fallback) {
+    return table.has(field) ? table.word(field, words) : fallback;
 }
 
 std::string sensors(TableReader& table, const char* field) {
@@ -57,9 +52,9 @@ struct Blade {
           type(table.word("type", {"IO", "CPU", "PS", "FAN"})),
           part(table.has("part") ? table.text("part") : "PN-" + type),
           serial(table.has("serial") ? table.text("serial") : "SN-" + type + '-' + std::to_string(slot)),
-          state(operState(table, "Online")),
-          admin(adminState(table, "Online")),
-          diagnosis(vexsim::diagnosis(table, "Passed")),
+          state(wordOr(table, "state", oper_states, "Online")),
+          admin(wordOr(table, "admin", admin_states, "Online")),
+          diagnosis(wordOr(table, "diagnosis", diagnoses, "Passed")),
           temp_sensors(sensors(table, "temp_sensors")),
           voltage_sensors(sensors(table, "voltage_sensors")) {}
 
@@ -127,24 +122,6 @@ Action readRemove(TableReader& table) {
     };
 }
 
-/** Changes the state words that it names; the others stay. */
-Action readState(TableReader& table) {
-    const int64_t slot = table.integer("slot", 0, last_slot);
-    const std::string state = operState(table, "");
-    const std::string admin = adminState(table, "");
-    const std::string verdict = diagnosis(table, "");
-    if (state.empty() && admin.empty() && verdict.empty()) {
-        table.fail("step \"blade_state\" needs \"state\", \"admin\" or \"diagnosis\"");
-    }
-    return [=](Switch& target) {
-        requireBlade(target, slot);
-        if (!state.empty()) target.set(slotKey(slot, "OperState"), state);
-        if (!admin.empty()) target.set(slotKey(slot, "AdminState"), admin);
-        if (!verdict.empty()) target.set(slotKey(slot, "DiagStatus"), verdict);
-        raiseBlade(target, VEX_EVENT_BLADE_STATE_CHANGE, slot);
-    };
-}
-
 /** The keys of the slots that the chassis has and the store has nothing of. */
 std::optional<Reading> readEmptySlot(Switch& target, const std::string& key) {
     for (const auto& known : slot_keys) {
@@ -163,7 +140,21 @@ Area bladesArea() {
     Area made;
     made.name = "blades";
     made.sections = {{"blade", true, loadBlade}};
-    made.steps = {{"blade_insert", readInsert}, {"blade_remove", readRemove}, {"blade_state", readState}};
+    made.steps = {
+        {"blade_insert", readInsert},
+        {"blade_remove", readRemove},
+        keyStep({"blade_state",
+                 {numberField("slot", 0, last_slot), optional(wordField("state", oper_states)),
+                  optional(wordField("admin", admin_states)), optional(wordField("diagnosis", diagnoses))},
+                 {{"Oper.Blade.{slot}.OperState", "{state}"},
+                  {"Oper.Blade.{slot}.AdminState", "{admin}"},
+                  {"Oper.Blade.{slot}.DiagStatus", "{diagnosis}"}},
+                 VEX_EVENT_BLADE_STATE_CHANGE,
+                 "Blade {slot}",
+                 {nullptr, "slot"},
+                 [](const Switch& target, const StepValues& values) {
+                     requireBlade(target, std::stoll(values.at("slot")));
+                 }})};
     made.read = readEmptySlot;
     return made;
 }

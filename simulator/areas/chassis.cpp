@@ -1,4 +1,4 @@
-#include "simulator/areas/Area.h"
+#include "simulator/areas/key_step.h"
 
 namespace vexsim {
 namespace {
@@ -17,6 +17,8 @@ constexpr UnitKind power_supply{"power_supplies", "Oper.Chassis.0.PowerSupplies"
                                 "Oper.Chassis.0.PowerSupply.", "Power supply"};
 constexpr UnitKind fan{"fans", "Oper.Chassis.0.Fans", "Oper.Chassis.0.Fan.", "Fan"};
 
+constexpr Words unit_states{"Good", "Bad", "NotInstalled", "Unknown"};
+
 void setUnits(Switch& target, const UnitKind& kind, const std::vector<std::string>& states) {
     target.set(kind.count_key, std::to_string(states.size()));
     for (size_t i = 0; i < states.size(); ++i) target.set(kind.key + std::to_string(i), states[i]);
@@ -29,7 +31,7 @@ void loadUnits(TableReader& table, Switch& target, const UnitKind& kind) {
         const auto count = static_cast<size_t>(table.integer(kind.field, 0, most_units));
         setUnits(target, kind, std::vector<std::string>(count, "Good"));
     } else {
-        setUnits(target, kind, table.words(kind.field, {"Good", "Bad", "NotInstalled", "Unknown"}));
+        setUnits(target, kind, table.words(kind.field, unit_states));
     }
 }
 
@@ -57,17 +59,14 @@ void loadChassis(TableReader& table, Switch& target) {
 }
 
 template <const UnitKind& kind>
-Action readUnitStep(TableReader& table) {
-    const int64_t index =
-        table.integer("index", 1, most_units);  // as on the chassis' label; keys count from 0
-    const std::string state = table.word("state", {"Good", "Bad", "NotInstalled", "Unknown"});
-    return [index, state](Switch& target) {
-        const std::string name = kind.label + (' ' + std::to_string(index));
-        const std::string key = kind.key + std::to_string(index - 1);
-        if (!target.has(key)) throw StepError("the chassis has no " + name);
-        target.set(key, state);
-        target.raise(VEX_EVENT_CHASSIS_OPERCHANGE, name + ' ' + state);
-    };
+void needUnit(const Switch& target, const StepValues& values) {
+    if (!target.has(kind.key + values.at("index-1")))
+        throw StepError(std::string("the chassis has no ") + kind.label + ' ' + values.at("index"));
+}
+
+/** Units count from 1 on the chassis' label, their keys from 0. */
+std::vector<StepField> unitFields() {
+    return {numberField("index", 1, most_units), wordField("state", unit_states)};
 }
 
 }  // namespace
@@ -76,7 +75,22 @@ Area chassisArea() {
     Area made;
     made.name = "chassis";
     made.sections = {{"chassis", false, loadChassis}};
-    made.steps = {{"power_supply", readUnitStep<power_supply>}, {"fan", readUnitStep<fan>}};
+    made.steps = {
+        keyStep({"power_supply",
+                 unitFields(),
+                 {{"Oper.Chassis.0.PowerSupply.{index-1}", "{state}"}},
+                 VEX_EVENT_CHASSIS_OPERCHANGE,
+                 "Power supply {index} {state}",
+                 {},
+                 needUnit<power_supply>}),
+        keyStep({"fan",
+                 unitFields(),
+                 {{"Oper.Chassis.0.Fan.{index-1}", "{state}"}},
+                 VEX_EVENT_CHASSIS_OPERCHANGE,
+                 "Fan {index} {state}",
+                 {},
+                 needUnit<fan>}),
+    };
     made.defaults = setDefaults;
     return made;
 }

@@ -1,6 +1,6 @@
 #include <limits>
 
-#include "simulator/areas/Area.h"
+#include "simulator/areas/key_step.h"
 #include "simulator/event_codes.h"
 
 namespace vexsim {
@@ -8,11 +8,6 @@ namespace {
 
 void loadSml(TableReader& table, Switch& target) {
     for (const std::string& key : table.unknownFields()) target.set(key, table.value(key));
-}
-
-Action readSet(TableReader& table) {
-    const std::string key = table.text("key");
-    return [key, value = table.value("value")](Switch& target) { target.set(key, value); };
 }
 
 Action readErase(TableReader& table) {
@@ -62,8 +57,12 @@ Area genericArea() {
     made.name = "generic";
     made.sections = {{"sml", false, loadSml}};
     made.steps = {
-        {"set", readSet},   {"erase", readErase}, {"raise", readRaise},
-        {"note", readNote}, {"wait", readWait},   {"advance_clock", readAdvanceClock},
+        keyStep({"set", {{"key"}, {"value", StepField::Value}}, {{"{key}", "{value}"}}, 0, ""}),
+        {"erase", readErase},
+        {"raise", readRaise},
+        {"note", readNote},
+        {"wait", readWait},
+        {"advance_clock", readAdvanceClock},
     };
     return made;
 }

@@ -1,19 +1,16 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "simulator/areas/Area.h"
 #include "simulator/areas/Fabric.h"
+#include "simulator/areas/key_step.h"
 #include "simulator/areas/keys.h"
 #include "simulator/areas/transceiver.h"
+#include "simulator/event_codes.h"
 
 namespace vexsim {
 namespace {
 
 constexpr int64_t most_ports = 256;
-
-/** Codes of the media notifications, for which the library has no names. */
-constexpr int32_t media_inserted = 76;
-constexpr int32_t media_removed = 77;
 
 std::string operKey(unsigned port, const char* field) {
     return "Oper.UserPort.0." + std::to_string(port) + '.' + field;
@@ -32,29 +29,21 @@ struct Port {
     Transceiver transceiver{3, 0x001122, {}, true, false};
 };
 
-std::string readOperState(TableReader& table, const char* field) {
-    return table.word(field, {"Online", "Offline", "Diagnostics", "Isolated", "Down", "Downed",
-                              "NotInstalled", "PoweredOff", "Unknown"});
-}
+constexpr Words oper_states{"Online", "Offline",      "Diagnostics", "Isolated", "Down",
+                            "Downed", "NotInstalled", "PoweredOff",  "Unknown"};
 
-std::string readAdminState(TableReader& table, const char* field) {
-    return table.word(field, {"Online", "Offline", "Diagnostics", "Down", "Downed"});
-}
+constexpr Words admin_states{"Online", "Offline", "Diagnostics", "Down", "Downed"};
 
-std::string readType(TableReader& table, const char* field) {
-    return table.word(field, {"G", "GL", "E", "F", "FL", "Donor", "TH", "TF", "TR", "PT", "Unknown"});
-}
+constexpr Words port_types{"G", "GL", "E", "F", "FL", "Donor", "TH", "TF", "TR", "PT", "Unknown"};
 
-std::string readHardware(TableReader& table, const char* field) {
-    return table.word(field, {"GL", "EXG", "Unknown"});
-}
+constexpr Words hardware_types{"GL", "EXG", "Unknown"};
 
 /** The fields that a table has, over those of `made`. */
 Port readPort(TableReader& table, Port made) {
-    if (table.has("state")) made.state = readOperState(table, "state");
-    if (table.has("admin")) made.admin = readAdminState(table, "admin");
-    if (table.has("type")) made.type = readType(table, "type");
-    if (table.has("hardware")) made.hardware = readHardware(table, "hardware");
+    if (table.has("state")) made.state = table.word("state", oper_states);
+    if (table.has("admin")) made.admin = table.word("admin", admin_states);
+    if (table.has("type")) made.type = table.word("type", port_types);
+    if (table.has("hardware")) made.hardware = table.word("hardware", hardware_types);
     if (std::optional<TableReader> part = table.table("transceiver")) {
         made.transceiver = readTransceiver(*part, made.transceiver);
         part->finish();
@@ -112,64 +101,26 @@ void needPort(const Switch& target, unsigned port) {
     if (port >= portCount(target)) throw StepError("the switch has no port " + std::to_string(port));
 }
 
-/** The third word of the source is the port's number. */
-void raisePort(Switch& target, int32_t code, unsigned port, const std::string& what) {
-    target.raise(code, "Port " + std::to_string(port) + ' ' + what, {{0, 0, static_cast<int32_t>(port)}});
-}
+constexpr const char* oper_state = "Oper.UserPort.0.{port}.OperState";
+constexpr const char* admin_state = "Oper.UserPort.0.{port}.AdminState";
 
-Action stateStep(unsigned port, const std::optional<std::string>& oper,
-                 const std::optional<std::string>& admin) {
-    return [port, oper, admin](Switch& target) {
-        needPort(target, port);
-        if (oper) target.set(operKey(port, "OperState"), *oper);
-        if (admin) target.set(operKey(port, "AdminState"), *admin);
-        raisePort(
-            target, VEX_EVENT_PORT_ATTR_CHANGE, port,
-            target.value(operKey(port, "OperState")) + ", set " + target.value(operKey(port, "AdminState")));
-    };
-}
-
-Action readOnline(TableReader& table) {
-    return stateStep(readNumber(table), "Online", "Online");
-}
-
-Action readOffline(TableReader& table) {
-    return stateStep(readNumber(table), "Offline", std::nullopt);
-}
-
-Action readState(TableReader& table) {
-    const unsigned port = readNumber(table);
-    std::optional<std::string> oper;
-    std::optional<std::string> admin;
-    if (table.has("state")) oper = readOperState(table, "state");
-    if (table.has("admin")) admin = readAdminState(table, "admin");
-    if (!oper && !admin) table.fail("step \"port_state\" needs \"state\" or \"admin\"");
-    return stateStep(port, oper, admin);
-}
-
-/** A port module is put in or taken out. */
-Action readAdded(TableReader& table) {
-    const unsigned port = readNumber(table);
-    return stateStep(port, table.has("state") ? readOperState(table, "state") : "Offline", std::nullopt);
-}
-
-Action readRemoved(TableReader& table) {
-    return stateStep(readNumber(table), "NotInstalled", std::nullopt);
-}
-
-Action readTypeChange(TableReader& table) {
-    const unsigned port = readNumber(table);
-    std::optional<std::string> type;
-    std::optional<std::string> hardware;
-    if (table.has("type")) type = readType(table, "type");
-    if (table.has("hardware")) hardware = readHardware(table, "hardware");
-    if (!type && !hardware) table.fail("step \"port_type\" needs \"type\" or \"hardware\"");
-    return [port, type, hardware](Switch& target) {
-        needPort(target, port);
-        if (type) target.set(typeKey(port), *type);
-        if (hardware) target.set(operKey(port, "HWType"), *hardware);
-        raisePort(target, VEX_EVENT_PORT_CFG_CHANGE, port, "type " + target.value(typeKey(port)));
-    };
+/** A step that changes a port; the third word of the event's source is the port's number. */
+StepKind portStep(const char* name, std::vector<StepField> fields,
+                  std::vector<std::pair<const char*, const char*>> keys,
+                  int32_t code = VEX_EVENT_PORT_ATTR_CHANGE,
+                  const char* text =
+                      "Port {port} [Oper.UserPort.0.{port}.OperState], set "
+                      "[Oper.UserPort.0.{port}.AdminState]") {
+    fields.push_back(numberField("port", 0, most_ports - 1));
+    return keyStep({name,
+                    std::move(fields),
+                    std::move(keys),
+                    code,
+                    text,
+                    {nullptr, nullptr, "port"},
+                    [](const Switch& target, const StepValues& values) {
+                        needPort(target, static_cast<unsigned>(std::stoul(values.at("port"))));
+                    }});
 }
 
 /** The serial number is set to 16 characters, and only one that fills them can be read back. */
@@ -214,12 +165,20 @@ Area localPortsArea() {
     made.name = "local ports";
     made.sections = {{"ports", false, loadPorts}};
     made.steps = {
-        {"port_online", readOnline},
-        {"port_offline", readOffline},
-        {"port_state", readState},
-        {"port_type", readTypeChange},
-        {"port_added", readAdded},
-        {"port_removed", readRemoved},
+        portStep("port_online", {}, {{oper_state, "Online"}, {admin_state, "Online"}}),
+        portStep("port_offline", {}, {{oper_state, "Offline"}}),
+        portStep("port_state",
+                 {optional(wordField("state", oper_states)), optional(wordField("admin", admin_states))},
+                 {{oper_state, "{state}"}, {admin_state, "{admin}"}}),
+        portStep(
+            "port_type",
+            {optional(wordField("type", port_types)), optional(wordField("hardware", hardware_types))},
+            {{"Config.UserPort.0.{port}.Type", "{type}"}, {"Oper.UserPort.0.{port}.HWType", "{hardware}"}},
+            VEX_EVENT_PORT_CFG_CHANGE, "Port {port} type [Config.UserPort.0.{port}.Type]"),
+        // A port module is put in or taken out.
+        portStep("port_added", {orElse(wordField("state", oper_states), "Offline")},
+                 {{oper_state, "{state}"}}),
+        portStep("port_removed", {}, {{oper_state, "NotInstalled"}}),
         {"transceiver_plugged", readPlugged},
         {"transceiver_pulled", readPulled},
     };

@@ -1,5 +1,6 @@
 #include "simulator/areas/Area.h"
 #include "simulator/areas/fields.h"
+#include "simulator/areas/key_step.h"
 
 namespace vexsim {
 namespace {
@@ -50,17 +51,6 @@ Action readAddress(TableReader& table) {
     };
 }
 
-/** A setting that somebody else changes, past the edit session. */
-Action readService(TableReader& table) {
-    const std::string name = table.text("name");
-    const char* const key = services().keyOf(name);
-    if (key == nullptr) table.fail("name", "unknown service \"" + name + '"');
-    return [name, key, enabled = table.flag("enabled")](Switch& target) {
-        target.set(key, enabled ? "True" : "False");
-        target.raise(VEX_EVENT_SERVICES_CFG_CHANGE, name);
-    };
-}
-
 template <const Fields& (*fields)()>
 void loadFields(TableReader& table, Switch& target) {
     fields().load(table, target);
@@ -74,7 +64,15 @@ Area propertiesArea() {
     made.sections = {{"services", false, loadFields<services>},
                      {"snmp", false, loadFields<snmp>},
                      {"network", false, loadFields<network>}};
-    made.steps = {{"ip_address", readAddress}, {"service", readService}};
+    made.steps = {
+        {"ip_address", readAddress},
+        // A setting that somebody else changes, past the edit session.
+        keyStep({"service",
+                 {keyOfField("name", services()), {"enabled", StepField::Flag}},
+                 {{"{name.key}", "{enabled}"}},
+                 VEX_EVENT_SERVICES_CFG_CHANGE,
+                 "{name}"}),
+    };
     made.defaults = setDefaults;
     return made;
 }

@@ -1,5 +1,6 @@
 #include "simulator/areas/Area.h"
 #include "simulator/areas/fields.h"
+#include "simulator/areas/key_step.h"
 
 namespace vexsim {
 namespace {
@@ -45,9 +46,7 @@ const Fields& manufacturing() {
     return fields;
 }
 
-std::string readState(TableReader& table) {
-    return table.word("state", {"Online", "Offline", "Diagnostics", "Downed", "Unknown"});
-}
+constexpr Words states{"Online", "Offline", "Diagnostics", "Downed", "Unknown"};
 
 std::string join(const std::vector<std::string>& words) {
     std::string joined;
@@ -69,15 +68,8 @@ void loadSwitch(TableReader& table, Switch& target) {
     identity().load(table, target);
     if (table.has("domain"))
         target.set("Oper.Switch.DomainID", std::to_string(table.integer("domain", 1, 239)));
-    if (table.has("state")) target.set("Oper.Switch.OperState", readState(table));
+    if (table.has("state")) target.set("Oper.Switch.OperState", table.word("state", states));
     target.set("Oper.Switch.FaultList", join(table.texts("faults")));
-}
-
-Action readSwitchState(TableReader& table) {
-    return [state = readState(table)](Switch& target) {
-        target.set("Oper.Switch.OperState", state);
-        target.raise(VEX_EVENT_SWITCH_STATE_CHANGE, "Switch state " + state);
-    };
 }
 
 /** Names the whole list: what it does not name has cleared. */
@@ -92,16 +84,6 @@ Action readFaultList(TableReader& table) {
         target.set(key, faults);
         target.raise(VEX_EVENT_CHASSIS_OPERCHANGE, "Fault list");
         target.raise(VEX_EVENT_SWITCH_FAULT_CHANGE, faults);
-    };
-}
-
-Action readFeature(TableReader& table) {
-    const std::string name = table.text("name");
-    const char* const key = features().keyOf(name);
-    if (key == nullptr) table.fail("name", "unknown feature \"" + name + '"');
-    return [name, key, enabled = table.flag("enabled")](Switch& target) {
-        target.set(key, enabled ? "True" : "False");
-        target.raise(VEX_EVENT_FEATURE_CHANGE, name);
     };
 }
 
@@ -124,9 +106,17 @@ Area switchArea() {
          [](TableReader& table, Switch& target) { manufacturing().load(table, target); }},
     };
     made.steps = {
-        {"switch_state", readSwitchState},
+        keyStep({"switch_state",
+                 {wordField("state", states)},
+                 {{"Oper.Switch.OperState", "{state}"}},
+                 VEX_EVENT_SWITCH_STATE_CHANGE,
+                 "Switch state {state}"}),
         {"fault_list", readFaultList},
-        {"feature", readFeature},
+        keyStep({"feature",
+                 {keyOfField("name", features()), {"enabled", StepField::Flag}},
+                 {{"{name.key}", "{enabled}"}},
+                 VEX_EVENT_FEATURE_CHANGE,
+                 "{name}"}),
     };
     made.defaults = setDefaults;
     made.read = readComputed;
