@@ -62,6 +62,8 @@ struct DC_EXPORT ZoningOutcome {
     /** The step and the reason in one line for people: "commit: the switch refused Cmd.Zoning.SaveConfig with
      * status 4". */
     std::string text() const;
+    /** The reason alone: "the switch refused Cmd.Zoning.SaveConfig with status 4", or "done". */
+    std::string reason() const;
 };
 
 }  // namespace datacache

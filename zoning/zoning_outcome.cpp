@@ -71,7 +71,11 @@ std::string reasonOf(ZoningStatus status, const ZoningFailure& failure) {
 }  // namespace
 
 std::string ZoningOutcome::text() const {
-    return step + ": " + reasonOf(status, failure);
+    return step + ": " + reason();
+}
+
+std::string ZoningOutcome::reason() const {
+    return reasonOf(status, failure);
 }
 
 }  // namespace datacache
