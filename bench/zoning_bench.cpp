@@ -59,32 +59,6 @@ ZoningCache& loaded() {
     return *zoning;
 }
 
-/** The calls of one recount. */
-int bareRecount(void* uber) {
-    int members = 0;
-    const int zones = vex_ZonesetGetZoneCount(uber);
-    for (int i = 0; i < zones; ++i) {
-        void* zone = vex_ZonesetListZones(uber, i);
-        const int count = vex_ZoneGetMemberCount(zone);
-        for (int j = 0; j < count; ++j) {
-            vex_fzs_zonemember_type_e type{};
-            vex_memberid_u id;
-            vex_MemberGetAttr(vex_ZoneListMembers(zone, j), &type, &id);
-            if (type == VEX_ZMT_ALIAS)
-                members += vex_ZoneAliasGetMemberCount(vex_ZonesetFindAlias(uber, id.alias));
-        }
-        members += count;
-    }
-    const int aliases = vex_ZonesetGetAliasCount(uber);
-    for (int i = 0; i < aliases; ++i) members += vex_ZoneAliasGetMemberCount(vex_ZonesetListAliases(uber, i));
-    return members;
-}
-
-void calls_of_a_recount(benchmark::State& state) {
-    void* const uber = loaded().getUberZoneset();
-    for (auto _ : state) benchmark::DoNotOptimize(bareRecount(uber));
-}
-
 void recount(benchmark::State& state) {
     ZoningCache& zoning = loaded();
     for (auto _ : state) zoning.updateZoningCounts();
@@ -123,22 +97,6 @@ void load(benchmark::State& state) {
     }
 }
 
-void calls_of_a_load(benchmark::State& state) {
-    loaded();
-    for (auto _ : state) {
-        int32_t count = 0;
-        char(*names)[VEX_ZONING_NAME_SIZE] = nullptr;
-        vex_fzsGetZonesetList(hSwitch, &count, &names);
-        void* zoneset = nullptr;
-        for (int32_t i = 0; i < count; ++i) {
-            vex_fzsGetZoneset(hSwitch, names[i], &zoneset);
-            vex_ZonesetDestroy(&zoneset);
-        }
-        vex_fzsGetAllZonesAndAliases(hSwitch, "all", &zoneset);
-        vex_ZonesetDestroy(&zoneset);
-    }
-}
-
 void commit(benchmark::State& state) {
     ZoningCache& zoning = loaded();
     std::string client = "client";
@@ -150,11 +108,9 @@ void commit(benchmark::State& state) {
     }
 }
 
-BENCHMARK(calls_of_a_recount)->Unit(benchmark::kMillisecond);
 BENCHMARK(recount)->Unit(benchmark::kMillisecond);
 BENCHMARK(two_edits)->Unit(benchmark::kMillisecond);
 BENCHMARK(two_edits_without_recount)->Unit(benchmark::kMillisecond);
-BENCHMARK(calls_of_a_load)->Unit(benchmark::kMillisecond);
 BENCHMARK(load)->Unit(benchmark::kMillisecond);
 BENCHMARK(commit)->Unit(benchmark::kMillisecond);
 

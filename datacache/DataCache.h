@@ -181,6 +181,8 @@ class DC_EXPORT DataCache {
      * caller holds the access lock. CacheReader::accounts() shows the list.
      */
     bool _getAcctInfo() DC_REQUIRES(access_lock);
+    /** The same for a caller that holds no lock. */
+    bool readAccounts() DC_TAKES(access_lock);
 
     // ---- Translations of the switch's state words into CIM values ----
 

@@ -57,3 +57,8 @@ bool DataCache::_getAcctInfo() {
     }
     return true;
 }
+
+bool DataCache::readAccounts() {
+    const AccessGuard guard;
+    return _getAcctInfo();
+}

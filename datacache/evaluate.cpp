@@ -18,11 +18,11 @@ class PassWatch {
 };
 
 /** Reads an area; one that failed stays marked, so that the next pass tries it again. */
-template <typename Load>
-void read(CacheArea area, bool& ok, bool& update, Load load) {
+template <typename Result>
+void read(DataCache& cache, CacheArea area, Result (DataCache::*load)(), bool& ok, bool& update) {
     AreaRead read(area, true);
     try {
-        ok = read.done(load());
+        ok = read.done((cache.*load)() != Result{});
     } catch (const char* message) {
         datacache::ReadTrace::failed(datacache::ReadFault::Exception, "", message, 0, 0);
         read.done(false);
@@ -74,36 +74,30 @@ void DataCache::_drainEventQueue() {
 void DataCache::_updateAreas() {
     if (_switchUpdate) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating switch cache\n");
-        read(CacheArea::Switch, _switchOK, _switchUpdate,
-             [this]() DC_REQUIRES(access_lock) { return _getSwitchInfo() != 0; });
+        read(*this, CacheArea::Switch, &DataCache::_getSwitchInfo, _switchOK, _switchUpdate);
     }
     if (_chassisUpdate) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating chassis cache\n");
-        read(CacheArea::Chassis, _chassisOK, _chassisUpdate,
-             [this]() DC_REQUIRES(access_lock) { return _getChassisInfo() != 0; });
+        read(*this, CacheArea::Chassis, &DataCache::_getChassisInfo, _chassisOK, _chassisUpdate);
     }
     if (_bladesUpdate) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating blades cache\n");
-        read(CacheArea::Blades, _bladesOK, _bladesUpdate,
-             [this]() DC_REQUIRES(access_lock) { return _getBladeInfo(); });
+        read(*this, CacheArea::Blades, &DataCache::_getBladeInfo, _bladesOK, _bladesUpdate);
     }
     if (_portsUpdate) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating ports cache\n");
-        read(CacheArea::Ports, _portsOK, _portsUpdate,
-             [this]() DC_REQUIRES(access_lock) { return _getPortInfo(); });
+        read(*this, CacheArea::Ports, &DataCache::_getPortInfo, _portsOK, _portsUpdate);
     }
     // Required: the accounts count as read though no pass reads them, since only the host asks for them.
     _accountsOK = true;
     _accountsUpdate = false;
     if (_fabricUpdate) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating fabric cache\n");
-        read(CacheArea::Fabric, _fabricOK, _fabricUpdate,
-             [this]() DC_REQUIRES(access_lock) { return _getFabricInfo(); });
+        read(*this, CacheArea::Fabric, &DataCache::_getFabricInfo, _fabricOK, _fabricUpdate);
     }
     if (_zoningUpdate) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating zoning cache\n");
-        read(CacheArea::Zoning, _zoningOK, _zoningUpdate,
-             [this]() DC_REQUIRES(access_lock) { return _getZoningInfo() != 0; });
+        read(*this, CacheArea::Zoning, &DataCache::_getZoningInfo, _zoningOK, _zoningUpdate);
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating zoning cache (Done)\n");
     }
 }

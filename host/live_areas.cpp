@@ -20,8 +20,7 @@ std::optional<std::string> readKey(const std::string& key) {
 }
 
 void readAccounts() {
-    const CacheReader cache;
-    cache->_getAcctInfo();
+    CacheReader()->readAccounts();
 }
 
 Json accountsArea() {
