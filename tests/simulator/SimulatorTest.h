@@ -11,6 +11,17 @@
 #include "simulator/status.h"
 #include "vexlib/vexlib.h"
 
+/** The message of the error that the work ends with. */
+template <typename Work>
+std::string errorOf(Work work) {
+    try {
+        work();
+        return "no error";
+    } catch (const vexsim::InputError& error) {
+        return error.what();
+    }
+}
+
 /** A connected client of an otherwise empty switch. */
 class SimulatorTest : public ::testing::Test {
   protected:

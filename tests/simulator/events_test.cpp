@@ -1,21 +1,16 @@
-#include <atomic>
 #include <fstream>
-#include <mutex>
-#include <thread>
+#include <utility>
 
-#include "simulator/vexsim.h"
 #include "tests/simulator/SimulatorTest.h"
 
 using namespace vexsim;
 
 namespace {
 
-/** What the callback saw; the mutex stands for a lock of the library. */
-std::mutex library_lock;
+/** What the callback saw. */
 std::vector<std::string> seen;
 
 void record(void* context, vex_event_s* event, void*) {
-    const std::lock_guard<std::mutex> lock(library_lock);
     const auto& word = event->source.word;
     const std::string text(event->text, strnlen(event->text, sizeof event->text));
     seen.push_back(std::to_string(event->code) + '[' + std::to_string(word[0]) + ':' +
@@ -75,18 +70,6 @@ TEST_F(EventsTest, OnlyRegisteredCodesArriveUnlessForced) {
     EXPECT_EQ(sim.get("Oper.Switch.OperState"), "Offline");
 }
 
-TEST_F(EventsTest, RegistrationCanBeRefusedWholeOrByCode) {
-    sim.run("do = 'fault'\nfunction = 'vex_enRegisterForEventList'\nresult = 5");
-    EXPECT_EQ(registerFor({{1, 0}}), 5);
-    sim.run("do = 'fault'\nfunction = 'vex_enRegisterForEventList'\nkey = '3'\nstatus = 6");
-    EXPECT_EQ(registerFor({{1, 0}, {3, 0}}), 0);
-    EXPECT_EQ(registered[0].result, 0);
-    EXPECT_EQ(registered[1].result, 6);
-    sim.raise(3, {0, 0, 0}, "");
-    sim.raise(1, {0, 0, 0}, "");
-    EXPECT_THAT(delivered(), testing::ElementsAre("1[0:0:0]"));
-}
-
 TEST_F(EventsTest, TextsMayFillTheirField) {
     ASSERT_EQ(registerFor({{1, 0}}), 0);
     sim.run("do = 'raise'\ncode = 1\ntext = 'ab'\nunterminated = true");
@@ -95,27 +78,6 @@ TEST_F(EventsTest, TextsMayFillTheirField) {
     EXPECT_THAT(delivered(), testing::ElementsAre("1[0:0:0]ab" + std::string(1398, '#'),
                                                   "1[0:0:0]" + std::string(1399, 'x'),
                                                   "1[0:0:0]" + std::string(1400, 'y')));
-}
-
-TEST_F(EventsTest, TheThreadDeliversInOrderWhileTheSwitchIsInUse) {
-    ASSERT_EQ(registerFor({{1, 0}, {33, 0}}), 0);
-    sim.loadSwitchText("[chassis]\nfans = 1\n");
-    sim.setDelivery(Delivery::Thread);
-    {
-        const std::lock_guard<std::mutex> lock(library_lock);  // the callback waits, the switch does not
-        for (int i = 0; i < 200; ++i) {
-            sim.raise(1, {0, 0, i}, "");
-            sim.run("do = 'fan'\nindex = 1\nstate = 'Bad'");
-            EXPECT_EQ(valueOf(get("Oper.Chassis.0.Fan.0")), "Bad");
-        }
-    }
-    sim.waitDelivered();
-    const std::lock_guard<std::mutex> lock(library_lock);
-    ASSERT_EQ(seen.size(), 400U);
-    for (size_t i = 0; i < 200; ++i) {
-        EXPECT_EQ(seen[2 * i], "1[0:0:" + std::to_string(i) + "]");
-        EXPECT_EQ(seen[2 * i + 1], "33[0:0:0]Fan 1 Bad");
-    }
 }
 
 TEST_F(EventsTest, ChangingTheDeliveryLosesNothing) {
@@ -127,37 +89,6 @@ TEST_F(EventsTest, ChangingTheDeliveryLosesNothing) {
     sim.raise(1, {0, 0, 0}, "later");
     EXPECT_EQ(seen, std::vector<std::string>{"1[0:0:0]manual"});
     EXPECT_EQ(sim.deliverPending(), 1U);
-}
-
-TEST_F(EventsTest, AlarmsNameTheirSensorWhereReadersLook) {
-    ASSERT_EQ(registerFor({{40, 0}, {74, 0}, {75, 0}}), 0);
-    sim.run(R"(
-        [[step]]
-        do = "overheat"
-        sensor = "Board"
-        [[step]]
-        do = "overheat"
-        sensor = "Board"
-        wording = "long"
-        [[step]]
-        do = "voltage"
-        sensor = "PS1 12V"
-        level = "high"
-        [[step]]
-        do = "voltage"
-        sensor = "PS1 12V"
-        level = "low"
-        wording = "long"
-    )");
-    const std::vector<std::string> texts = delivered();
-    ASSERT_EQ(texts.size(), 4U);
-    const size_t source = strlen("40[0:0:0]");
-    EXPECT_EQ(texts[0].find("Temp overheat, Board "), source + 17);
-    const size_t behind = texts[1].rfind(')') + 6;
-    EXPECT_EQ(texts[1].substr(behind), "Board temp sensor reading is out of range, it is too high");
-    EXPECT_EQ(texts[2].substr(texts[2].rfind('[') + 1).find("PS1 12V voltage sensor shows "), 0U);
-    EXPECT_EQ(texts[3].substr(texts[3].rfind(')') + 6),
-              "PS1 12V voltage supply is out of range, it is too low");
 }
 
 TEST_F(EventsTest, AScenarioRunsInItsTimeAndWritesItsTranscript) {
@@ -189,18 +120,6 @@ TEST_F(EventsTest, AScenarioRunsInItsTimeAndWritesItsTranscript) {
                                             "event 33 VEX_EVENT_CHASSIS_OPERCHANGE [0:0:0] Fan 1 Bad",
                                             "step s:5 note", "note half", "step s:9 wait"));
     EXPECT_EQ(sim.transcript().back().detail, "half");
-}
-
-TEST_F(EventsTest, AStepThatCannotBeCarriedOutEndsTheScenario) {
-    sim.loadScenarioText(
-        "[[step]]\ndo = 'fan'\nindex = 1\nstate = 'Bad'\n[[step]]\ndo = 'wait'\nfor = 3600\n", "s");
-    sim.startScenario();
-    char error[64];
-    EXPECT_EQ(vexsim_wait_scenario(10'000, error, sizeof error), -1);
-    EXPECT_STREQ(error, "s:1: the chassis has no Fan 1");
-    char cut[4];
-    EXPECT_EQ(vexsim_load_switch("/nowhere", cut, sizeof cut), -1);
-    EXPECT_STREQ(cut, "/no");
 }
 
 TEST_F(EventsTest, ResetEndsARunningScenario) {

@@ -60,20 +60,6 @@ TEST_F(SessionTest, EachCommandNeedsWhatComesBeforeIt) {
     }
 }
 
-TEST_F(SessionTest, SettingsWaitForTheSave) {
-    ASSERT_EQ(send("Switch.ReqAdmin Switch.EditConfig Config.Services.SSHEnable=False"), Ok);
-    EXPECT_EQ(sim.get("Config.Services.SSHEnable"), "True");
-    ASSERT_EQ(send("Switch.CancelConfig Switch.EditConfig Switch.SaveConfig"), Ok);
-    EXPECT_EQ(sim.get("Config.Services.SSHEnable"), "True");
-    ASSERT_EQ(send("Switch.EditConfig Config.Services.SSHEnable=False Switch.ActConfig"), Ok);
-    EXPECT_EQ(sim.get("Config.Services.SSHEnable"), "False");
-    ASSERT_EQ(send("Cim.EditConfig Config.Services.SSHEnable=True Cim.SaveConfig Switch.BackupConfig"), Ok);
-    EXPECT_EQ(sim.get("Config.Services.SSHEnable"), "True");
-    sim.set("Config.Services.SSHEnable", "Changed");
-    ASSERT_EQ(send("Switch.RestoreConfig"), Ok);
-    EXPECT_EQ(sim.get("Config.Services.SSHEnable"), "True");
-}
-
 TEST_F(SessionTest, ASingleSetHasItsValueBehindTheKey) {
     ASSERT_EQ(send("Switch.ReqAdmin Switch.EditConfig"), Ok);
     EXPECT_EQ(command("Config.System.Address.10.0.0.2"), Ok);
