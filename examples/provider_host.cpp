@@ -1,5 +1,5 @@
-// A host as a management provider is one: follows every event, lists the ports, says what is stale and why, and
-// edits the fabric's zoning.
+// A host as a management provider is one: follows every event, lists the ports, says what is stale and why,
+// and edits the fabric's zoning.
 #include <unistd.h>
 
 #include <cstdio>
@@ -69,7 +69,7 @@ int main(int argc, char** argv) {
     settle();
     reportHealth();
     listPorts();
-    const bool zoned = zonePort("backup", "1000001122334455");
+    const bool zoned = zonePort("nightly", "1000001122334455");
     settle();  // the switch tells of its new zoning, and the cache loads it
     std::printf("zones  %zu\n", CacheReader().zoning().database().zones.size());
     std::fflush(stdout);

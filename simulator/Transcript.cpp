@@ -55,8 +55,11 @@ void Transcript::keep(bool on) {
 
 void Transcript::writeTo(const std::string& path) {
     const Lock lock(_mutex);
+    const bool lost = _file.is_open() && !_file;
     _file.close();
     _file.clear();
+    if (lost) throw std::runtime_error(_path + ": lines of the transcript could not be written");
+    _path = path;
     if (path.empty()) return;
     errno = 0;
     _file.open(path, std::ios::app);

@@ -39,6 +39,7 @@ class Transcript {
     std::vector<Call> _calls DC_GUARDED_BY(_mutex);
     bool _keep DC_GUARDED_BY(_mutex) = false;
     std::ofstream _file DC_GUARDED_BY(_mutex);
+    std::string _path DC_GUARDED_BY(_mutex);
     std::chrono::steady_clock::time_point _opened DC_GUARDED_BY(_mutex);
 };
 

@@ -11,19 +11,19 @@ trap 'rm -rf "$work"' EXIT
 cd "$work"
 
 # A tree as a reader has it: the examples, and the tools where the build puts them.
-mkdir -p build/demo/bin blocks
+mkdir -p build/dev/bin blocks
 ln -s "$sources/examples" examples
 for tool in datacache-host datacache-mkswitch; do
-    printf '#!/bin/sh\nexec %s "%s/%s" "$@"\n' "$*" "$bin" "$tool" > "build/demo/bin/$tool"
+    printf '#!/bin/sh\nexec %s "%s/%s" "$@"\n' "$*" "$bin" "$tool" > "build/dev/bin/$tool"
 done
 if ! command -v dot > /dev/null; then  # of the package graphviz; without it, its input must at least be a graph
-    printf "#!/bin/sh\nsed -n '1{/^graph fabric {\$/!q1};\$p' | grep -qx '}'\n" > build/demo/bin/dot
+    printf "#!/bin/sh\nsed -n '1{/^graph fabric {\$/!q1};\$p' | grep -qx '}'\n" > build/dev/bin/dot
 fi
-chmod +x build/demo/bin/*
-export PATH=$work/build/demo/bin:$PATH
+chmod +x build/dev/bin/*
+export PATH=$work/build/dev/bin:$PATH
 
 # Each block becomes a script, and what a "$ " command prints a file beside it.
-"$work/build/demo/bin/datacache-host" --help | sed -n 's/^  datacache-host/\n    &/p' | sed 's/^      /    /' > help.md
+"$work/build/dev/bin/datacache-host" --help | sed -n 's/^  datacache-host/\n    &/p' | sed 's/^      /    /' > help.md
 awk '
     FNR == 1 { block = "" }
     !/^    / { block = ""; next }

@@ -29,6 +29,7 @@ TEST_F(HostTest, EveryAreaShowsWhatTheSwitchHas) {
           "    alias db", "      wwn 10000011223344AA"}},
         {"properties", {"  telnet enabled         True", "  domain id              3"}},
         {"lsdb", {"    3          0  1           10"}},
+        {"health", {"  up to date           yes"}},
     };
     for (const auto& row : cases) {
         Tool tool(HOST_TOOL, {"show", row.area, "--switch", fullFile});
@@ -40,7 +41,7 @@ TEST_F(HostTest, EveryAreaShowsWhatTheSwitchHas) {
     std::vector<std::string> names;
     for (const std::string& line : json.output) names.push_back(nlohmann::json::parse(line).at("area"));
     EXPECT_THAT(names, ::testing::ElementsAre("switch", "chassis", "blades", "ports", "fabric", "accounts",
-                                              "zoning", "properties", "lsdb"));
+                                              "zoning", "properties", "lsdb", "health"));
 }
 
 TEST_F(HostTest, TheGraphHasTheSwitchesTheirPortsAndLinks) {

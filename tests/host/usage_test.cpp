@@ -58,6 +58,9 @@ TEST_F(HostTest, OutputIsWrittenOrItsFailureTold) {
         EXPECT_EQ(tool.finish(), 1);
         EXPECT_THAT(tool.errors, HasSubstr("standard output cannot be written"));
     }
+    Tool full(HOST_TOOL, {"show", "switch", "--switch", fullFile, "--transcript", "/dev/full"});
+    EXPECT_EQ(full.finish(), 1);
+    EXPECT_THAT(full.errors, HasSubstr("/dev/full: lines of the transcript could not be written"));
 }
 
 TEST_F(HostTest, ARefusedConnectionIsNotSilent) {
@@ -100,8 +103,9 @@ TEST_F(HostTest, AnAreaThatCannotBeReadHidesNoOther) {
         Tool tool(HOST_TOOL, arguments);
         EXPECT_EQ(tool.finish(), row.good ? 0 : 1) << row.line;
         EXPECT_THAT(tool.output, Contains(row.line));
-        EXPECT_EQ(tool.errors,
-                  row.good ? "" : "datacache-host: chassis is not up to date (see /tmp/cim.out)\n");
+        EXPECT_EQ(tool.errors, row.good ? ""
+                                        : "datacache-host: chassis is not up to date: vex_smlGetBatch of "
+                                          "Oper.Chassis.0.PowerSupplies and 3 more keys failed with 0x5\n");
     }
 }
 
@@ -126,8 +130,14 @@ TEST_F(HostTest, AStepThatCannotBeCarriedOutIsWrongInput) {
     EXPECT_THAT(tool.output, Contains("Chassis"));
 }
 
-TEST_F(HostTest, TheMinimalHostReadsTheSwitch) {
-    Tool tool(MINIMAL_HOST, {switchFile});
-    EXPECT_EQ(tool.finish(), 0) << tool.errors;
-    EXPECT_THAT(tool.output, Contains("switch 1000001122334455 has 2 power supplies"));
+TEST_F(HostTest, TheExampleHostsReadAndZone) {
+    Tool minimal(MINIMAL_HOST, {switchFile});
+    EXPECT_EQ(minimal.finish(), 0) << minimal.errors;
+    EXPECT_THAT(minimal.output, Contains("switch 1000001122334455 has 2 power supplies"));
+    Tool provider(PROVIDER_HOST, {EXAMPLES_DIR "/blade-module.toml"});
+    EXPECT_EQ(provider.finish(), 0) << provider.errors;
+    for (const char* line : {"port   0 2000001122334401 OK", "zoning committed",
+                             "event  DCEventZoningDBChange wwn=1000001122334401"}) {
+        EXPECT_THAT(provider.output, Contains(line));
+    }
 }

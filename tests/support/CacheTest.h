@@ -55,6 +55,9 @@ class CacheTest : public ::testing::Test {
     DataCache& cache() { return *DataCache::instance; }
     CachePeer peer() { return CachePeer(cache()); }
 
+    /** How often the test itself has the cache misuse the switch library, until restart(). */
+    size_t misuse = 0;
+
     vexsim::Simulator& sim = vexsim::Simulator::instance();
 
   private:
