@@ -52,10 +52,9 @@ bool ApiCall::refused(uint32_t handle) DC_NO_THREAD_SAFETY_ANALYSIS {
     return refused();
 }
 
-bool ApiCall::misused(bool wrong) DC_NO_THREAD_SAFETY_ANALYSIS {
-    if (wrong) ++_core.misuse;
-    if (wrong && !refused()) _effect.result = static_cast<int32_t>(BadArgument);
-    return refused();
+void ApiCall::countMisuse() DC_NO_THREAD_SAFETY_ANALYSIS {
+    ++_core.misuse;
+    if (!refused()) _effect.result = static_cast<int32_t>(BadArgument);
 }
 
 int32_t ApiCall::done(int32_t result) DC_NO_THREAD_SAFETY_ANALYSIS {

@@ -65,7 +65,10 @@ class DC_SCOPED_CAPABILITY ApiCall {
      */
     bool refused() const { return _effect.result.has_value(); }
     /** The same; counts a misuse first where the caller gave what would bring a real library down. */
-    bool misused(bool wrong);
+    bool misused(bool wrong) {
+        if (wrong) countMisuse();
+        return wrong || refused();
+    }
     /** The same, and true for a handle that no connection has. */
     bool refused(uint32_t handle);
     int32_t refusal() { return done(*_effect.result); }
@@ -93,6 +96,8 @@ class DC_SCOPED_CAPABILITY ApiCall {
     void* doneHandle(void* handle);
 
   private:
+    void countMisuse();
+
     Core& _core;
     Lock _lock;
     const char* _function;
