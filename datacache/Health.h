@@ -76,10 +76,13 @@ struct CapacityHealth {
     bool domainListFull = false;
     uint32_t portEntriesBeyond = 0;  ///< port entries behind the first 256 of remote switches, in all
     uint32_t localPortsBeyond = 0;   ///< local ports behind the first 128
-    uint32_t slotsBeyond = 0;        ///< slots of the chassis behind the first 32
+    /** Remote switches whose management server kept failing, so that their ports are never read again. */
+    uint32_t switchesGivenUp = 0;
+    uint32_t slotsBeyond = 0;  ///< slots of the chassis behind the first 32
 
     bool complete() const {
-        return !domainListFull && portEntriesBeyond == 0 && localPortsBeyond == 0 && slotsBeyond == 0;
+        return !domainListFull && portEntriesBeyond == 0 && localPortsBeyond == 0 && slotsBeyond == 0 &&
+               switchesGivenUp == 0;
     }
 };
 

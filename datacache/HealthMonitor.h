@@ -44,6 +44,7 @@ class HealthMonitor {
 
     void domainList(bool full) DC_EXCLUDES(health_lock);
     void portEntriesBeyond(uint32_t entries) DC_EXCLUDES(health_lock);
+    void switchGivenUp() DC_EXCLUDES(health_lock);
     void localPorts(int64_t beyond) DC_EXCLUDES(health_lock);
     void slots(int64_t beyond) DC_EXCLUDES(health_lock);
 

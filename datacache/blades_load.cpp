@@ -96,13 +96,13 @@ bool readSingleSlot(uint32_t handle, BladeState& state) {
 }
 
 /** Components of one kind in all slots, those that leave no entry included. */
-struct Counts {
+struct ComponentCounts {
     uint16_t fans = 0;
     uint16_t powerSupplies = 0;
 };
 
 /** Reads slot after slot; one that fails ends it, and the state keeps what was read before. */
-bool readSlots(uint32_t handle, BladeState& state, Counts& counts) {
+bool readSlots(uint32_t handle, BladeState& state, ComponentCounts& counts) {
     for (uint16_t number = 0; number < state.slotCount; ++number) {
         Slot slot;
         if (!readSlot(handle, number, slot)) {
@@ -134,7 +134,7 @@ void reportAdd(DataCacheCallback host, const Wwn& name, uint16_t kind, uint16_t 
 }
 
 void reportRemove(DataCacheCallback host, const Wwn& name, uint16_t kind, uint16_t slot,
-                  const Counts& counts) {
+                  const ComponentCounts& counts) {
     switch (kind) {
         case KIND_FAN:
             return notify(host, DCEventFanRemove(name, slot, counts.fans));
@@ -150,7 +150,7 @@ void reportRemove(DataCacheCallback host, const Wwn& name, uint16_t kind, uint16
 }
 
 void reportChanges(DataCacheCallback host, const Wwn& name, const BladeState& before, const BladeState& now,
-                   const Counts& counts) {
+                   const ComponentCounts& counts) {
     const uint16_t slots = std::min(now.slotCount, kMaxSlots);
     for (uint16_t slot = 0; slot < slots; ++slot) {
         if (now.kind[slot] == before.kind[slot]) continue;
@@ -175,7 +175,7 @@ bool DataCache::_getBladeInfo() {
     // A single slot is no chassis: it reports nothing and does not count as loaded.
     if (_bladeState.slotCount == 1) return readSingleSlot(_handle, _bladeState);
 
-    Counts counts;
+    ComponentCounts counts;
     if (!readSlots(_handle, _bladeState, counts)) return false;
     if (_bladeState.loaded) {
         reportChanges(_callback, _switchState.switchWwn, _prevBladeState, _bladeState, counts);

@@ -48,14 +48,14 @@ struct Faults {
 };
 
 /** What is read first: the counts, and whether there are fault lists. */
-struct Counts {
+struct ChassisCounts {
     uint16_t powerSupplies = 0;
     uint16_t fans = 0;
     uint16_t slots = 0;
     bool monitoring = false;
 };
 
-bool readCounts(uint32_t handle, Counts& counts) {
+bool readCounts(uint32_t handle, ChassisCounts& counts) {
     SmlBatch batch(4);
     const size_t powerSuppliesKey = batch.add("Oper.Chassis.0.PowerSupplies");
     const size_t fansKey = batch.add("Oper.Chassis.0.Fans");
@@ -68,7 +68,7 @@ bool readCounts(uint32_t handle, Counts& counts) {
 }
 
 /** Reads the statuses of as many units as the state counts, and the fault lists. */
-bool readUnits(uint32_t handle, const Counts& counts, ChassisState& state) {
+bool readUnits(uint32_t handle, const ChassisCounts& counts, ChassisState& state) {
     const uint16_t faultLists = std::min(counts.slots, kMaxFaultListSlots);
     SmlBatch batch(size_t{1} + counts.powerSupplies + counts.fans + faultLists);
     for (int i = 0; i < counts.powerSupplies; ++i) batch.add("Oper.Chassis.0.PowerSupply.%d", i);
@@ -117,7 +117,7 @@ void reportPowerSupplies(DataCacheCallback host, const Wwn& name, const ChassisS
 
 int DataCache::_getChassisInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getChassisInfo()\n");
-    Counts counts;
+    ChassisCounts counts;
     if (!readCounts(_handle, counts)) return 0;
     _prevChassisState = _chassisState;
     _chassisState.powerSupplyCount = counts.powerSupplies;

@@ -99,5 +99,6 @@ void DataCache::_updateAreas() {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating zoning cache\n");
         read(*this, CacheArea::Zoning, &DataCache::_getZoningInfo, _zoningOK, _zoningUpdate);
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating zoning cache (Done)\n");
+        if (_zoningCache._reloadWanted) updateZoning();  // a session ended inside the callback
     }
 }

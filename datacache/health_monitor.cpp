@@ -131,11 +131,17 @@ void HealthMonitor::domainList(bool full) {
     const HealthGuard guard;
     _health.capacity.domainListFull = full;
     _health.capacity.portEntriesBeyond = 0;  // which the rest of the load counts anew
+    _health.capacity.switchesGivenUp = 0;
 }
 
 void HealthMonitor::portEntriesBeyond(uint32_t entries) {
     const HealthGuard guard;
     _health.capacity.portEntriesBeyond += entries;
+}
+
+void HealthMonitor::switchGivenUp() {
+    const HealthGuard guard;
+    ++_health.capacity.switchesGivenUp;
 }
 
 void HealthMonitor::localPorts(int64_t beyond) {

@@ -6,10 +6,20 @@
 
 using datacache::HealthMonitor;
 
+namespace {
+
+/** Neither an area that is not up to date nor an event, such as one whose dispatch was left by an exception.
+ */
+bool nothingToMend() {
+    HealthMonitor& health = HealthMonitor::instance();
+    return !health.anyAreaStale() && health.noEventWaits();
+}
+
+}  // namespace
+
 DataCache* DataCache::instance = nullptr;
 
 DataCache::DataCache() {
-    HealthMonitor::instance().reset();
     _zoningCache._requestReload = [this] { reloadZoning(); };
 }
 
@@ -26,6 +36,7 @@ bool DataCache::init() {
     if (instance == nullptr) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Creating a new datacache()\n");
         instance = new DataCache();
+        HealthMonitor::instance().reset();
     }
     instance->startVexlib();
     cim_log(CIM_LOG_TRACE, instance->_zoningCache.initZoningLimits()
@@ -87,7 +98,7 @@ void* DataCache::evalThread(void*) {
     cim_log(CIM_LOG_TRACE, "DCACHE: (EVAL) starting\n");
     startEvaluation();
     for (;;) {
-        if (awaitEvaluation() == Wake::RetryDue && !HealthMonitor::instance().anyAreaStale()) continue;
+        if (awaitEvaluation() == Wake::RetryDue && nothingToMend()) continue;
         cim_log(CIM_LOG_TRACE, "DCACHE: (EVAL) awake\n");
         const AccessGuard guard;
         if (!instance->evaluateCaches())

@@ -24,6 +24,7 @@ bool loadPorts(uint32_t handle, SwitchCache& remote, long& requestTime) {
             ++remote._mserver_errors;
         } else {
             remote._mserver_timeout = true;
+            datacache::HealthMonitor::instance().switchGivenUp();
         }
         return true;
     }
@@ -64,6 +65,7 @@ bool DataCache::_load_mserver_ports() {
         if (current._mserver_timeout) {
             cim_log(CIM_LOG_TRACE, "DCACHE: _load_mserver_ports - skip %s due to mserver err timeout\n",
                     current.getWwn().c_str());
+            datacache::HealthMonitor::instance().switchGivenUp();
         } else if (current._local) {
             cim_log(CIM_LOG_TRACE, "DCACHE: _load_mserver_ports - skip local %s\n", current.getWwn().c_str());
         } else {

@@ -13,9 +13,10 @@ datacache::Health DataCache::health() {
 }
 
 bool DataCache::idle() {
-    // In this order: an event that no longer waits was taken up by a pass, which still shows in the second
-    // test.
-    return HealthMonitor::instance().noEventWaits() && evaluationIdle();
+    // Events are asked for before, as one that no longer waits was taken up by a pass, which still shows in
+    // the second test; and after, as one may have come while that pass ended.
+    HealthMonitor& health = HealthMonitor::instance();
+    return health.noEventWaits() && evaluationIdle() && health.noEventWaits();
 }
 
 void DataCache::refreshNow() {

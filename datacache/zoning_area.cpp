@@ -38,5 +38,7 @@ int DataCache::_getZoningInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: DCEventZoningDBChange\n");
     notify(_callback, DCEventZoningDBChange(getRootSwitchWorldWideName()));
     cache._prevInactiveChecksum = cache._inactiveChecksum;
+    // Required: a reloadZoning() inside the callback is lost here. What a session there asked for is not.
+    cache._configuredDue = cache._reloadWanted;
     return 1;
 }

@@ -84,7 +84,7 @@ std::string staleReason(const std::string& name) {
 }
 
 void warnOfCapacity() {
-    static bool told[4];
+    static bool told[5];
     const CapacityHealth capacity = DataCache::health().capacity;
     const auto warn = [](bool& known, bool now, const std::string& text) {
         if (now && !known) std::cerr << "datacache-host: " << text << std::endl;
@@ -99,6 +99,9 @@ void warnOfCapacity() {
              " ports of other switches are not shown: the cache holds 256 a switch");
     warn(told[2], capacity.localPortsBeyond != 0,
          std::to_string(capacity.localPortsBeyond) + " local ports are not shown: the cache holds 128");
+    warn(told[4], capacity.switchesGivenUp != 0,
+         "the ports of " + std::to_string(capacity.switchesGivenUp) +
+             " switches are not read any more: their management server kept failing");
     warn(told[3], capacity.slotsBeyond != 0,
          std::to_string(capacity.slotsBeyond) + " slots are not shown: the cache holds 32");
 }

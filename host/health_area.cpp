@@ -84,7 +84,8 @@ Json healthArea() {
           {"domainListFull", capacity.domainListFull},
           {"portEntriesBeyond", capacity.portEntriesBeyond},
           {"localPortsBeyond", capacity.localPortsBeyond},
-          {"slotsBeyond", capacity.slotsBeyond}}},
+          {"slotsBeyond", capacity.slotsBeyond},
+          {"switchesGivenUp", capacity.switchesGivenUp}}},
         {"areas", areas},
     };
 }

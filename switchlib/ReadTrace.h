@@ -31,6 +31,8 @@ class ReadTrace {
     static void called();
     /** Notes a failure; `status`, `keys` and the texts are as in ReadFailure. */
     static void failed(ReadFault fault, const char* call, const char* key, uint32_t keys, int32_t status);
+    /** Counts another failure of the call that failed last. */
+    static void failedToo();
     /** Notes where the log tells of the last failure. */
     static void place(const char* function, int line);
 

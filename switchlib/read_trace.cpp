@@ -43,6 +43,10 @@ void ReadTrace::failed(ReadFault fault, const char* call, const char* key, uint3
     if (++current->_failures == 1) current->_first = failure;
 }
 
+void ReadTrace::failedToo() {
+    if (current != nullptr) ++current->_failures;
+}
+
 void ReadTrace::place(const char* function, int line) {
     if (current == nullptr) return;
     keep(current->_last.function, function);

@@ -33,10 +33,16 @@ bool SmlBatch::get(uint32_t handle, uint32_t expected) {
         ReadTrace::failed(ReadFault::CallFailed, kCall, _records.front().key, count, result);
         return false;
     }
+    bool noted = false;  // the first one, as in the log; the others are counted
     for (const vex_smlrequest_s& record : _records) {
         if (record.status == 0 || record.status == expected) continue;
-        ReadTrace::failed(ReadFault::KeyFailed, kCall, record.key, count,
-                          static_cast<int32_t>(record.status));
+        if (noted) {
+            ReadTrace::failedToo();
+        } else {
+            ReadTrace::failed(ReadFault::KeyFailed, kCall, record.key, count,
+                              static_cast<int32_t>(record.status));
+        }
+        noted = true;
     }
     return true;
 }

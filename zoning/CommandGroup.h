@@ -30,13 +30,13 @@ class CommandGroup {
     }
     /** After a send that failed: the first command that was refused, or the call when it failed as a whole.
      */
-    datacache::ZoningFailure failure() const {
+    datacache::ZoningFailure failure() const noexcept {
         for (int i = 0; i < _group->count; ++i) {
             char* value = nullptr;
             const uint32_t status = vex_smlGetResult(_group, i, &value);
-            if (status != 0) return {std::string(boundedText(_group->records[i].key)), status};
+            if (status != 0) return datacache::failureOf(boundedText(_group->records[i].key), status);
         }
-        return {"vex_smlSetBatch", _result};
+        return datacache::failureOf("vex_smlSetBatch", _result);
     }
 
   private:

@@ -116,7 +116,7 @@ class DC_EXPORT ZoningCache {
      */
     int replaceZoningDB() DC_TAKES(access_lock);
 
-    // ---- Counts and limits; until the limits are read every check answers that the database is full ----
+    // ---- Counts and limits; until the limits are read a check answers "full" where its count is 0 ----
 
     /** Counts, then reads the fabric's limits; false when these cannot be read. */
     bool initZoningLimits() DC_TAKES(access_lock);
@@ -225,6 +225,8 @@ class DC_EXPORT ZoningCache {
 
     /** The configured part must be loaded whatever its checksum: a load of it failed, or was asked for. */
     bool _configuredDue DC_GUARDED_BY(access_lock) = false;
+    /** A session ended, and the configured part was not loaded since. */
+    bool _reloadWanted DC_GUARDED_BY(access_lock) = false;
     /** How often the configured part, and with it every edit, was thrown away. */
     uint32_t _generation DC_GUARDED_BY(access_lock) = 0;
     /** Edits of a session stand in the database that were neither sent nor given up. */

@@ -63,7 +63,8 @@ struct ZoningDatabase {
      * or out of date, and no edit can be committed.
      */
     bool loaded = false;
-    /** False when the switch library failed to read an object; that one is missing or has empty fields. */
+    /** False when the switch library failed to read an object; that one has empty fields, or is
+     * missing with those behind it. */
     bool complete = true;
     /** What the switch called the active zoneset at the last refresh; empty for none. Its contents may be
      * missing all the same, when the switch did not hand them out. */
@@ -72,7 +73,7 @@ struct ZoningDatabase {
     std::vector<ZoningZone> zones;        ///< every configured zone
     std::vector<ZoningAlias> aliases;     ///< every configured alias
     ZoningSize size;
-    /** The fabric's limits; all 0 when they were never read, and every edit that adds is then refused. */
+    /** The fabric's limits; all 0 when they were never read. */
     vex_fzs_limits_s limits{};
     bool limitsRead = false;
 };

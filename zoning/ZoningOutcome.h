@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "common/export.h"
 
@@ -30,6 +31,10 @@ struct ZoningFailure {
     ZoningLimit limit = ZoningLimit::None;  ///< the limit that is reached
     int32_t number = 0;                     ///< the number at which it is
 };
+
+/** A call or a command that failed; empty when there is no memory for its text, as nothing may then be lost
+ * but the reason. */
+ZoningFailure failureOf(std::string_view call, int64_t result = 0) noexcept;
 
 /** How a step of a ZoningSession ended. */
 enum class ZoningStatus : uint8_t {

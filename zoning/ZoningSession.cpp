@@ -143,6 +143,7 @@ ZoningOutcome ZoningSession::commit() {
     // The group may have stopped before it gave the lock and admin rights back.
     _lockChanges = _zoning._lockChanges;
     _close();
+    _zoning._endEdits();  // also those that were made without a session
     return outcome;
 }
 

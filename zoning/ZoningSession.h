@@ -27,8 +27,8 @@ namespace datacache {
  * the switch's zoning anew, which it tells with DCEventZoningDBChange. Until then the abandoned edits can
  * still be read, and a next session may lock but not edit (NotLoaded).
  *
- * Every step gives a ZoningOutcome; nothing throws but std::bad_alloc. A step that is not done leaves the
- * session open, so that another one may be tried. An edit that failed with LibraryFailed or NotFound
+ * Every step gives a ZoningOutcome; nothing throws but std::bad_alloc. An edit that is not done leaves
+ * the session open, so that another one may be tried. An edit that failed with LibraryFailed or NotFound
  * may have changed a part of the database; abandon the session unless you know better.
  *
  * What makes a session worthless, and every edit and the commit are then refused:

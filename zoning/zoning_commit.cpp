@@ -110,7 +110,7 @@ int ZoningCache::replaceZoningDB() {
         group.add("Cmd.Switch.RelAdmin");
     } catch (const Inconsistent& error) {
         logException(error);
-        _failure = {error.call};
+        _failure = datacache::failureOf(error.call);
         return 0;
     }
     if (!group.ok()) return 0;

@@ -46,7 +46,7 @@ struct Database {
 /** Notes which call stopped an edit. */
 uint32_t failed(ZoningFailure& failure, const char* call, int32_t returned = 0,
                 uint32_t code = ZONING_FAILED) {
-    failure = {call, returned};
+    failure = datacache::failureOf(call, returned);
     return code;
 }
 

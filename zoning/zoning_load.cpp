@@ -58,12 +58,15 @@ void ZoningCache::_markForReload() {
 
 void ZoningCache::_endEdits() {
     _edited = false;
+    _reloadWanted = true;
     _markForReload();
     if (_requestReload) _requestReload();
 }
 
 bool ZoningCache::_loadConfigured(uint32_t handle) {
     _configuredDue = true;  // until all of it is here
+    _edited = false;
+    _reloadWanted = false;
     clearInactive();
     clearUber();
     _dropEntry(ZONESET_UBER);

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "common/cim_log.h"
 #include "switchlib/uptime_seconds.h"
 #include "zoning/CommandGroup.h"
@@ -6,11 +8,11 @@
 
 int ZoningCache::ZoningLock(char* lockId) {
     const AccessGuard guard;
-    ++_lockChanges;
     datacache::ZoningFailure failure;
     {
         CommandGroup group(2);
         if (!group.ok()) return 0;
+        ++_lockChanges;
         _lockTime = static_cast<int32_t>(uptimeSeconds());
         group.add("Cmd.Switch.ReqAdmin");
         group.add("Cmd.Zoning.FabricLock.77");
@@ -24,15 +26,15 @@ int ZoningCache::ZoningLock(char* lockId) {
     _lockId.clear();
     _lockHeld = false;
     ZoningUnlock();  // gives admin rights back, which the first command may have obtained
-    _failure = failure;
+    _failure = std::move(failure);
     return 0;
 }
 
 int ZoningCache::ZoningUnlock() {
     const AccessGuard guard;
-    ++_lockChanges;
     CommandGroup group(2);
     if (!group.ok()) return 0;
+    ++_lockChanges;
     group.add("Cmd.Zoning.FabricUnlock.77");
     group.add("Cmd.Switch.RelAdmin");
     const bool released = group.send();

@@ -1,5 +1,7 @@
 #include "zoning/ZoningOutcome.h"
 
+#include <new>
+
 namespace datacache {
 namespace {
 
@@ -55,7 +57,7 @@ std::string reasonOf(ZoningStatus status, const ZoningFailure& failure) {
         case ZoningStatus::OutOfMemory:
             return "nothing was sent: out of memory";
         case ZoningStatus::NotLoaded:
-            return "the configured zoning is not loaded; try again when the cache is up to date";
+            return "the configured zoning is not loaded; have it loaded by DataCache::reloadZoning()";
         case ZoningStatus::Reloaded:
             return "the zoning was loaded anew and the session's edits are lost; begin a new session";
         case ZoningStatus::Expired:
@@ -69,6 +71,14 @@ std::string reasonOf(ZoningStatus status, const ZoningFailure& failure) {
 }
 
 }  // namespace
+
+ZoningFailure failureOf(std::string_view call, int64_t result) noexcept {
+    try {
+        return {std::string(call), result};
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
 
 std::string ZoningOutcome::text() const {
     return step + ": " + reason();

@@ -265,16 +265,15 @@ TEST_F(HealthTest, AScanOfThePortsCostsAlmostNoAllocations) {
     cache().localPortRefreshSet();
     size_t bare = 0;
     {
-        static constexpr const char* kKeys[] = {
-            "Oper.UserPort.0.%zu.OperState",       "Oper.UserPort.0.%zu.AdminState",
-            "Config.UserPort.0.%zu.Type",          "Oper.UserPort.0.%zu.DDM.Supported",
-            "Oper.UserPort.0.%zu.SFPData0_31",     "Oper.UserPort.0.%zu.SFPData32_63",
-            "Oper.UserPort.0.%zu.SFPSerialNumber", "Oper.UserPort.0.%zu.HWType"};
+        static constexpr const char* kKeys[] = {"OperState",       "AdminState",  "Type",
+                                                "DDM.Supported",   "SFPData0_31", "SFPData32_63",
+                                                "SFPSerialNumber", "HWType"};
         vex_smlrequest_s records[std::size(kKeys)] = {};
         const Allocations allocations;
         for (size_t port = 0; port < kPorts; ++port) {
             for (size_t i = 0; i < std::size(kKeys); ++i) {
-                std::snprintf(records[i].key, sizeof records[i].key, kKeys[i], port);
+                std::snprintf(records[i].key, sizeof records[i].key, "%s.UserPort.0.%zu.%s",
+                              i == 2 ? "Config" : "Oper", port, kKeys[i]);
             }
             vex_smlGetBatch(hSwitch, records, std::size(kKeys));
         }
