@@ -4,6 +4,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -47,8 +48,9 @@ std::vector<std::string> messages(const std::string& path) {
 
 std::string local_second() {
     char text[32];
-    const std::time_t now = std::time(nullptr);
-    std::strftime(text, sizeof text, "%m/%d %H:%M:%S", std::localtime(&now));
+    timeval now{};  // not std::time(), whose clock turns a little later than this one
+    gettimeofday(&now, nullptr);
+    std::strftime(text, sizeof text, "%m/%d %H:%M:%S", std::localtime(&now.tv_sec));
     return text;
 }
 

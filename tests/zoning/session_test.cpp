@@ -188,6 +188,55 @@ TEST_F(ZoningSessions, ThatAreTakenOverLeaveNothingToTheNext) {
     EXPECT_EQ(database.zones.size(), 4U);
 }
 
+/** Runs once at the next change of the database, inside the callback. */
+std::function<void()> insideTheCallback;
+
+TEST_F(ZoningSessions, ThatEndInsideTheCallbackAreFollowedByALoad) {
+    {
+        const AccessGuard guard;
+        peer().callback = [](DataCacheEvent* event) {
+            if (event->type != DCEventZoningDBChange::TYPE || !insideTheCallback) return;
+            std::exchange(insideTheCallback, nullptr)();
+        };
+    }
+    insideTheCallback = [this] {
+        ZoningSession session(zoning(), client);
+        EXPECT_TRUE(session.createZone("z9", VEX_ZT_SOFT).done());
+    };
+    cache().reloadZoning();
+    EXPECT_GE(settle(), 2);
+    EXPECT_EQ(insideTheCallback, nullptr);
+    Zonesets now = cached();
+    now.erase(kActive);
+    EXPECT_EQ(now, onSwitch()) << "the edits are gone";
+    EXPECT_TRUE(ZoningSession(zoning(), client).createZone("z9", VEX_ZT_SOFT).done());
+    settle();
+
+    insideTheCallback = [this] { cache().reloadZoning(); };
+    cache().reloadZoning();
+    settle();
+    EXPECT_TRUE(zoning().database().loaded) << "a request in there is lost, and locks nobody out";
+    EXPECT_EQ(settle(), 0);
+}
+
+TEST_F(ZoningSessions, AreFreeToBeginAnewOnceTheZoningWasLoadedAnew) {
+    {
+        ZoningSession session(zoning(), client);
+        EXPECT_TRUE(session.createZone("z9", VEX_ZT_SOFT).done());
+        cache().reloadZoning();
+        settle();
+        EXPECT_EQ(session.createZone("z8", VEX_ZT_SOFT).status, ZoningStatus::Reloaded);
+    }
+    EXPECT_TRUE(ZoningSession(zoning(), client).createZone("z9", VEX_ZT_SOFT).done());
+}
+
+TEST_F(ZoningSessions, ThatAreRefusedDropTheEditsOfNoSessionToo) {
+    EXPECT_EQ(zoning().createZone(Arg{"z9"}, VEX_ZT_SOFT), ZONING_DONE);
+    fault("function = 'vex_smlSetBatch'\nkey = 'Cmd.Zoning.SaveConfig'\nstatus = 4");
+    EXPECT_EQ(ZoningSession(zoning(), client).commit().status, ZoningStatus::Refused);
+    expectBackToTheSwitch();
+}
+
 TEST_F(ZoningSessions, DatabaseIsACopyOfValues) {
     const auto text = [](const ZoningDatabase& database) {
         std::string all;
