@@ -167,6 +167,7 @@ std::vector<std::string> DataCache::_parseSMLList(std::string list) {
     return fields;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): by value, as callers know it
 bool DataCache::_fabricContainsWWN(std::vector<Wwn> names, Wwn name) {
     return holds(names, name);
 }
