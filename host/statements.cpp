@@ -94,9 +94,9 @@ Statement parseStatement(const std::vector<StatementForm>& language, const std::
         std::optional<Words> operands = match(form, words);
         if (!operands) continue;
         if (form.code == ZONE_WAIT && !secondsIn(operands->front())) {
-            std::string message = where + ": " + text;
-            throw HostInputError(
-                message.append(": ").append(operands->front()).append(" is no number of seconds"));
+            std::string message = where;
+            message.append(": ").append(text).append(": ").append(operands->front());
+            throw HostInputError(message.append(" is no number of seconds"));
         }
         return {form.code, std::move(*operands), text};
     }

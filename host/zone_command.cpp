@@ -128,7 +128,7 @@ Outcome ZoneStatements::lock() {
 
 Outcome ZoneStatements::unlock() {
     if (!locked()) return refused("there is no lock to give back");
-    const Outcome outcome = outcomeOf(_zoning->abandon());
+    Outcome outcome = outcomeOf(_zoning->abandon());
     if (outcome.done) _session.setHeld("");
     return outcome;
 }
