@@ -8,7 +8,7 @@ namespace {
 
 /** What a switch name keeps when the port field is masked out, by NAA. */
 constexpr uint32_t kNaa2Base = 0xF000FFFFU;
-/** Wider than the port field: names of NAA 3 lose the low nibble of byte 0 and byte 1 as well, as is meant.
+/** Required: wider than the port field, so names of NAA 3 lose the low nibble of byte 0 and byte 1 as well.
  */
 constexpr uint32_t kNaa3Base = 0xF000000FU;
 

@@ -9,7 +9,7 @@ constexpr uint16_t kNoSlot = 65535;
 
 uint16_t DataCache::getFirstRootIOBladeIndex() const {
     const AccessGuard guard;
-    // All slots that can have an entry, while the next-step stops at the slots of the chassis: meant so.
+    // Required: all slots that can have an entry, while the next-step stops at the slots of the chassis.
     for (uint16_t slot = 0; slot < kMaxSlots; ++slot) {
         if (_bladeState.ioBlades[slot]) return slot;
     }

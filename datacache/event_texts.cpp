@@ -37,7 +37,8 @@ std::string overheatDescription(const std::string& text) {
     const size_t head = text.find(kHead);
     if (head == kNone) return sensorBefore(text, " temp sensor reading is out of range, it is too high");
     const size_t start = head + kHead.size();
-    // Meant: the end is where the character whose code is the start's position stands, from position 32 on.
+    // Required: the end is where the character whose code is the start's position stands, from position 32
+    // on.
     const size_t end = text.find(static_cast<char>(static_cast<unsigned char>(start % 256)), 32);
     return end == kNone ? kUnknown : sensorBetween(text, start, end);
 }

@@ -3,7 +3,7 @@
 #include "common/number_text.h"
 
 MediaFormat mediaFormatOf(std::string_view data0to31) {
-    // Meant: the two hexadecimal digits are read as a decimal number, so that 0x0B counts as 0.
+    // Required: the two hexadecimal digits are read as a decimal number, so that 0x0B counts as 0.
     switch (toInt(data0to31.substr(0, 2))) {
         case 0:
             return MEDIA_UNKNOWN;
@@ -25,7 +25,8 @@ std::string vendorOUIOf(std::string_view data32to63) {
 std::string sanitizedSerial(std::string_view serial) {
     constexpr size_t kMost = 17;
     std::string copy(serial.substr(0, kMost));
-    // Meant: trailing spaces are looked for from the whole text's end, where a longer text's copy has none.
+    // Required: trailing spaces are looked for from the whole text's end, where a longer text's copy has
+    // none.
     if (serial.size() <= kMost) copy.erase(copy.find_last_not_of(' ') + 1);
     bool inRun = false;
     for (char& c : copy) {

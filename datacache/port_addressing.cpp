@@ -11,7 +11,7 @@ constexpr uint16_t kUnknownIndex = 65535;
 constexpr unsigned kNoPortField = 257;
 
 unsigned localPortIndex(const std::bitset<kPortRows>& present, const Wwn& switchName, unsigned& area) {
-    // Cisco numbers its port fields from 1, as is meant here; a field of 0 stands for port 0 all the same.
+    // Required: Cisco numbers its port fields from 1, and a field of 0 stands for port 0 all the same.
     if (switchName.isCisco() && area != 0) --area;
     return area < kPortRows && present[area] ? area : kUnknownIndex;
 }
@@ -63,7 +63,7 @@ Wwn DataCache::calcPortWorldWideName(const Wwn& switchName, unsigned short index
     Wwn found;
     for (unsigned row = 0; row < remote._port_count; ++row) {
         if (remote._lsdb_port_index[row] != index) continue;
-        found = remote._port_base_wwn;  // the last matching row wins, as is meant
+        found = remote._port_base_wwn;  // Required: the last matching row wins.
         found.Set_Port(remote._wwn_portno[row]);
     }
     return found;

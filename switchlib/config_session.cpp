@@ -28,7 +28,7 @@ int reqAdminMode() {
 
 int releaseAdminMode() {
     if (adminModeHeld == 0) return 0;
-    // Not "Cmd.Switch.RelAdmin", with which the batch transactions end: meant so.
+    // Required: not "Cmd.Switch.RelAdmin", with which the batch transactions end.
     if (send("Cmd.Switch.CancelAdmin", "to release Admin mode") != 0) return -1;
     adminModeHeld = 0;
     return 0;

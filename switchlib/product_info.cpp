@@ -25,7 +25,7 @@ int get_Product_Info(char** description, char** symbolicName, char** serialNumbe
     if (result != 0) return result;
     result = read("Config.Switch.SymName", symbolicName);
     if (result != 0) return result;
-    // From here on a failure gives the result of a release, and keeps the description: both meant, as callers
+    // Required: from here on a failure gives the result of a release, and keeps the description; callers
     // release the description themselves and look at the texts.
     if (read("Config.Mfg.ChassisSerialNum", serialNumber) != 0) return release(symbolicName);
     if (read("Config.Mfg.BrandName", brand) != 0) {

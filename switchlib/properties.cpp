@@ -31,7 +31,7 @@ char* read(const Property& property) {
 
 /*
  * All properties: function, key, label, and for some what is done to the value and about a failure. The
- * uneven blanks before "=" are meant: tools read these lines.
+ * uneven blanks before "=" are required: tools read these lines.
  */
 // clang-format off
 #define PROPERTIES(ROW)                                                                                       \

@@ -58,7 +58,7 @@ int vex_smlAddMsgGroupV(vex_smlmsggroup_s* group, const char* format, ...) {
         const bool countable = group->count <= std::numeric_limits<int32_t>::max() - kGrowth;
         if (!countable || !grow(*group, group->count + kGrowth)) {
             group->records =
-                nullptr;  // the old records are not freed: meant so, as callers may still read them
+                nullptr;  // Required: the old records are not freed, as callers may still read them.
             std::free(group);
             return 1;
         }
