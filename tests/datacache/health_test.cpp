@@ -2,6 +2,7 @@
 
 #include "common/log_writer.h"
 #include "datacache/CacheReader.h"
+#include "datacache/HealthMonitor.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/CacheTest.h"
 
@@ -188,8 +189,9 @@ TEST_F(HealthTest, CountsEventsFromTheDoorToTheirDispatch) {
     EXPECT_EQ(after.dropped - before.dropped, 2U);
     EXPECT_EQ(after.waiting, 3U) << "the host's own waits as well";
     EXPECT_GE(after.mostWaiting, 3U);
-    EXPECT_FALSE(DataCache::idle());
+    EXPECT_FALSE(datacache::HealthMonitor::instance().noEventWaits());
     settle();
+    EXPECT_TRUE(datacache::HealthMonitor::instance().noEventWaits()) << "what was dropped does not wait";
     EXPECT_EQ(DataCache::health().events.waiting, 0U);
     EXPECT_EQ(DataCache::health().events.mostWaiting, after.mostWaiting);
 }
