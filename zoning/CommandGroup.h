@@ -28,9 +28,10 @@ class CommandGroup {
         _result = _group == nullptr ? 0 : vex_smlSetMsgGroup(_group);
         return _group != nullptr && _result == 0;
     }
-    /** After a send that failed: the first command that was refused, or the call when it failed as a whole.
-     */
+    /** After a send that failed: the first command that was refused, or the call when it failed as a whole;
+     * empty where memory was short and nothing was sent. */
     datacache::ZoningFailure failure() const noexcept {
+        if (_group == nullptr) return {};
         for (int i = 0; i < _group->count; ++i) {
             char* value = nullptr;
             const uint32_t status = vex_smlGetResult(_group, i, &value);
