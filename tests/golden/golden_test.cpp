@@ -1,0 +1,291 @@
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
+
+#include "common/log_writer.h"
+#include "datacache/CacheReader.h"
+#include "datacache/event_text.h"
+#include "host/areas.h"
+#include "switchlib/NORV_Vex_Lib.h"
+#include "tests/support/CacheTest.h"
+#include "zoning/member_text.h"
+
+/*
+ * Golden runs. A file begins with a switch file; then each "@ COMMAND" is carried out, and what it caused
+ * stands below it in its order: > calls to the switch library, without "vex_", each with its result where
+ * that is not 0 | a log line with its level; without "2 DCACHE: ", which most begin with ! a host event = an
+ * answer
+ * "@ brief ..." tells events and answers alone, "@ quiet ..." nothing, and "show" its calls only as "@ trace
+ * show". The events that complete a pass are left out, and a last pass that had nothing to do. With
+ * GOLDEN_UPDATE set the files are written anew, to be reviewed as a change.
+ */
+
+namespace {
+
+/** What happens, in order: calls are looked up whenever a log line or an event comes. */
+class Story {
+  public:
+    void add(const std::string& line) {
+        std::string calls;
+        const auto put = [&] {
+            if (calls.empty()) return;
+            const bool fits =
+                !lines.empty() && lines.back()[0] == '|' && lines.back().size() + calls.size() < kWidth;
+            if (fits)
+                lines.back() += ' ' + calls;
+            else
+                lines.push_back(calls);
+            calls.clear();
+        };
+        for (const vexsim::Call& call : vexsim::Simulator::instance().transcript()) {
+            if (call.function == "vex_libFreeMemory") continue;  // what is left over is counted at the end
+            const std::string text = call.function.substr(4) +
+                                     (call.detail.empty() ? "" : ' ' + call.detail) +
+                                     (call.result == 0 ? "" : " = " + std::to_string(call.result));
+            if (calls.size() + text.size() > kWidth) put();
+            calls += (calls.empty() ? "> " : "; ") + text;
+        }
+        put();
+        vexsim::Simulator::instance().clearTranscript();
+        if (!line.empty()) lines.push_back(line);
+    }
+    std::vector<std::string> take() {
+        add("");
+        return std::exchange(lines, {});
+    }
+
+  private:
+    static constexpr size_t kWidth = 116;
+    std::vector<std::string> lines;
+};
+
+Story* story = nullptr;
+
+void tellLog(void*, unsigned int level, const char* line, size_t length, size_t message) {
+    std::string text = std::to_string(level) + ' ' + std::string(line + message, length - message - 1);
+    if (text.rfind("2 DCACHE: ", 0) == 0) text.erase(0, 10);
+    story->add("| " + text);
+}
+
+void tellEvent(DataCacheEvent* event) {
+    story->add("! " + datacache::eventText(*event));
+}
+
+using Words = std::vector<std::string>;
+
+vex_fzs_zonemember_type_e memberType(const char* word) {
+    return *word == 'w'   ? VEX_ZMT_WWN
+           : *word == 'p' ? VEX_ZMT_DOMAIN_PORT
+           : *word == 'f' ? VEX_ZMT_FCID
+                          : VEX_ZMT_ALIAS;
+}
+
+/** What a host asks for without a word. */
+const std::map<std::string, void (DataCache::*)()> kRequests = {
+    {"updateAll", &DataCache::updateAll},           {"updateSwitch", &DataCache::updateSwitch},
+    {"updateChassis", &DataCache::updateChassis},   {"updateBlades", &DataCache::updateBlades},
+    {"updatePorts", &DataCache::updatePorts},       {"updateFabric", &DataCache::updateFabric},
+    {"updateAccounts", &DataCache::updateAccounts}, {"updateZoning", &DataCache::updateZoning},
+    {"reloadZoning", &DataCache::reloadZoning},     {"localPortRefreshSet", &DataCache::localPortRefreshSet},
+};
+
+/** The configuration session. */
+const std::map<std::string, int (*)()> kCommands = {
+    {"reqAdminMode", reqAdminMode},           {"releaseAdminMode", releaseAdminMode},
+    {"getConfigEditMode", getConfigEditMode}, {"saveConfigEdit", saveConfigEdit},
+    {"cancelConfigEdit", cancelConfigEdit},   {"backupConfig", backupConfig},
+    {"restoreConfig", restoreConfig},
+};
+
+/** Zoning; a, b and c are the words behind the name. */
+using ZoningCall = long (*)(ZoningCache& zoning, char* a, char* b, char* c);
+const std::map<std::string, ZoningCall> kZoningCalls = {
+    {"ZoningLock", [](ZoningCache& z, char* a, char*, char*) -> long { return z.ZoningLock(a); }},
+    {"ZoningUnlock", [](ZoningCache& z, char*, char*, char*) -> long { return z.ZoningUnlock(); }},
+    {"LockIdOK",
+     [](ZoningCache& z, char* a, char*, char*) -> long {
+         bool expired = false;
+         const bool ok = z.LockIdOK(a, expired);
+         return ok ? 1 : expired ? -1 : 0;
+     }},
+    {"createZoneAlias", [](ZoningCache& z, char* a, char*, char*) -> long { return z.createZoneAlias(a); }},
+    {"createZone",
+     [](ZoningCache& z, char* a, char* b, char*) -> long {
+         return z.createZone(a, ZoningCache::cnvCIMZoneTypeToVEX(std::atoi(b)));
+     }},
+    {"createZoneset", [](ZoningCache& z, char* a, char*, char*) -> long { return z.createZoneset(a); }},
+    {"removeZoneAlias", [](ZoningCache& z, char* a, char*, char*) -> long { return z.removeZoneAlias(a); }},
+    {"removeZone", [](ZoningCache& z, char* a, char*, char*) -> long { return z.removeZone(a); }},
+    {"removeZoneset", [](ZoningCache& z, char* a, char*, char*) -> long { return z.removeZoneset(a); }},
+    {"addZoneToZoneset",
+     [](ZoningCache& z, char* a, char* b, char*) -> long { return z.addZoneToZoneset(a, b); }},
+    {"removeZoneFromZoneset",
+     [](ZoningCache& z, char* a, char* b, char*) -> long { return z.removeZoneFromZoneset(a, b); }},
+    {"addMemberToZone",
+     [](ZoningCache& z, char* a, char* b, char* c) -> long {
+         return z.addMemberToZone(a, memberType(b), c);
+     }},
+    {"removeMemberFromZone",
+     [](ZoningCache& z, char* a, char* b, char* c) -> long {
+         return z.removeMemberFromZone(a, memberType(b), c);
+     }},
+    {"addMemberToZoneAlias",
+     [](ZoningCache& z, char* a, char* b, char* c) -> long {
+         return z.addMemberToZoneAlias(a, memberType(b), c);
+     }},
+    {"removeMemberFromZoneAlias",
+     [](ZoningCache& z, char* a, char* b, char* c) -> long {
+         return z.removeMemberFromZoneAlias(a, memberType(b), c);
+     }},
+    {"removeMember",
+     [](ZoningCache& z, char* a, char* b, char*) -> long { return z.removeMember(memberType(a), b); }},
+    {"replaceZoningDB", [](ZoningCache& z, char*, char*, char*) -> long { return z.replaceZoningDB(); }},
+    {"updateZoningCounts",
+     [](ZoningCache& z, char*, char*, char*) -> long { return z.updateZoningCounts(); }},
+    {"dump",
+     [](ZoningCache& z, char*, char*, char*) -> long {
+         z.dump();
+         return 0;
+     }},
+    {"get_Active_ZoneSet",
+     [](ZoningCache&, char*, char*, char*) -> long {
+         char name[VEX_ZONING_NAME_SIZE];
+         return get_Active_ZoneSet(name);
+     }},
+};
+
+class Golden : public CacheTest, public ::testing::WithParamInterface<std::string> {
+  protected:
+    Golden() {
+        story = &_story;
+        observeLog(tellLog, nullptr);
+    }
+    ~Golden() override { observeLog(nullptr, nullptr); }
+
+    /** Carries out the whole file; gives it as it should read. */
+    std::vector<std::string> run(const std::vector<std::string>& lines);
+
+  private:
+    /** Gives the answer, if there is one. */
+    std::string carryOut(const std::string& command, Words words);
+    std::string show(const std::string& area);
+
+    Story _story;
+    std::string _switch;
+};
+
+std::string Golden::show(const std::string& area) {
+    std::ostringstream out;
+    printAreas(out, readAreas(area), false);
+    return out.str();
+}
+
+std::string Golden::carryOut(const std::string& command, Words words) {
+    words.resize(std::max<size_t>(words.size(), 3));
+    if (command == "load") {
+        load(_switch);
+        const AccessGuard guard;
+        peer().callback = tellEvent;
+    } else if (command == "start") {
+        carryOut("load", {});
+        settle();
+    } else if (command == "settle") {
+        settle();
+    } else if (command == "pass") {
+        return pass() ? "ready" : "not ready";
+    } else if (command == "readAccounts") {
+        return cache().readAccounts() ? "read" : "not read";
+    } else if (command == "set") {
+        sim.set(words[0], words[1]);
+    } else if (command == "step") {
+        std::string fields;
+        for (const std::string& word : words) fields += word + ' ';
+        step("step = [" + fields + ']');
+    } else if (command == "show") {
+        return show(words[0]);
+    } else if (const auto request = kRequests.find(command); request != kRequests.end()) {
+        (cache().*request->second)();
+    } else if (const auto configure = kCommands.find(command); configure != kCommands.end()) {
+        return std::to_string(configure->second());
+    } else if (const auto zoning = kZoningCalls.find(command); zoning != kZoningCalls.end()) {
+        const datacache::CacheReader reader;
+        return std::to_string(
+            zoning->second(reader.zoning(), words[0].data(), words[1].data(), words[2].data()));
+    } else {
+        ADD_FAILURE() << "unknown command " << command;
+    }
+    return "";
+}
+
+std::vector<std::string> Golden::run(const std::vector<std::string>& lines) {
+    std::vector<std::string> result;
+    size_t at = 0;
+    for (; at < lines.size() && lines[at][0] != '@'; ++at) {
+        result.push_back(lines[at]);
+        _switch += lines[at] + '\n';
+    }
+    for (; at < lines.size(); ++at) {
+        if (lines[at][0] != '@') continue;
+        result.push_back(lines[at]);
+        std::istringstream command(lines[at].substr(1));
+        Words words{std::istream_iterator<std::string>(command), {}};
+        std::string view;  // how much of it is told
+        if (const std::string& word = words.at(0); word == "quiet" || word == "brief" || word == "trace") {
+            view = word;
+            words.erase(words.begin());
+        }
+        std::istringstream answer(carryOut(words.at(0), {words.begin() + 1, words.end()}));
+        std::vector<std::string> told = _story.take();
+        const auto hidden = [&](const std::string& line) {
+            return view == "quiet" || (view == "brief" && line[0] != '!') ||
+                   (words[0] == "show" && view != "trace") || line == "! DCEventDataCacheUpdateComplete";
+        };
+        told.erase(std::remove_if(told.begin(), told.end(), hidden), told.end());
+        if (told.size() > 1 && told.back() == "| evaluateCaches") told.pop_back();
+        for (std::string line; std::getline(answer, line) && view != "quiet";) told.push_back("= " + line);
+        result.insert(result.end(), told.begin(), told.end());
+    }
+    return result;
+}
+
+std::vector<std::string> linesOf(const std::string& path) {
+    std::ifstream file(path);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) lines.push_back(line.empty() ? " " : line);
+    return lines;
+}
+
+TEST_P(Golden, Run) {
+    const std::string path = std::string(GOLDEN_DIR) + '/' + GetParam() + ".txt";
+    const std::vector<std::string> wanted = linesOf(path);
+    ASSERT_FALSE(wanted.empty());
+    const std::vector<std::string> had = run(wanted);
+    EXPECT_EQ(sim.live().texts, 0U);
+    if (std::getenv("GOLDEN_UPDATE") != nullptr) {
+        std::ofstream file(path);
+        for (const std::string& line : had) file << (line == " " ? "" : line) << '\n';
+        return;
+    }
+    for (size_t i = 0; i < std::max(had.size(), wanted.size()); ++i) {
+        ASSERT_EQ(i < had.size() ? had[i] : "the end", i < wanted.size() ? wanted[i] : "the end")
+            << path << ':' << i + 1 << ", the run and the file";
+    }
+}
+
+std::vector<std::string> goldenNames() {
+    std::vector<std::string> names;
+    for (const auto& file : std::filesystem::directory_iterator(GOLDEN_DIR)) {
+        if (file.path().extension() == ".txt") names.push_back(file.path().stem());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(Area, Golden, ::testing::ValuesIn(goldenNames()),
+                         [](const auto& golden) { return golden.param; });
+
+}  // namespace
