@@ -105,18 +105,6 @@ class CimLog : public testing::Test {
 
 }  // namespace
 
-// First, while no other case has redirected the log of this process.
-TEST(CimLogPaths, LieInTmp) {
-    for (const char* path : {"/tmp/cim.out", "/tmp/cim.crit.out"}) {
-        struct stat status {};
-        if (lstat(path, &status) == 0 && status.st_uid != geteuid())
-            GTEST_SKIP() << path << " is another user's";
-    }
-    cim_log(CIM_LOG_TRACE, "paths\n");
-    EXPECT_EQ(descriptors_of("/tmp/cim.out").size(), 1U);
-    EXPECT_EQ(descriptors_of("/tmp/cim.crit.out").size(), 1U);
-}
-
 TEST_F(CimLog, LevelsChooseTheFiles) {
     std::ofstream(main) << "left from another process\n";
     std::ofstream(critical) << "left from another process\n";
@@ -147,21 +135,6 @@ TEST_F(CimLog, LineCarriesLocalTimeAndTheNumbersOfItsThread) {
     }
 }
 
-TEST(LogPrefix, LeavesOutATimeThatIsNotKnown) {
-    char line[kLogPrefixRoom];
-    LogIds ids;
-    ids.set(std::numeric_limits<pid_t>::min(), std::numeric_limits<pid_t>::max());
-    const auto prefix = [&](std::string_view second, long milliseconds) {
-        return std::string(line, put_log_prefix(line, second, milliseconds, ids.text()));
-    };
-    EXPECT_EQ(prefix("02/29 23:59:59", 7), "02/29 23:59:59.007 -2147483648/2147483647 ");
-    EXPECT_EQ(prefix("02/29 23:59:59", 999), "02/29 23:59:59.999 -2147483648/2147483647 ");
-    EXPECT_EQ(prefix("", 7), "-2147483648/2147483647 ");
-    if (sizeof(std::time_t) > 4) {  // years beyond an int exist only there
-        EXPECT_EQ(LogSecond().text(std::numeric_limits<std::time_t>::max()), "");
-    }
-}
-
 TEST(LogPrefix, FollowsClockAndTimeZone) {
     LogSecond second;
     setenv("TZ", "UTC0", 1);
@@ -171,17 +144,6 @@ TEST(LogPrefix, FollowsClockAndTimeZone) {
     setenv("TZ", "EAST-2", 1);
     EXPECT_EQ(second.text(61), "01/01 02:01:01");
     unsetenv("TZ");
-}
-
-TEST_F(CimLog, WritesNowhereWithoutPaths) {
-    redirectLog(nullptr, nullptr);
-    std::size_t seen = 0;
-    observeLog([](void* context, unsigned int, const char*, std::size_t,
-                  std::size_t) { ++*static_cast<std::size_t*>(context); },
-               &seen);
-    for (int line = 0; line < 1002; ++line) cim_log(CIM_LOG_CRITICAL, "x\n");
-    EXPECT_EQ(seen, 1002U);
-    EXPECT_TRUE(fs::is_empty(folder));
 }
 
 TEST_F(CimLog, RotatesAtTheLineAfterAThousand) {

@@ -25,13 +25,6 @@ TEST(Wwn, ParsesSixteenHexadecimalDigitsAndNothingElse) {
     EXPECT_FALSE(Wwn(std::string("0000000000000001")).isNull());
 }
 
-TEST(Wwn, ComparesBothHalves) {
-    const Wwn name(std::string("1000001122AABBCC"));
-    EXPECT_TRUE(name == Wwn(name));
-    EXPECT_TRUE(name != Wwn(std::string("1000001122AABBCD")));
-    EXPECT_TRUE(name != Wwn(std::string("1000001222AABBCC")));
-}
-
 TEST(Wwn, PlacesThePortByFormat) {
     const struct {
         const char* before;

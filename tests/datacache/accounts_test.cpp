@@ -40,58 +40,6 @@ class AccountsTest : public CacheTest {
     }
 };
 
-TEST_F(AccountsTest, AreReadOnlyWhenTheHostAsks) {
-    start(R"("admin", "operator")");
-    pass();
-    {
-        const AccessGuard guard;
-        EXPECT_TRUE(peer().accountsOK);
-    }
-    EXPECT_THAT(accounts(), IsEmpty());
-    events();
-    calls();
-    log();
-    ASSERT_TRUE(read());
-    EXPECT_THAT(calls(), ElementsAre("vex_smlGetBatch Oper.Switch.FirstPotentialUser",
-                                     "vex_smlGetBatch Oper.Switch.NextPotentialUser.admin",
-                                     "vex_smlGetBatch Oper.Switch.NextPotentialUser.operator"));
-    EXPECT_THAT(log(), ElementsAre("2 DCACHE: _getAcctInfo()"));
-    EXPECT_THAT(accounts(), ElementsAre("admin", "operator"));
-    EXPECT_THAT(events(), IsEmpty()) << "the first read reports nothing";
-}
-
-TEST_F(AccountsTest, ReportsAdditionsBeforeRemovals) {
-    start(R"("admin", "guest", "operator")");
-    ASSERT_TRUE(read());
-    sim.run(R"(
-        [[step]]
-        do = "account_remove"
-        name = "admin"
-        [[step]]
-        do = "account_rename"
-        from = "guest"
-        to = "visitor"
-        [[step]]
-        do = "account_add"
-        name = "zoe"
-    )");
-    ASSERT_TRUE(read());
-    EXPECT_THAT(events(), ElementsAre(kAdded + quoted("visitor"), kAdded + quoted("zoe"),
-                                      kRemoved + quoted("admin"), kRemoved + quoted("guest")));
-    EXPECT_THAT(accounts(), ElementsAre("visitor", "operator", "zoe"));
-    ASSERT_TRUE(read());
-    EXPECT_THAT(events(), IsEmpty());
-}
-
-TEST_F(AccountsTest, ChangesOnTheSwitchRaiseTheirEvent) {
-    start(R"("admin")");
-    sim.run("[[step]]\ndo = \"account_add\"\nname = \"zoe\"\n");
-    EXPECT_EQ(sim.deliverPending(), 1U);
-    const AccessGuard guard;
-    ASSERT_THAT(peer().eventQueue, SizeIs(1));
-    EXPECT_EQ(peer().eventQueue.front()->code, VEX_EVENT_USER_ACL_CHANGE);
-}
-
 TEST_F(AccountsTest, AnEmptyListBeforeReportsNoAdditions) {
     start("");
     ASSERT_TRUE(read());
@@ -171,15 +119,6 @@ TEST(AccountChanges, CountOccurrences) {
         EXPECT_EQ(changes.added, row.added) << ::testing::PrintToString(row.before);
         EXPECT_EQ(changes.removed, row.removed) << ::testing::PrintToString(row.before);
     }
-}
-
-TEST_F(AccountsTest, ANameListedTwiceIsWalkedTwice) {
-    start(R"("admin", "guest", "admin")");
-    ASSERT_TRUE(read());
-    EXPECT_THAT(accounts(), ElementsAre("admin", "guest", "admin"));
-    sim.run("[[step]]\ndo = \"account_remove\"\nname = \"admin\"\n");
-    ASSERT_TRUE(read());
-    EXPECT_THAT(events(), ElementsAre(kRemoved + quoted("admin")));
 }
 
 }  // namespace

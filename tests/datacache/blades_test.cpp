@@ -59,33 +59,6 @@ class Blades : public CacheTest {
     }
 };
 
-TEST_F(Blades, ReadsSlotBySlotAndKeepsTheLast) {
-    start(chassis(3, blade(0, "IO", "temp_sensors = 9\n") + blade(1, "CPU") +
-                         blade(2, "IO",
-                               "temp_sensors = 4\nvoltage_sensors = 5\nadmin = \"PoweredOff\"\n"
-                               "state = \"Pending\"\ndiagnosis = \"Compromised\"\n")));
-    ASSERT_TRUE(reload());
-    EXPECT_THAT(calls(), ElementsAre("vex_smlGetBatch Oper.Chassis.0.MaxSlots", slotRequest(0),
-                                     slotRequest(1), slotRequest(2)));
-    EXPECT_THAT(log(), ElementsAre("2 DCACHE: _getBladeInfo()"));
-    const BladeState now = state();
-    EXPECT_TRUE(now.loaded);
-    EXPECT_EQ(now.slotCount, 3);
-    EXPECT_EQ(now.ioBlades.to_ulong(), 1UL << 2) << "each slot empties those before it";
-    EXPECT_TRUE(now.cpuBlades.none());
-    EXPECT_THAT(std::vector<uint16_t>(now.kind.begin(), now.kind.begin() + 3), ElementsAre(0, 0, 4));
-    EXPECT_THAT(std::vector<uint16_t>(now.operStatus.begin(), now.operStatus.begin() + 3),
-                ElementsAre(0, 0, 3));
-    EXPECT_EQ(cache().getRootSlotCount(), 3);
-    EXPECT_EQ(cache().getRootTemperatureSensorCount(0), 0);
-    EXPECT_EQ(cache().getRootTemperatureSensorCount(2), 4);
-    EXPECT_EQ(cache().getRootVoltageSensorCount(2), 5);
-    for (const uint16_t beyond : {uint16_t{32}, uint16_t{200}, uint16_t{65535}}) {
-        EXPECT_EQ(cache().getRootTemperatureSensorCount(beyond), 0) << beyond;
-        EXPECT_EQ(cache().getRootVoltageSensorCount(beyond), 0) << beyond;
-    }
-}
-
 TEST_F(Blades, TellsWhatASlotHolds) {
     const struct {
         const char* what;
@@ -121,13 +94,6 @@ TEST_F(Blades, TellsWhatASlotHolds) {
     }
 }
 
-TEST_F(Blades, TypeFillingItsFieldIsNoKnownType) {
-    load(chassis(2, blade(1, "IO")));
-    fault("function = \"vex_smlGetBatch\"\nkey = \"Oper.Blade.1.*\"\nunterminated = true\n");
-    ASSERT_TRUE(reload());
-    EXPECT_EQ(state().kind[1], 0);
-}
-
 TEST_F(Blades, ReportsChangesOfTheLastSlot) {
     start(chassis(4, blade(0, "FAN") + blade(1, "PS") + blade(2, "PS")));
     const struct {
@@ -156,36 +122,6 @@ TEST_F(Blades, ReportsChangesOfTheLastSlot) {
     sim.set("Oper.Blade.0.OperState", "PoweredOff");
     ASSERT_TRUE(reload());
     EXPECT_THAT(events(), IsEmpty()) << "a slot before the last reads as empty, then and now";
-}
-
-TEST_F(Blades, InsertionAndRemovalOnTheSwitchRaiseTheirEvents) {
-    start(chassis(2));
-    const auto raised = [this](const std::string& steps) {
-        sim.run(steps);
-        sim.deliverPending();
-        std::vector<int32_t> codes;
-        const AccessGuard guard;
-        for (vex_event_s* event : peer().eventQueue) {
-            codes.push_back(event->code);
-            delete event;
-        }
-        peer().eventQueue.clear();
-        return codes;
-    };
-    EXPECT_THAT(raised("[[step]]\ndo = \"blade_insert\"\nslot = 1\ntype = \"IO\"\n"),
-                ElementsAre(VEX_EVENT_BLADE_INSERTED));
-    ASSERT_TRUE(reload());
-    EXPECT_THAT(events(), ElementsAre("DCEventBladeAdd " + kName + " index=1"));
-    EXPECT_THAT(raised("[[step]]\ndo = \"blade_state\"\nslot = 1\nadmin = \"Down\"\nstate = \"Down\"\n"),
-                ElementsAre(VEX_EVENT_BLADE_STATE_CHANGE));
-    ASSERT_TRUE(reload());
-    EXPECT_EQ(state().operStatus[1], 6);
-    EXPECT_THAT(raised("[[step]]\ndo = \"blade_remove\"\nslot = 1\n"), ElementsAre(VEX_EVENT_BLADE_REMOVED));
-    ASSERT_TRUE(reload());
-    EXPECT_THAT(events(), ElementsAre("DCEventBladeRemove " + kName + " index=1"));
-    EXPECT_THROW(sim.run("[[step]]\ndo = \"blade_remove\"\nslot = 1\n"), vexsim::InputError)
-        << "the slot is empty";
-    EXPECT_THROW(sim.run("[[step]]\ndo = \"blade_insert\"\nslot = 2\ntype = \"IO\"\n"), vexsim::InputError);
 }
 
 TEST_F(Blades, SingleSlotHasSensorsOnly) {
@@ -217,72 +153,6 @@ TEST_F(Blades, SingleSlotHasSensorsOnly) {
                                    "2 DCACHE: Cache update failed: DataCache:_getBladeInfo:1435"));
 }
 
-TEST_F(Blades, SingleSlotDoesNotCountAsLoaded) {
-    start(chassis(1));
-    EXPECT_FALSE(state().loaded);
-    sim.set("Oper.Chassis.0.MaxSlots", "2");
-    sim.run("[[step]]\ndo = \"blade_insert\"\nslot = 1\ntype = \"IO\"\n");
-    ASSERT_TRUE(reload());
-    EXPECT_THAT(events(), IsEmpty()) << "the first read of several slots only fills the cache";
-    EXPECT_TRUE(state().loaded);
-}
-
-TEST_F(Blades, NoSlotsAreLoadedAtOnce) {
-    start(chassis(0));
-    EXPECT_TRUE(state().loaded);
-    ASSERT_TRUE(reload());
-    EXPECT_THAT(calls(), ElementsAre("vex_smlGetBatch Oper.Chassis.0.MaxSlots"));
-    EXPECT_EQ(cache().getFirstRootIOBladeIndex(), 65535);
-    EXPECT_EQ(cache().getNextRootIOBladeIndex(0), 65535);
-}
-
-TEST_F(Blades, FailedReadsAreTriedAgain) {
-    start(chassis(3, blade(0, "FAN")));
-    sim.run("[[step]]\ndo = \"blade_insert\"\nslot = 2\ntype = \"IO\"\n");
-    const struct {
-        std::string fault;
-        std::vector<std::string> log;
-    } failures[] = {
-        {"key = \"Oper.Chassis.0.MaxSlots\"\nresult = 9\n",
-         {"2 DCACHE: Cache update failed: DataCache:_getBladeInfo:1415"}},
-        {"key = \"Oper.Chassis.0.MaxSlots\"\nstatus = 255\n",
-         {"2 DCACHE: sml command='Oper.Chassis.0.MaxSlots', smlerror='0xff'",
-          "2 DCACHE: Cache update failed: DataCache:_getBladeInfo:1415"}},
-        {"key = \"Oper.Blade.1.Type\"\nresult = 9\n",
-         {"2 DCACHE: Cache update failed: DataCache:_getBladeInfo:1465"}},
-        {"key = \"Oper.Blade.1.VoltageSensors\"\nstatus = 24\n",
-         {"2 DCACHE: Cache update failed: DataCache:_getBladeInfo:1465"}},
-    };
-    for (const auto& failure : failures) {
-        SCOPED_TRACE(failure.fault);
-        log();
-        fault("function = \"vex_smlGetBatch\"\n" + failure.fault);
-        EXPECT_FALSE(reload());
-        std::vector<std::string> expected = {"2 DCACHE: _getBladeInfo()"};
-        expected.insert(expected.end(), failure.log.begin(), failure.log.end());
-        EXPECT_EQ(log(), expected);
-        EXPECT_THAT(events(), IsEmpty());
-    }
-    EXPECT_EQ(state().kind[0], 1) << "slot 0 was read before slot 1 failed, and keeps what was read";
-    ASSERT_TRUE(reload());
-    // The partial read counts as what was there before.
-    EXPECT_THAT(events(), ElementsAre("DCEventFanRemove " + kName + " index=0 count=1",
-                                      "DCEventBladeAdd " + kName + " index=2"));
-}
-
-TEST_F(Blades, FailedPassStaysMarked) {
-    load(chassis(2));
-    fault("function = \"vex_smlGetBatch\"\nkey = \"Oper.Blade.1.Type\"\ntimes = 1\n");
-    EXPECT_FALSE(pass());
-    const auto state = [this] {
-        const AccessGuard guard;
-        return std::pair(peer().bladesOK, peer().bladesUpdate);
-    };
-    EXPECT_EQ(state(), std::pair(false, true));
-    pass();
-    EXPECT_EQ(state(), std::pair(true, false));
-}
-
 TEST_F(Blades, WalksHaveDifferentBounds) {
     start(chassis(4, blade(3, "IO")));
     EXPECT_EQ(cache().getFirstRootIOBladeIndex(), 3);
@@ -299,19 +169,6 @@ TEST_F(Blades, WalksHaveDifferentBounds) {
     }
     EXPECT_EQ(cache().getFirstRootIOBladeIndex(), 3) << "not bounded by the slots of the chassis";
     EXPECT_EQ(cache().getNextRootIOBladeIndex(0), 65535) << "bounded by them";
-}
-
-TEST_F(Blades, WalkBeyondTheLastEntryThrows) {
-    start(chassis(33));
-    EXPECT_EQ(thrown([&] { cache().getNextRootIOBladeIndex(30); }), "bitset::test");
-    EXPECT_EQ(thrown([&] { cache().getNextRootIOBladeIndex(31); }), "bitset::test");
-    EXPECT_EQ(cache().getNextRootIOBladeIndex(32), 65535);
-    EXPECT_TRUE(lockIsFree());
-    {
-        const AccessGuard guard;
-        peer().bladeSlotCount = 32;
-    }
-    EXPECT_EQ(cache().getNextRootIOBladeIndex(0), 65535) << "the chassis ends where the entries end";
 }
 
 TEST_F(Blades, BladesBeyondTheLastEntryThrow) {

@@ -146,17 +146,6 @@ TEST_F(Dispatch, PortEventsMarkPortsThatAreScanned) {
     }
 }
 
-TEST_F(Dispatch, UserNamesAreThePayloadAsItCame) {
-    const std::string name(1400, 'u');
-    dispatch(72, name);
-    EXPECT_THAT(events(), ElementsAre("DCEventUserPasswdChg " + kName + " userName=\"" + name + '"'))
-        << "an unterminated payload is 1400 characters";
-    dispatch(73, "");
-    EXPECT_THAT(events(), ElementsAre("DCEventUserLoginFailure " + kName + " userName=\"\""));
-    dispatch(73, "100%s%n");
-    EXPECT_THAT(events(), ElementsAre("DCEventUserLoginFailure " + kName + " userName=\"100%s%n\""));
-}
-
 TEST_F(Dispatch, NameServerEntriesAreEventsInTheirOrder) {
     const std::string add = "DCEventPortAdd " + kFabric + " portWwn=";
     const std::string remove = "DCEventPortRemove " + kFabric + " portWwn=";
@@ -190,24 +179,6 @@ TEST_F(Dispatch, TextsOutOfRangeLeaveTheDispatch) {
     }
     EXPECT_EQ(wakeUps(), 0);
     EXPECT_THAT(events(), IsEmpty());
-}
-
-TEST_F(Dispatch, AlarmsOfTheSwitchNameTheirSensor) {
-    const std::string alarm = "DCEventEnvEvent " + kName + " component=";
-    for (const char* wording : {"short", "long"}) {
-        SCOPED_TRACE(wording);
-        const std::string end = std::string("\nwording = \"") + wording + "\"\n";
-        step("[[step]]\ndo = \"overheat\"\nsensor = \"CPU\"" + end);
-        EXPECT_THAT(events(),
-                    ElementsAre(alarm + R"("temperature" condition="overtemp" description="CPU sensor")"));
-        step("[[step]]\ndo = \"voltage\"\nlevel = \"high\"\nsensor = \"12V\"" + end);
-        EXPECT_THAT(
-            events(),
-            ElementsAre(alarm + R"("power supply" condition="voltage high" description="12V sensor")"));
-        step("[[step]]\ndo = \"voltage\"\nlevel = \"low\"\nsensor = \"3V\"" + end);
-        EXPECT_THAT(events(),
-                    ElementsAre(alarm + R"("power supply" condition="voltage low" description="3V sensor")"));
-    }
 }
 
 }  // namespace

@@ -75,17 +75,6 @@ TEST_F(Evaluation, ReadsMarkedAreasInTheirOrder) {
     }
 }
 
-TEST_F(Evaluation, CompletesEveryPassThatFindsAllUpToDate) {
-    settle();
-    allEvents();
-    log();
-    EXPECT_TRUE(pass());
-    EXPECT_THAT(allEvents(), ElementsAre("DCEventDataCacheUpdateComplete"));
-    EXPECT_THAT(log(), ElementsAre("2 DCACHE: evaluateCaches"));
-    const AccessGuard guard;
-    EXPECT_TRUE(peer().accountsOK) << "accounts count as loaded though nobody asked for them";
-}
-
 TEST_F(Evaluation, ReportsFailedAreasInTheirOrderAndRetriesThem) {
     {
         const AccessGuard guard;
@@ -173,14 +162,6 @@ TEST_F(Evaluation, MarksPortsForRefresh) {
     cache().localPortRefreshSet();
     const AccessGuard guard;
     EXPECT_TRUE(peer().localPortRefresh.all());
-}
-
-TEST_F(Evaluation, ReloadZoningForcesAndWakes) {
-    settle();
-    cache().reloadZoning();
-    log();
-    EXPECT_EQ(settle(), 1);
-    EXPECT_EQ(areasRead(), (std::vector<std::string>{"zoning cache", "zoning cache (Done)"}));
 }
 
 TEST_F(Evaluation, HostWithoutCallbackGetsNothing) {

@@ -53,48 +53,6 @@ TEST_F(EventIntake, KnowsItsCodes) {
     EXPECT_STREQ(CachePeer::tagToString(-2147483647 - 1), "VEX_EVENT_OTHER");
 }
 
-TEST_F(EventIntake, QueuesWhatItKnowsAndDropsTheRest) {
-    const struct {
-        int code;
-        bool queued;
-        const char* line;
-    } cases[] = {
-        {32, true, "2 DCACHE: queueing VEX_EVENT_T[1:-2:3] (32)VEX_EVENT_SWITCH_STATE_CHANGE : 100% %s %n"},
-        {76, true, "2 DCACHE: queueing VEX_EVENT_T[1:-2:3] (76)VEX_EVENT_OTHER : 100% %s %n"},
-        {70, false,
-         "2 DCACHE: Unhandled event, VEX_EVENT_T[1:-2:3] (70)VEX_EVENT_USERLOG_UPDATE : 100% %s %n"},
-        {-2147483647 - 1, false,
-         "2 DCACHE: Unhandled event, VEX_EVENT_T[1:-2:3] (-2147483648)VEX_EVENT_OTHER : 100% %s %n"},
-        {2147483647, false,
-         "2 DCACHE: Unhandled event, VEX_EVENT_T[1:-2:3] (2147483647)VEX_EVENT_OTHER : 100% %s %n"},
-    };
-    for (const auto& c : cases) {
-        sim.raise(c.code, {1, -2, 3}, "100% %s %n", true);
-        EXPECT_EQ(sim.deliverPending(), 1U);
-        EXPECT_THAT(log(), ElementsAre(c.line));
-        EXPECT_EQ(queued(), c.queued ? 1U : 0U) << c.code;
-        EXPECT_EQ(awakened(), c.queued) << c.code;
-        pass();
-        EXPECT_EQ(queued(), 0U);
-        log();
-    }
-}
-
-TEST_F(EventIntake, DispatchesInOrderOfArrivalInOnePass) {
-    sim.raise(72, {0, 0, 1}, "first");
-    sim.raise(73, {0, 0, 2}, "second");
-    sim.raise(72, {0, 0, 3}, "third");
-    EXPECT_EQ(sim.deliverPending(), 3U);
-    log();
-    pass();
-    std::vector<std::string> dequeued;
-    for (const std::string& line : log()) {
-        if (line.find("dequeueing") != std::string::npos)
-            dequeued.push_back(line.substr(line.rfind(' ') + 1));
-    }
-    EXPECT_THAT(dequeued, ElementsAre("first", "second", "third"));
-}
-
 TEST_F(EventIntake, KeepsItsOwnCopyOfAnUnterminatedEvent) {
     sim.raise(32, {7, 8, 9}, std::string(2000, 'x'));
     sim.deliverPending();

@@ -66,19 +66,6 @@ TEST_F(FabricPorts, HoldsAtMost256) {
     EXPECT_EQ(remote()._lsdb_port_index[255], 255);
 }
 
-TEST_F(FabricPorts, CutsTheCountTo16Bits) {
-    loadFabric(kSwitch);
-    for (const char* count : {"65536", "many", "", "0"}) {
-        sim.set("Oper.TopologyAll.2.PortEntries", count);
-        EXPECT_TRUE(reload());
-        EXPECT_EQ(remote()._port_count, 0) << count;
-    }
-    sim.set("Oper.TopologyAll.2.PortEntries", "65537");
-    sim.set("Oper.TopologyAll.2.Entry.0.PortWwn", "2001001122000002");
-    EXPECT_TRUE(reload());
-    EXPECT_EQ(remote()._port_count, 1);
-}
-
 TEST_F(FabricPorts, AreNotReadWhileTheLocalPortsAreUnknown) {
     loadFabric(fabricWith("ports = 2"));
     ASSERT_EQ(remote()._port_count, 2);
@@ -88,14 +75,6 @@ TEST_F(FabricPorts, AreNotReadWhileTheLocalPortsAreUnknown) {
     EXPECT_EQ(calls().size(), 4U);
     EXPECT_EQ(remote()._port_count, 0) << "the load of the switches has emptied the tables";
     EXPECT_FALSE(remote()._port_base_wwn.isNull());
-}
-
-TEST_F(FabricPorts, LeaveTheLocalSwitchAlone) {
-    loadFabric(fabricWith("ports = 1"));
-    log();
-    EXPECT_TRUE(reload());
-    EXPECT_THAT(log(), Contains(std::string("2 DCACHE: _load_mserver_ports - skip local ") + kLocal));
-    EXPECT_EQ(member(kLocal)->_port_count, 4);
 }
 
 TEST_F(FabricPorts, AServerThatFailsInTimeIsAskedAgain) {
@@ -136,16 +115,6 @@ TEST_F(FabricPorts, AServerThatTimesOutIsNeverAskedAgain) {
     act("do = \"switch_leave\"\ndomain = 9");
     act("do = \"switch_join\"\ndomain = 9\nwwn = \"" + kName + "\"\nports = 2");
     EXPECT_EQ(remote()._port_count, 2);
-}
-
-TEST_F(FabricPorts, AFailedCallKeepsTheRowsBeforeIt) {
-    loadFabric(fabricWith("ports = 3"));
-    sim.run("[[step]]\ndo = \"fault\"\nfunction = \"*\"\nkey = \"*Entry.2.PortWwn\"\nresult = 9");
-    EXPECT_FALSE(reload());
-    EXPECT_THAT(rows(), ElementsAre("0:0", "1:1"));
-    EXPECT_EQ(peer().mserverSwitch, nullptr);
-    EXPECT_TRUE(reload());
-    EXPECT_THAT(rows(), ElementsAre("0:0", "1:1", "2:2"));
 }
 
 }  // namespace

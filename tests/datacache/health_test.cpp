@@ -56,48 +56,6 @@ class HealthTest : public CacheTest {
     }
 };
 
-TEST_F(HealthTest, NamesWhateverKeyFails) {
-    start(kSwitch);
-    // Every key that a complete pass asks for, each failed once on its own.
-    reread();
-    std::vector<std::string> keys;
-    for (const std::string& call : calls()) {
-        if (call.rfind("vex_smlGetBatch ", 0) != 0) continue;
-        for (size_t at = call.find(' ') + 1; at != 0; at = call.find(',', at) + 1) {
-            const std::string key = call.substr(at, call.find(',', at) - at);
-            if (std::find(keys.begin(), keys.end(), key) == keys.end()) keys.push_back(key);
-        }
-    }
-    ASSERT_GT(keys.size(), 50U);
-    for (const std::string& key : keys) {
-        SCOPED_TRACE(key);
-        const Health before = DataCache::health();
-        fault("key = \"" + key + "\"\ntimes = 0\nstatus = 3000000001\n");
-        reread();
-        const Health health = DataCache::health();
-        size_t named = 0;
-        for (size_t i = 0; i < datacache::kCacheAreas; ++i) {
-            const AreaHealth& area = health.areas[i];
-            const bool failed = area.failures != before.areas[i].failures;
-            EXPECT_TRUE(failed || area.upToDate || static_cast<CacheArea>(i) == CacheArea::Accounts);
-            const auto& failure = failed ? area.lastFailure : area.firstGap;
-            if (failure.key != key) continue;
-            ++named;
-            EXPECT_EQ(failure.fault, ReadFault::KeyFailed);
-            EXPECT_EQ(static_cast<uint32_t>(failure.status), 3000000001U);
-            EXPECT_STREQ(failure.call, "vex_smlGetBatch");
-            EXPECT_NE(failure.time, datacache::WallTime());
-            EXPECT_EQ(area.failuresInARow, failed ? 1U : 0U);
-            EXPECT_EQ(area.gaps, failed ? before.areas[i].gaps : 1U);
-        }
-        EXPECT_GE(named, 1U);
-        repair();
-        reread();
-        EXPECT_THAT(stale(), ElementsAre("accounts")) << "which only the host reads";
-        for (const AreaHealth& area : DataCache::health().areas) EXPECT_EQ(area.gaps, 0U);
-    }
-}
-
 TEST_F(HealthTest, TellsHowAReadFailed) {
     start(kSwitch);
     const struct {
@@ -238,22 +196,6 @@ TEST_F(HealthTest, TimesPassesAndNamesTheSlowestArea) {
     if (after.longest == after.last) {
         EXPECT_EQ(after.longestArea, CacheArea::Zoning);
     }
-}
-
-TEST_F(HealthTest, ReaderShowsTheRecordsUnderTheLock) {
-    start(kSwitch);
-    {
-        const datacache::CacheReader reader;
-        ASSERT_TRUE(reader);
-        EXPECT_FALSE(lockIsFree());
-        EXPECT_EQ(reader.localSwitch().switchWwn, Wwn("1000001122AABBCC"));
-        EXPECT_EQ(reader.ports().portCount, 4);
-        EXPECT_EQ(reader.fabric().getSwitchCount(), 2);
-        EXPECT_TRUE(reader.chassis().loaded);
-        EXPECT_EQ(reader->getRootSwitchDomainID(), 1);
-        EXPECT_EQ(reader.zoning().getUberZoneset(), nullptr) << "the switch has no zoning";
-    }
-    EXPECT_TRUE(lockIsFree());
 }
 
 // ---- What memory the passes ask for, and what happens when there is none ----

@@ -166,27 +166,6 @@ TEST_F(Lifecycle, ConnectsUntilItSucceeds) {
     EXPECT_EQ(capture.take().back(), "2 DCACHE: Zoning limits failed to load");
 }
 
-TEST_F(Lifecycle, CarriesASwitchEventToTheHost) {
-    run();
-    EXPECT_LT(host().stackBytes, 0x200000U) << "the evaluation thread has a small stack of its own";
-    sim.run(kPowerSupplyPulled);
-    ASSERT_TRUE(host().await(2));
-    const std::vector<std::string> lines = host().take();
-    EXPECT_EQ(lines[0],
-              "DCEventPowerSupplyRemove wwn=1000001122AABBCC index=2 count=1 seen on 1000001122AABBCC");
-    EXPECT_EQ(lines[1], kComplete);
-}
-
-TEST_F(Lifecycle, LogsStartUpInOrder) {
-    run();
-    std::vector<std::string> lines;
-    for (std::string& line : capture.take()) {
-        if (line.find("EVAL") != std::string::npos) lines.push_back(std::move(line));
-    }
-    EXPECT_THAT(lines, ElementsAre("2 DCACHE: (DataCache) creating EVAL thread", "2 DCACHE: (EVAL) starting",
-                                   "2 DCACHE: (EVAL) awake"));
-}
-
 TEST_F(Lifecycle, CoalescesWakeUps) {
     run();
     host().gate(true);
@@ -198,24 +177,6 @@ TEST_F(Lifecycle, CoalescesWakeUps) {
     ASSERT_TRUE(host().await(1));
     usleep(100000);
     EXPECT_THAT(host().take(), ElementsAre(kComplete)) << "three wake-ups, one pass";
-}
-
-TEST_F(Lifecycle, EventsDuringAPassAreTakenByTheNext) {
-    run();
-    host().gate(true);
-    wakeEvaluation();
-    ASSERT_TRUE(host().await(1));
-    host().take();
-    sim.run(kPowerSupplyPulled);  // its notification waits for the access lock
-    sim.run("[[step]]\ndo = \"power_supply\"\nindex = 2\nstate = \"Bad\"\n");
-    host().gate(false);
-    ASSERT_TRUE(host().await(2));
-    sim.waitDelivered();
-    usleep(100000);
-    const std::vector<std::string> lines = host().take();
-    EXPECT_EQ(lines[0],
-              "DCEventPowerSupplyFail wwn=1000001122AABBCC index=2 count=1 seen on 1000001122AABBCC")
-        << "the switch is read as it is now, not as it was at each event";
 }
 
 TEST_F(Lifecycle, FailedPassIsReportedAndRetriedByTheNextEvent) {

@@ -48,75 +48,6 @@ class SwitchChassis : public CacheTest {
     }
 };
 
-TEST_F(SwitchChassis, FillsTheCache) {
-    start();
-    EXPECT_EQ(cache().getRootSwitchWwn(), "1000001122AABBCC");
-    EXPECT_EQ(cache().getRootSwitchWorldWideName(), Wwn(std::string("1000001122AABBCC")));
-    EXPECT_EQ(cache().getRootPowerSupplyCount(), 3);
-    EXPECT_FALSE(cache().isTransparentSwitch());
-    EXPECT_FALSE(cache().isFCOESwitch());
-    EXPECT_EQ(cache().getSwitchFaults(), (std::vector<unsigned short>{0, 0}));
-    EXPECT_EQ(status(), std::vector<unsigned short>{2})
-        << "the switch is read before the chassis: no faults yet";
-    EXPECT_TRUE(cache().isCacheReady());
-    const AccessGuard guard;
-    EXPECT_EQ(peer().chassisState.fanCount, 2);
-    EXPECT_EQ(peer().chassisState.fanStatus[1], HARDWARE_BAD);
-    EXPECT_EQ(peer().chassisState.powerSupplyStatus[2], HARDWARE_NOT_INSTALLED);
-    EXPECT_EQ(peer().bladeSlotCount, 4);
-}
-
-TEST_F(SwitchChassis, ReadsWhatItNeedsInItsOrder) {
-    start();
-    reload();
-    EXPECT_THAT(
-        calls(),
-        ElementsAre("vex_smlGetBatch Oper.Switch.WhoIsPrincipal,Oper.Switch.WWN,Oper.Switch.OperState,"
-                    "Oper.Switch.TransparentModeFeature,Config.Switch.TransparentMode,"
-                    "Config.Mfg.ProductFeatureType,Oper.Switch.FCOEFeature,"
-                    "Oper.Switch.EthernetPassthroughFeature",
-                    "vex_smlGetBatch Oper.Chassis.0.PowerSupplies,Oper.Chassis.0.Fans,"
-                    "Oper.Chassis.0.MaxSlots,Oper.Switch.EnhFaultMonFeature",
-                    "vex_smlGetBatch Oper.Chassis.0.PowerSupply.0,Oper.Chassis.0.PowerSupply.1,"
-                    "Oper.Chassis.0.PowerSupply.2,Oper.Chassis.0.Fan.0,Oper.Chassis.0.Fan.1,"
-                    "Oper.Switch.FaultList,Oper.Blade.0.FaultList,Oper.Blade.1.FaultList,"
-                    "Oper.Blade.2.FaultList,Oper.Blade.3.FaultList"));
-    sim.set("Oper.Switch.EnhFaultMonFeature", "true");  // not exactly "True": off
-    reload();
-    EXPECT_EQ(calls().back(),
-              "vex_smlGetBatch Oper.Chassis.0.PowerSupply.0,Oper.Chassis.0.PowerSupply.1,"
-              "Oper.Chassis.0.PowerSupply.2,Oper.Chassis.0.Fan.0,Oper.Chassis.0.Fan.1,Oper.Switch.Nop,"
-              "Oper.Switch.Nop,Oper.Switch.Nop,Oper.Switch.Nop,Oper.Switch.Nop");
-}
-
-TEST_F(SwitchChassis, ReportsPowerSuppliesByTheirLabel) {
-    start();
-    const struct {
-        int index;
-        const char* state;
-        std::vector<std::string> events;
-    } steps[] = {
-        {2, "NotInstalled", {"DCEventPowerSupplyRemove " + kName + " index=2 count=1"}},
-        {2, "Bad", {"DCEventPowerSupplyAdd " + kName + " index=2"}},
-        {2, "Good", {}},
-        {1, "Bad", {"DCEventPowerSupplyFail " + kName + " index=1 count=1"}},
-        {1, "Unknown", {}},
-        {1, "Bad", {"DCEventPowerSupplyFail " + kName + " index=1 count=1"}},
-        {1, "Bad", {}},
-        {3, "Good", {"DCEventPowerSupplyAdd " + kName + " index=3"}},
-    };
-    for (const auto& s : steps) {
-        powerSupply(s.index, s.state);
-        EXPECT_EQ(events(), s.events) << s.index << ' ' << s.state;
-    }
-    sim.set("Oper.Chassis.0.PowerSupply.0", "NotInstalled");
-    sim.set("Oper.Chassis.0.PowerSupply.1", "Bad");
-    cache().updateChassis();
-    pass();
-    EXPECT_THAT(events(), ElementsAre("DCEventPowerSupplyRemove " + kName + " index=1 count=1",
-                                      "DCEventPowerSupplyFail " + kName + " index=2 count=1"));
-}
-
 TEST_F(SwitchChassis, FindsFaultMarkersWhereTheyCount) {
     start();
     const struct {
@@ -139,73 +70,6 @@ TEST_F(SwitchChassis, FindsFaultMarkersWhereTheyCount) {
         EXPECT_EQ(cache().getSwitchFaults(), c.faults) << c.key << ' ' << c.value;
         sim.set(c.key, "");
     }
-}
-
-TEST_F(SwitchChassis, ReportsTheSwitchsStatusWhenItsListChanges) {
-    start();
-    reload();  // only now the chassis' two zeros are part of the list
-    const std::string event = "DCEventSwitchStatusChange " + kName + " principalWwn=1000001122000001 ";
-    EXPECT_THAT(events(), ElementsAre(event + "previousStatus=[2] currentStatus=[2,0,0]"));
-    step("[[step]]\ndo = \"switch_state\"\nstate = \"Offline\"\n");
-    EXPECT_THAT(events(), ElementsAre(event + "previousStatus=[2,0,0] currentStatus=[10,0,0]"));
-    sim.set("Config.Switch.TransparentMode", "True");
-    sim.set("Oper.Switch.FCOEFeature", "True");
-    reload();
-    EXPECT_THAT(events(), IsEmpty()) << "features alone are no change of status";
-    EXPECT_FALSE(cache().isTransparentSwitch()) << "the mode counts only with the feature";
-    EXPECT_TRUE(cache().isFCOESwitch());
-    sim.set("Oper.Switch.FaultList", "FW_POST_FAIL");
-    reload();
-    EXPECT_THAT(events(), IsEmpty()) << "the fault is seen after the switch was read";
-    reload();
-    EXPECT_THAT(events(), ElementsAre(event + "previousStatus=[10,0,0] currentStatus=[6,32768,0]"));
-}
-
-TEST_F(SwitchChassis, KeepsTheOldStateThroughFailedReads) {
-    start();
-    const auto failOnce = [this](const char* key, const char* effect) {
-        sim.run(std::string("[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\ntimes = 1\nkey = \"") +
-                key + "\"\n" + effect + "\n");
-    };
-    failOnce("Oper.Switch.WWN", "status = 24");
-    sim.set("Oper.Chassis.0.PowerSupply.0", "NotInstalled");
-    reload();
-    EXPECT_THAT(log(), ElementsAre("2 DCACHE: evaluateCaches", "2 DCACHE: Updating switch cache",
-                                   "2 DCACHE: _getSwitchInfo()",
-                                   "2 DCACHE: Cache update failed: DataCache:_getSwitchInfo:1351",
-                                   "2 DCACHE: Updating chassis cache", "2 DCACHE: _getChassisInfo()",
-                                   "2 DCACHE: _switchOK = false"));
-    EXPECT_THAT(allEvents(), ElementsAre("DCEventPowerSupplyRemove " + kName + " index=1 count=1"))
-        << "other areas go on, but the cache is not complete";
-    EXPECT_FALSE(cache().isCacheReady());
-
-    sim.set("Oper.Switch.WWN", "0000000000000000");
-    pass();
-    EXPECT_THAT(log(), Contains("2 DCACHE: Cache update failed: DataCache:_getSwitchInfo:1364"));
-    EXPECT_EQ(cache().getRootSwitchWwn(), "1000001122AABBCC");
-    sim.set("Oper.Switch.WWN", "1000001122AABBCC");
-    EXPECT_TRUE(pass());
-
-    // The counts' read fails: nothing changes. The parts' read fails: the counts are new, the statuses old.
-    sim.set("Oper.Chassis.0.PowerSupplies", "2");
-    failOnce("Oper.Chassis.0.Fans", "result = 9");
-    events();
-    log();
-    reload();
-    EXPECT_EQ(cache().getRootPowerSupplyCount(), 3);
-    EXPECT_THAT(log(), Not(Contains(::testing::HasSubstr("Cache update failed"))));
-    sim.set("Oper.Chassis.0.PowerSupply.1", "Bad");
-    failOnce("Oper.Chassis.0.Fan.1", "status = 5");
-    pass();
-    EXPECT_EQ(cache().getRootPowerSupplyCount(), 2);
-    EXPECT_FALSE(cache().isCacheReady());
-    {
-        const AccessGuard guard;
-        EXPECT_EQ(peer().chassisState.powerSupplyStatus[1], HARDWARE_GOOD);
-    }
-    events();
-    EXPECT_TRUE(pass()) << "a failed area is read again by the next pass";
-    EXPECT_THAT(events(), ElementsAre("DCEventPowerSupplyFail " + kName + " index=2 count=0"));
 }
 
 TEST_F(SwitchChassis, StaysInsideItsMemoryWhateverTheSwitchClaims) {
@@ -238,17 +102,6 @@ TEST_F(SwitchChassis, StaysInsideItsMemoryWhateverTheSwitchClaims) {
         EXPECT_EQ(peer().chassisState.fanCount, c.fansKept) << c.fans;
         EXPECT_EQ(peer().bladeSlotCount, c.slotsKept) << c.slots;
     }
-}
-
-TEST_F(SwitchChassis, ReadsUnterminatedValuesWithTheirBound) {
-    start();
-    sim.run("[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\ntimes = 0\nunterminated = true\n");
-    {
-        const AccessGuard guard;
-        EXPECT_EQ(peer().getChassisInfo(), 1);
-        EXPECT_EQ(peer().getSwitchInfo(), 0) << "a name of 256 characters is no name";
-    }
-    EXPECT_EQ(cache().getRootSwitchWwn(), "1000001122AABBCC");
 }
 
 }  // namespace

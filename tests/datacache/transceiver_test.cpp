@@ -89,14 +89,6 @@ class Transceiver : public CacheTest {
     static constexpr const char* kNothing = "2 no  ";
 };
 
-TEST_F(Transceiver, IsReadWithItsPort) {
-    EXPECT_EQ(port("0"), "0 yes 00AABB SIM0000000000000");
-    EXPECT_EQ(port("2"), "1 yes C0FFEE AB _12");
-    EXPECT_EQ(port("3"), kNothing) << "no diagnostics";
-    EXPECT_EQ(port("4"), kNothing) << "not installed";
-    EXPECT_EQ(port("6"), kNothing) << "no such port";
-}
-
 TEST_F(Transceiver, IndexesAreTexts) {
     EXPECT_EQ(port("1"), "0 yes 00AABB SIM0000000000001");
     EXPECT_EQ(port(" 01x"), port("1"));
@@ -123,18 +115,6 @@ TEST_F(Transceiver, IndexesAreTexts) {
         EXPECT_EQ(cache().getPortHWType(text), 0);
     }
     EXPECT_TRUE(lockIsFree()) << "the lock is released as the exception leaves";
-}
-
-TEST_F(Transceiver, IsFoundByVendorAndSerial) {
-    EXPECT_EQ(cache().getRootPortIndexForTransceiver("00AABB", "SIM0000000000005"), "5");
-    EXPECT_EQ(cache().getRootPortIndexForTransceiver("C0FFEE", "AB _12"), "2");
-    EXPECT_EQ(cache().getRootPortIndexForTransceiver("C0FFEE", "AB  12"), "");
-    EXPECT_EQ(cache().getRootPortIndexForTransceiver("000000", "0000000000000000"), "") << "no diagnostics";
-    sim.run(
-        "[[step]]\ndo = \"transceiver_plugged\"\nport = 1\noui = 65\nserial = \"0123456789ABCDEF\"\n"
-        "[[step]]\ndo = \"transceiver_plugged\"\nport = 0\noui = 65\nserial = \"0123456789ABCDEF\"\n");
-    settle();
-    EXPECT_EQ(cache().getRootPortIndexForTransceiver("A", "0123456789ABCDEF"), "0") << "the first of two";
 }
 
 TEST_F(Transceiver, MediaEventsChangeTheirPortOnly) {
@@ -179,15 +159,6 @@ TEST_F(Transceiver, MediaEventsThatSayTooLittleOrTooMuchChangeNothing) {
     EXPECT_EQ(port("3"), before);
     EXPECT_EQ(port("0"), "0 yes 00AABB SIM0000000000000");
     EXPECT_THAT(log(), Not(Contains(::testing::HasSubstr("event only contains"))));
-}
-
-TEST_F(Transceiver, PlugAndPullFromTheSwitch) {
-    step("[[step]]\ndo = \"transceiver_pulled\"\nport = 0\n");
-    EXPECT_EQ(port("0"), kNothing);
-    step("[[step]]\ndo = \"transceiver_plugged\"\nport = 0\noui = 0x001142\nserial = \"FEDCBA9876543210\"\n");
-    EXPECT_EQ(port("0"), "0 yes B FEDCBA9876543210");
-    step("[[step]]\ndo = \"port_online\"\nport = 0\n");
-    EXPECT_EQ(port("0"), "0 yes 001142 FEDCBA9876543210") << "the next scan of the port reads it whole";
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // The example switches through the real library: what they show, and what a start-up asks of the switch.
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -78,76 +77,6 @@ TEST_F(Examples, ShowEveryClassOfEvent) {
         "DCEventEnvEvent",        "DCEventCIMChange",        "DCEventDataCacheUpdateComplete",
     };
     EXPECT_EQ(seen, all);
-}
-
-/** Calls with their numbers as "#", and runs of the same call as one with its count in front. */
-std::vector<std::string> condensed(const std::vector<std::string>& calls) {
-    static const std::regex kNumber("\\.[0-9]+(?=[.,]|$)");
-    std::vector<std::pair<std::string, int>> runs;
-    for (const std::string& call : calls) {
-        std::string shape = std::regex_replace(call, kNumber, ".#");
-        if (shape.back() == ' ') shape.pop_back();  // a call without arguments
-        if (runs.empty() || runs.back().first != shape) runs.emplace_back(std::move(shape), 0);
-        ++runs.back().second;
-    }
-    std::vector<std::string> lines;
-    for (const auto& [shape, count] : runs) lines.push_back(std::to_string(count) + " " + shape);
-    return lines;
-}
-
-TEST_F(Examples, StartUpAsksTheSwitchInThisOrder) {
-    load(contents("modular-chassis.toml"));
-    settle();
-    std::vector<std::string> requests;
-    for (const std::string& call : calls()) {
-        // What is asked of a zoneset's objects in memory is no request to the switch.
-        if (call.find("vex_Zone") != 0 && call.find("vex_Member") != 0) requests.push_back(call);
-    }
-    const std::vector<std::string> expected = {
-        "1 vex_IPConnect localhost,cim,",
-        "1 vex_fzsGetZoningLimitations",
-        "1 vex_enRegisterForEventList 32,52,57,28,39,29,82,50,14,15,72,73,33,40,74,75,76,77,"
-        "78,16,68,69,79,80,3,1,7,70",
-        "1 vex_smlGetBatch Oper.Switch.WhoIsPrincipal,Oper.Switch.WWN,Oper.Switch.OperState,"
-        "Oper.Switch.TransparentModeFeature,Config.Switch.TransparentMode,"
-        "Config.Mfg.ProductFeatureType,Oper.Switch.FCOEFeature,"
-        "Oper.Switch.EthernetPassthroughFeature",
-        "1 vex_smlGetBatch Oper.Chassis.#.PowerSupplies,Oper.Chassis.#.Fans,"
-        "Oper.Chassis.#.MaxSlots,Oper.Switch.EnhFaultMonFeature",
-        "1 vex_smlGetBatch Oper.Chassis.#.PowerSupply.#,Oper.Chassis.#.PowerSupply.#,"
-        "Oper.Chassis.#.PowerSupply.#,Oper.Chassis.#.PowerSupply.#,Oper.Chassis.#.Fan.#,"
-        "Oper.Chassis.#.Fan.#,Oper.Chassis.#.Fan.#,Oper.Switch.FaultList,"
-        "Oper.Blade.#.FaultList,Oper.Blade.#.FaultList,Oper.Blade.#.FaultList,"
-        "Oper.Blade.#.FaultList,Oper.Blade.#.FaultList,Oper.Blade.#.FaultList,"
-        "Oper.Blade.#.FaultList,Oper.Blade.#.FaultList",
-        "1 vex_smlGetBatch Oper.Chassis.#.MaxSlots",
-        "8 vex_smlGetBatch Oper.Blade.#.OperState,Oper.Blade.#.PlanarPartNum,"
-        "Oper.Blade.#.BoardSerialNum,Oper.Blade.#.Type,Oper.Blade.#.AdminState,"
-        "Oper.Blade.#.DiagStatus,Oper.Blade.#.TempSensors,Oper.Blade.#.VoltageSensors",
-        "1 vex_smlGetBatch Oper.Switch.MaxPorts",
-        "128 vex_smlGetBatch Oper.UserPort.#.#.OperState,Oper.UserPort.#.#.AdminState,"
-        "Config.UserPort.#.#.Type,Oper.UserPort.#.#.DDM.Supported,"
-        "Oper.UserPort.#.#.SFPData0_31,Oper.UserPort.#.#.SFPData32_63,"
-        "Oper.UserPort.#.#.SFPSerialNumber,Oper.UserPort.#.#.HWType",
-        "1 vex_smlGetBatch Oper.UserPort.#.#.WWN,Oper.Switch.DomainID,"
-        "Oper.Switch.WhoIsPrincipal",
-        "1 vex_smlGetBatch Oper.Switch.WhoIsPrincipal,Oper.Switch.WWN,Oper.Switch.DomainID",
-        "1 vex_smlGetBatch Oper.Eport.LsdbRecordList.#",
-        "4 vex_smlGetBatch Oper.Eport.LsdbRecord.#.WWN,Oper.Eport.LsdbRecord.#.Hops",
-        "1 vex_smlGetBatch Oper.TopologyAll.#.PortEntries",
-        "32 vex_smlGetBatch Oper.TopologyAll.#.Entry.#.PortWwn",
-        "1 vex_smlGetBatch Oper.TopologyAll.#.PortEntries",
-        "16 vex_smlGetBatch Oper.TopologyAll.#.Entry.#.PortWwn",
-        "1 vex_smlGetBatch Oper.TopologyAll.#.PortEntries",
-        "24 vex_smlGetBatch Oper.TopologyAll.#.Entry.#.PortWwn",
-        "1 vex_smlGetBatch Oper.Switch.WhoIsPrincipal,Oper.Zoning.ActiveChecksum,"
-        "Oper.Zoning.InactiveChecksum,Oper.Zoning.ActiveZoneSet",
-        "1 vex_fzsGetActiveZoneset",
-        "1 vex_fzsGetZonesetList",
-        "1 vex_fzsGetZoneset production",
-        "1 vex_fzsGetZoneset night",
-        "1 vex_fzsGetAllZonesAndAliases __UberZoneset__"};
-    EXPECT_EQ(condensed(requests), expected);
 }
 
 }  // namespace

@@ -80,17 +80,6 @@ TEST_F(EventsTest, TextsMayFillTheirField) {
                                                   "1[0:0:0]" + std::string(1400, 'y')));
 }
 
-TEST_F(EventsTest, ChangingTheDeliveryLosesNothing) {
-    ASSERT_EQ(registerFor({{1, 0}}), 0);
-    sim.raise(1, {0, 0, 0}, "manual");
-    sim.setDelivery(Delivery::Thread);
-    sim.waitDelivered();
-    sim.setDelivery(Delivery::Manual);
-    sim.raise(1, {0, 0, 0}, "later");
-    EXPECT_EQ(seen, std::vector<std::string>{"1[0:0:0]manual"});
-    EXPECT_EQ(sim.deliverPending(), 1U);
-}
-
 TEST_F(EventsTest, AScenarioRunsInItsTimeAndWritesItsTranscript) {
     const std::string path = testing::TempDir() + "transcript.txt";
     std::remove(path.c_str());
@@ -120,22 +109,4 @@ TEST_F(EventsTest, AScenarioRunsInItsTimeAndWritesItsTranscript) {
                                             "event 33 VEX_EVENT_CHASSIS_OPERCHANGE [0:0:0] Fan 1 Bad",
                                             "step s:5 note", "note half", "step s:9 wait"));
     EXPECT_EQ(sim.transcript().back().detail, "half");
-}
-
-TEST_F(EventsTest, ResetEndsARunningScenario) {
-    sim.loadScenarioText("do = 'wait'\nfor = 3600");
-    sim.startScenario();
-    sim.reset();
-    EXPECT_TRUE(sim.scenarioDone());
-}
-
-TEST_F(EventsTest, TheClockCanBeMovedForward) {
-    long before = 0;
-    long after = 0;
-    uptime(&before);
-    sim.advanceClock(100);
-    sim.run("do = 'advance_clock'\nseconds = 23");
-    uptime(&after);
-    EXPECT_GE(after - before, 123);
-    EXPECT_LE(after - before, 125);
 }

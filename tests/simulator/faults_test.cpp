@@ -142,23 +142,3 @@ TEST_F(FaultsTest, WhatWouldCrashARealLibraryIsCounted) {
     EXPECT_NE(vex_libFreeMemory(value), 0) << "released twice";
     EXPECT_EQ(sim.live().misuse, std::size(refused) + 4);
 }
-
-TEST_F(FaultsTest, KeysAndValuesThatFillTheirFieldsAreReadWithABound) {
-    const std::string key(256, 'k');
-    sim.set(key, std::string(300, 'v'));
-    vex_smlrequest_s record{};
-    key.copy(record.key, sizeof record.key);
-    ASSERT_EQ(vex_smlGetBatch(handle, &record, 1), 0);
-    EXPECT_EQ(record.status, Ok);
-    EXPECT_EQ(valueOf(record), std::string(255, 'v'));
-}
-
-TEST_F(FaultsTest, LimitsComeFromTheFile) {
-    vex_fzs_limits_s limits{};
-    sim.loadSwitchText(
-        "[zoning.limits]\nzonesets = 1\nzones = 2\nmembers = 3\nzones_per_zoneset = 4\n"
-        "members_per_zone = 5\naliases = 6\nmembers_per_alias = 7\n");
-    ASSERT_EQ(vex_fzsGetZoningLimitations(handle, &limits), 0);
-    const int32_t expected[] = {1, 2, 3, 4, 5, 6, 7};
-    EXPECT_EQ(std::memcmp(&limits, expected, sizeof limits), 0);
-}

@@ -127,30 +127,3 @@ TEST_F(SimulatorTest, AScenarioThatIsWrongStartsNothingAndSaysWhere) {
     }
     EXPECT_EQ(sim.get("Ran"), std::nullopt);
 }
-
-TEST_F(SimulatorTest, ASwitchFileBecomesKeys) {
-    sim.loadSwitchText(R"(
-        [switch]
-        wwn = "10:00:00:11:22:33:44:AB"
-        faults = ["FW_POST_FAIL", "HW_MP_ACCESS_CPU0"]
-        [features]
-        fcoe = true
-        [chassis]
-        fans = 10000
-        slots = 65535
-        [sml]
-        "Oper.Chassis.0.Fans" = "many"
-        "Oper.Switch.FCOEFeature" = false
-        "Config.System.Number" = 12
-    )");
-    const std::pair<const char*, const char*> keys[] = {
-        {"Oper.Switch.FaultList", "FW_POST_FAIL HW_MP_ACCESS_CPU0"},
-        {"Oper.Switch.FCOEFeature", "False"},
-        {"Oper.Chassis.0.Fans", "many"},
-        {"Oper.Chassis.0.Fan.9999", "Good"},
-        {"Oper.Chassis.0.MaxSlots", "65535"},
-        {"Oper.Blade.65534.FaultList", ""},
-        {"Config.System.Number", "12"},
-    };
-    for (const auto& [key, value] : keys) EXPECT_EQ(sim.get(key), value) << key;
-}

@@ -1,28 +1,5 @@
 #include "tests/simulator/SimulatorTest.h"
 
-TEST_F(SimulatorTest, SlotsAnswerAsLongAsTheChassisHasThem) {
-    sim.loadSwitchText("[chassis]\nslots = 3\n[[blade]]\nslot = 1\ntype = 'IO'\ntemp_sensors = 4\n");
-    const std::pair<const char*, const char*> keys[] = {
-        {"Oper.Blade.0.OperState", "NotInstalled"},
-        {"Oper.Blade.0.Type", ""},
-        {"Oper.Blade.0.TempSensors", "0"},
-        {"Oper.Blade.2.FaultList", ""},
-    };
-    for (const auto& [key, value] : keys) EXPECT_EQ(sim.get(key), value) << key;
-    for (const char* key :
-         {"Oper.Blade.3.OperState", "Oper.Blade.01.OperState", "Oper.Blade.0.Colour", "Oper.Blade..OperState",
-          "Oper.Blade.-1.OperState", "Oper.Blade.65536.OperState"}) {
-        EXPECT_EQ(sim.get(key), std::nullopt) << key;
-    }
-    sim.run("do = 'blade_remove'\nslot = 1\n");
-    EXPECT_EQ(sim.get("Oper.Blade.1.OperState"), "NotInstalled");
-    EXPECT_EQ(sim.get("Oper.Blade.1.TempSensors"), "0");
-    sim.run("do = 'fault_list'\nslot = 1\nfaults = ['FW_POST_FAIL']\n");
-    EXPECT_EQ(sim.get("Oper.Blade.1.FaultList"), "FW_POST_FAIL") << "the slot stays";
-    sim.run("do = 'blade_insert'\nslot = 1\ntype = 'FAN'\n");
-    EXPECT_EQ(sim.get("Oper.Blade.1.Type"), "FAN");
-}
-
 TEST_F(SimulatorTest, StepsThatCannotBeAreRefused) {
     sim.loadSwitchText("[chassis]\nslots = 2\n[[blade]]\nslot = 1\ntype = 'IO'\n");
     const std::pair<const char*, const char*> steps[] = {
@@ -46,14 +23,4 @@ TEST_F(SimulatorTest, StepsThatCannotBeAreRefused) {
     for (const auto& [text, message] : steps) {
         EXPECT_EQ(errorOf([&, step = text] { sim.run(step, "f"); }), message) << text;
     }
-}
-
-TEST_F(SimulatorTest, ServicesAndAddressesChange) {
-    sim.loadSwitchText("[network]\nipv6_address = '2001:db8::1'\n");
-    EXPECT_EQ(sim.get("Config.Services.SSHEnable"), "True") << "a default";
-    sim.run("do = 'service'\nname = 'ssh'\nenabled = false\n");
-    EXPECT_EQ(sim.get("Config.Services.SSHEnable"), "False");
-    sim.run("do = 'ip_address'\nversion = 6\naddress = '2001:db8::2'\n");
-    EXPECT_EQ(sim.get("Oper.System.Eth.0.IPv6Address.0"), "2001:db8::2");
-    EXPECT_EQ(sim.get("Oper.System.Eth.0.IPv4Address"), "192.0.2.10");
 }

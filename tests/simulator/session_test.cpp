@@ -60,29 +60,6 @@ TEST_F(SessionTest, EachCommandNeedsWhatComesBeforeIt) {
     }
 }
 
-TEST_F(SessionTest, ASingleSetHasItsValueBehindTheKey) {
-    ASSERT_EQ(send("Switch.ReqAdmin Switch.EditConfig"), Ok);
-    EXPECT_EQ(command("Config.System.Address.10.0.0.2"), Ok);
-    EXPECT_EQ(command("Config.System.Nothing.1"), static_cast<int32_t>(UnknownKey));
-    ASSERT_EQ(send("Switch.SaveConfig"), Ok);
-    EXPECT_EQ(sim.get("Config.System.Address"), "10.0.0.2");
-}
-
-TEST_F(SessionTest, WhoElseHoldsAdminRightsIsScripted) {
-    uint32_t other = 0;
-    ASSERT_EQ(vex_IPConnect("localhost", "other", "", &other), 0);
-    ASSERT_NE(other, handle);
-    ASSERT_EQ(command(other, "Cmd.Switch.ReqAdmin"), 0);
-    EXPECT_EQ(send("Switch.ReqAdmin"), Refused);
-    EXPECT_EQ(send("Switch.EditConfig"), NoAdmin);
-    ASSERT_EQ(command(other, "Cmd.Switch.RelAdmin"), 0);
-    sim.run("do = 'admin'\nheld_elsewhere = true");
-    EXPECT_EQ(send("Switch.ReqAdmin"), Refused);
-    sim.run("do = 'admin'\nheld_elsewhere = false\nshared = true");
-    ASSERT_EQ(send("Switch.ReqAdmin"), Ok);
-    EXPECT_EQ(command(other, "Cmd.Switch.ReqAdmin"), 0) << "shared";
-}
-
 TEST_F(SessionTest, ASaveReportsWhatChanged) {
     static std::vector<std::string> seen;
     seen.clear();

@@ -33,46 +33,6 @@ class ConfigSession : public CacheTest {
     }
 };
 
-TEST_F(ConfigSession, SavesAndGivesRightsBack) {
-    EXPECT_EQ(getConfigEditMode(), 0);
-    EXPECT_EQ(adminModeHeld, 1U);
-    EXPECT_THAT(calls(), ElementsAre("vex_smlSet Cmd.Switch.ReqAdmin", "vex_smlSet Cmd.Cim.EditConfig"));
-    setSsh();
-    EXPECT_EQ(ssh(), "False");
-    calls();
-    EXPECT_EQ(saveConfigEdit(), 0);
-    EXPECT_THAT(calls(), ElementsAre("vex_smlSet Cmd.Cim.SaveConfig", "vex_smlSet Cmd.Switch.CancelAdmin"));
-    EXPECT_EQ(ssh(), "True");
-    EXPECT_EQ(adminModeHeld, 0U);
-    EXPECT_THAT(log(), ElementsAre("2 DCACHE: vex_smlSet 'Cmd.Switch.ReqAdmin'",
-                                   "2 DCACHE: vex_smlSet 'Cmd.Cim.EditConfig'",
-                                   "2 DCACHE: vex_smlSet 'Config.Services.SSHEnable.True'",
-                                   "2 DCACHE: vex_smlSet 'Cmd.Cim.SaveConfig'",
-                                   "2 DCACHE: vex_smlSet 'Cmd.Switch.CancelAdmin'"));
-}
-
-TEST_F(ConfigSession, CancelDropsTheEditAndGivesRightsBack) {
-    ASSERT_EQ(getConfigEditMode(), 0);
-    setSsh();
-    calls();
-    EXPECT_EQ(cancelConfigEdit(), 0);
-    EXPECT_THAT(calls(), ElementsAre("vex_smlSet Cmd.Cim.CancelConfig", "vex_smlSet Cmd.Switch.CancelAdmin"));
-    EXPECT_EQ(ssh(), "False");
-    EXPECT_EQ(adminModeHeld, 0U);
-    EXPECT_EQ(getConfigEditMode(), 0) << "the switch is free for the next edit";
-}
-
-TEST_F(ConfigSession, ReleaseWithoutRightsAsksForNothing) {
-    EXPECT_EQ(releaseAdminMode(), 0);
-    EXPECT_THAT(calls(), IsEmpty());
-    EXPECT_THAT(log(), IsEmpty());
-    refuse("Cmd.Switch.ReqAdmin");
-    EXPECT_EQ(getConfigEditMode(), -1);
-    EXPECT_EQ(log(), failed("Cmd.Switch.ReqAdmin", "to get Admin mode"));
-    EXPECT_EQ(adminModeHeld, 0U);
-    EXPECT_THAT(calls(), ElementsAre("vex_smlSet Cmd.Switch.ReqAdmin")) << "no edit without rights";
-}
-
 TEST_F(ConfigSession, FailuresKeepTheRights) {
     const struct {
         const char* key;
@@ -117,22 +77,6 @@ TEST_F(ConfigSession, SaveWithoutRightsHeldHereReleasesNothing) {
     calls();
     EXPECT_EQ(saveConfigEdit(), 0);
     EXPECT_THAT(calls(), ElementsAre("vex_smlSet Cmd.Cim.SaveConfig"));
-}
-
-TEST_F(ConfigSession, BackupAndRestoreGiveTheSwitchsStatus) {
-    EXPECT_GT(restoreConfig(), 0) << "nothing was saved yet";
-    log();
-    EXPECT_EQ(backupConfig(), 0);
-    sim.set("Config.Services.SSHEnable", "True");
-    EXPECT_EQ(restoreConfig(), 0);
-    EXPECT_EQ(ssh(), "False");
-    log();
-    refuse("Cmd.Switch.BackupConfig");
-    EXPECT_EQ(backupConfig(), 31);
-    EXPECT_EQ(log(), failed("Cmd.Switch.BackupConfig", "to backup config"));
-    refuse("Cmd.Switch.RestoreConfig");
-    EXPECT_EQ(restoreConfig(), 31);
-    EXPECT_EQ(log(), failed("Cmd.Switch.RestoreConfig", "to restore config"));
 }
 
 }  // namespace

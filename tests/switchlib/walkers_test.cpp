@@ -72,47 +72,6 @@ const struct {
     {"Oper.NameServerAll.P.NextNsEntry.E", [](char* dst) { return get_next_attached_port("P", "E", dst); }},
 };
 
-TEST_F(Walkers, VisitTheWholeDatabase) {
-    Texts seen;
-    Buffer record;
-    for (const char* at = get_first_lsdb_record(record.data()); at != nullptr;
-         at = get_next_lsdb_record(std::string(at).c_str(), record.data())) {
-        const int links = get_lsdb_record_link_count(at);
-        seen.push_back(std::string(at) + ": " + std::to_string(links));
-        for (int i = 0; i < links; ++i) {
-            Buffer remote;
-            const std::string link = std::to_string(i);
-            ASSERT_EQ(get_lsdb_record_link_local_information(at, link.c_str(), dst.data()), dst.data());
-            ASSERT_NE(get_lsdb_record_link_remote_information(at, link.c_str(), remote.data()), nullptr);
-            seen.push_back(std::string(dst.data()) + " -> " + remote.data());
-        }
-    }
-    EXPECT_THAT(seen, ElementsAre("1: 2", "0 -> 2", "1 -> 7", "2: 2", "0 -> 1", "1 -> 5", "5: 1", "0 -> 2",
-                                  "7: 2", "19 -> 1", "0x105 -> 1", "9: 0"));
-    EXPECT_STREQ(record.data(), "9") << "the end of the walk leaves the last record";
-    EXPECT_THAT(log(), IsEmpty());
-    EXPECT_EQ(get_lsdb_record_link_local_information("1", "2", dst.data()), nullptr);
-    EXPECT_EQ(get_lsdb_record_link_count("3"), -1) << "no such record";
-
-    sim.run("[[step]]\ndo = \"lsdb_links\"\ndomain = 1\nlinks = [{local_port = 3, neighbor = 7}]\n");
-    EXPECT_EQ(get_lsdb_record_link_count("1"), 1);
-    EXPECT_STREQ(get_lsdb_record_link_local_information("1", "0", dst.data()), "3");
-}
-
-TEST_F(Walkers, VisitTheDevicesAtAPort) {
-    const auto devices = [this](const char* port) {
-        Texts seen;
-        for (const char* at = get_first_attached_port(port, dst.data()); at != nullptr;
-             at = get_next_attached_port(port, std::string(at).c_str(), dst.data())) {
-            seen.push_back(at);
-        }
-        return seen;
-    };
-    EXPECT_THAT(devices("3"), ElementsAre("2100001122000001", "2100001122000002"));
-    EXPECT_THAT(devices("4"), ElementsAre("2100001122000003"));
-    EXPECT_THAT(devices("5"), IsEmpty());
-}
-
 TEST_F(Walkers, FailedReadsLeaveTheBuffer) {
     for (const auto& reader : kReaders) {
         SCOPED_TRACE(reader.key);

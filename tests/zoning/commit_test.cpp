@@ -29,30 +29,6 @@ class ZoningCommit : public ZoningTest {
     }
 };
 
-TEST_F(ZoningCommit, IsOneGroupInItsOrder) {
-    EXPECT_EQ(zoning().removeZoneset(Arg{"alpha"}), ZONING_DONE);
-    EXPECT_EQ(zoning().createZoneset(Arg{"Zulu"}), ZONING_DONE);
-    calls();
-    EXPECT_EQ(zoning().replaceZoningDB(), 1);
-    EXPECT_EQ(sent(),
-              "Cmd.Zoning.EditConfig,Cmd.Zoning.ClearConfig,"
-              "Cmd.Zoning.Alias.a1.Create,Cmd.Zoning.Alias.a1.AddZoneMember.2000001122000001,"
-              "Cmd.Zoning.Alias.a1.AddZoneMember.2000001122000002,Cmd.Zoning.Alias.a2.Create,"
-              "Cmd.Zoning.Zone.z1.Create,Cmd.Zoning.Zone.z1.ZoneType.Soft,"
-              "Cmd.Zoning.Zone.z1.AddZoneMember.2000001122000003,Cmd.Zoning.Zone.z1.AddZoneMember.a1,"
-              "Cmd.Zoning.Zone.z2.Create,Cmd.Zoning.Zone.z2.ZoneType.HardACL,"
-              "Cmd.Zoning.Zone.z2.AddZoneMember.0102,Cmd.Zoning.Zone.z2.AddZoneMember.010203,"
-              "Cmd.Zoning.Zone.z3.Create,Cmd.Zoning.Zone.z3.ZoneType.Soft,"
-              "Cmd.Zoning.ZoneSet.Zulu.Create,"
-              "Cmd.Zoning.ZoneSet.alpha.Create,Cmd.Zoning.ZoneSet.alpha.AddZone.z1,"
-              "Cmd.Zoning.ZoneSet.alpha.AddZone.z2,"
-              "Cmd.Zoning.ZoneSet.beta.Create,Cmd.Zoning.ZoneSet.beta.AddZone.z1,"
-              "Cmd.Zoning.SaveConfig,Cmd.Zoning.FabricUnlock.77,Cmd.Switch.RelAdmin")
-        << "the active zoneset is sent too, and so is configured again";
-    EXPECT_TRUE(held()) << "the group released the fabric's lock, and the flag stays";
-    EXPECT_EQ(zoning().ZoningLock(Arg{"next"}), 1) << "the switch's lock is free";
-}
-
 TEST_F(ZoningCommit, ThatTheSwitchRefusesIsOnlyLogged) {
     const Zonesets before = onSwitch();
     EXPECT_EQ(zoning().removeZone(Arg{"z3"}), ZONING_DONE);
@@ -112,19 +88,6 @@ TEST_F(ZoningCommit, OfAnInconsistentDatabaseSendsNothing) {
     EXPECT_TRUE(refresh());
     EXPECT_EQ(zoning().replaceZoningDB(), 1) << "once the database is loaded, it goes through";
     expectNoLeak();
-}
-
-TEST_F(ZoningCommit, OfAMemberThatHasNoTextIsLeftToTheSwitch) {
-    vex_memberid_u id{};
-    ASSERT_EQ(vex_strToMemberIdentifier("2000001122000077", VEX_ZMT_NODENAME, &id), 0);
-    ASSERT_EQ(vex_ZoneAddMember(vex_ZonesetFindZone(zoning().getUberZoneset(), "z3"),
-                                vex_MemberCreate(VEX_ZMT_NODENAME, &id)),
-              0);
-    const Zonesets before = onSwitch();
-    calls();
-    EXPECT_EQ(zoning().replaceZoningDB(), 1);
-    EXPECT_THAT(sent(), HasSubstr("Cmd.Zoning.Zone.z3.AddZoneMember.Invalid,"));
-    EXPECT_EQ(onSwitch(), before);
 }
 
 }  // namespace

@@ -90,24 +90,6 @@ TEST_F(HostileZoning, MemberTextsAndTypesGiveCodes) {
     expectNoLeak();
 }
 
-TEST_F(HostileZoning, NamesFromTheSwitchAreDataAndBounded) {
-    sim.run("do = 'fault'\nfunction = 'vex_ZoneGetName'\nvalue = '%s%n%1000000d'");
-    sim.run("do = 'fault'\nfunction = 'vex_ZoneAliasGetName'\nunterminated = true\ntimes = 0");
-    zoning().dump();
-    EXPECT_THAT(logWith("%s"), ElementsAre(::testing::EndsWith("  Zone: %s%n%1000000d")));
-
-    sim.run("do = 'fault'\nfunction = 'vex_fzsGetZonesetList'\nunterminated = true");
-    cache().reloadZoning();
-    EXPECT_FALSE(refresh()) << "there is no such zoneset";
-    sim.run("do = 'fault'\nfunction = 'vex_fzsGetZonesetList'\nvalue = '%s%n'");
-    EXPECT_FALSE(refresh());
-    sim.set("Oper.Zoning.ActiveZoneSet", "%s%n" + std::string(300, 'x'));
-    EXPECT_TRUE(refresh());
-    EXPECT_EQ(logWith("activeZoneset=%s%nxx").size(), 1U);
-    sim.run("do = 'clear_faults'");  // the check of the memory reads names, too
-    expectNoLeak();
-}
-
 TEST_F(HostileZoning, CountsFromTheSwitchAreOnlyCounts) {
     for (const char* function : {"vex_ZonesetGetZoneCount", "vex_ZonesetGetAliasCount",
                                  "vex_ZoneGetMemberCount", "vex_ZoneAliasGetMemberCount"}) {

@@ -34,18 +34,6 @@ TEST_F(FabricLock, OrNotEveryCallWaitsForTheAccessLock) {
     // The guard is released first, then the threads are waited for.
 }
 
-TEST_F(FabricLock, IsOneGroupAndKnowsItsClient) {
-    EXPECT_EQ(zoning().ZoningLock(Arg{"client"}), 1);
-    EXPECT_THAT(calls(), ElementsAre("vex_smlSetBatch Cmd.Switch.ReqAdmin,Cmd.Zoning.FabricLock.77"));
-    EXPECT_TRUE(zoning().LockIdOK(Arg{"client"}, expired));
-    EXPECT_FALSE(zoning().LockIdOK(Arg{"other"}, expired));
-    EXPECT_FALSE(zoning().LockIdOK(nullptr, expired));
-    EXPECT_EQ(zoning().ZoningUnlock(), 1);
-    EXPECT_THAT(calls(), ElementsAre("vex_smlSetBatch Cmd.Zoning.FabricUnlock.77,Cmd.Switch.RelAdmin"));
-    EXPECT_FALSE(zoning().LockIdOK(Arg{"client"}, expired));
-    EXPECT_EQ(zoning().ZoningUnlock(), 0) << "there is nothing to release";
-}
-
 TEST_F(FabricLock, ExpiresAfterNinetySeconds) {
     // The switch's clock runs on while the test does, so a try in which it ticked does not count.
     const auto ok = [&](long age) {
@@ -70,26 +58,6 @@ TEST_F(FabricLock, ExpiresAfterNinetySeconds) {
     EXPECT_THAT(log(), ElementsAre("2 DCACHE: fabric lock interval expired at 91s"));
     EXPECT_FALSE(zoning().LockIdOK(Arg{"other"}, expired));
     EXPECT_FALSE(expired) << "of another client's lock nothing is told";
-}
-
-TEST_F(FabricLock, CountsFromTheLastTimeItWasTaken) {
-    ASSERT_EQ(zoning().ZoningLock(Arg{"client"}), 1);
-    sim.advanceClock(100);
-    EXPECT_FALSE(zoning().LockIdOK(Arg{"client"}, expired));
-    ASSERT_EQ(zoning().ZoningLock(Arg{"next"}), 1) << "a lock held is taken again";
-    EXPECT_TRUE(zoning().LockIdOK(Arg{"next"}, expired));
-    EXPECT_FALSE(zoning().LockIdOK(Arg{"client"}, expired));
-}
-
-TEST_F(FabricLock, GivesAdminRightsBackWhenItIsRefused) {
-    sim.run("do = 'fabric_lock'\nheld_elsewhere = true");
-    EXPECT_EQ(zoning().ZoningLock(Arg{"client"}), 0);
-    EXPECT_THAT(calls(), ElementsAre("vex_smlSetBatch Cmd.Switch.ReqAdmin,Cmd.Zoning.FabricLock.77",
-                                     "vex_smlSetBatch Cmd.Zoning.FabricUnlock.77,Cmd.Switch.RelAdmin"));
-    EXPECT_FALSE(zoning().LockIdOK(Arg{"client"}, expired));
-    EXPECT_FALSE(zoning().LockIdOK(Arg{""}, expired)) << "an empty id is no key";
-    sim.run("do = 'fabric_lock'\nheld_elsewhere = false");
-    EXPECT_EQ(zoning().ZoningLock(Arg{"client"}), 1) << "admin rights are free again";
 }
 
 }  // namespace

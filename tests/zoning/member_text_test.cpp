@@ -63,12 +63,6 @@ TEST_F(MemberText, OfOtherTypesIsInvalidOrLeftAlone) {
                 ElementsAre("2 DCACHE: Type is VEX_ZMT_UNKNOWN", "2 DCACHE: Type is VEX_ZMT_NODENAME"));
 }
 
-TEST_F(MemberText, CutsAnAliasNameThatDoesNotEnd) {
-    vex_memberid_u id;
-    std::memset(&id, 'x', sizeof id);
-    EXPECT_EQ(forPeople(VEX_ZMT_ALIAS, id), std::string(64, 'x'));
-}
-
 TEST_F(MemberText, ActiveZonesetNameIsReadWithItsBound) {
     char name[VEX_ZONING_NAME_SIZE];
     EXPECT_EQ(get_Active_ZoneSet(name), 0);

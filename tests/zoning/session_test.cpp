@@ -219,24 +219,6 @@ TEST_F(ZoningSessions, ThatEndInsideTheCallbackAreFollowedByALoad) {
     EXPECT_EQ(settle(), 0);
 }
 
-TEST_F(ZoningSessions, AreFreeToBeginAnewOnceTheZoningWasLoadedAnew) {
-    {
-        ZoningSession session(zoning(), client);
-        EXPECT_TRUE(session.createZone("z9", VEX_ZT_SOFT).done());
-        cache().reloadZoning();
-        settle();
-        EXPECT_EQ(session.createZone("z8", VEX_ZT_SOFT).status, ZoningStatus::Reloaded);
-    }
-    EXPECT_TRUE(ZoningSession(zoning(), client).createZone("z9", VEX_ZT_SOFT).done());
-}
-
-TEST_F(ZoningSessions, ThatAreRefusedDropTheEditsOfNoSessionToo) {
-    EXPECT_EQ(zoning().createZone(Arg{"z9"}, VEX_ZT_SOFT), ZONING_DONE);
-    fault("function = 'vex_smlSetBatch'\nkey = 'Cmd.Zoning.SaveConfig'\nstatus = 4");
-    EXPECT_EQ(ZoningSession(zoning(), client).commit().status, ZoningStatus::Refused);
-    expectBackToTheSwitch();
-}
-
 TEST_F(ZoningSessions, DatabaseIsACopyOfValues) {
     const auto text = [](const ZoningDatabase& database) {
         std::string all;

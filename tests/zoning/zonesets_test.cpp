@@ -67,17 +67,6 @@ TEST_F(Zoneset, OfASecondAddIsCurrentButNotHeld) {
     expectNoLeak();
 }
 
-TEST_F(Zoneset, WithoutAReadableNameIsRefused) {
-    start();
-    void* zoneset = vex_ZonesetCreate("gamma");
-    sim.run("do = 'fault'\nfunction = 'vex_ZonesetGetName'\ntimes = 2");
-    EXPECT_EQ(zoning().addZoneset(zoneset, ZONESET_INACTIVE), -1);
-    EXPECT_EQ(zoning().delZoneset(zoneset, ZONESET_INACTIVE), -1);
-    EXPECT_EQ(zoning().addZoneset(zoneset, static_cast<_ZoneSetTypes>(3)), -1) << "no such type";
-    vex_ZonesetDestroy(&zoneset);
-    expectNoLeak();
-}
-
 TEST_F(Zoneset, ClearsItsOwnKindOnly) {
     start();
     zoning().clearInactive();
@@ -89,13 +78,6 @@ TEST_F(Zoneset, ClearsItsOwnKindOnly) {
     EXPECT_EQ(zoning().getUberZoneset(), nullptr);
     EXPECT_THAT(dumped(), IsEmpty());
     expectNoLeak();
-}
-
-TEST_F(Zoneset, CountsMembersOfAliasesOncePerUseAndOnceMore) {
-    start();
-    zoning().updateZoningCounts();
-    // z1: 1 + 1 + 2 through a1; z2: 2; the alias list: 2.
-    EXPECT_THAT(log(), ElementsAre("2 DCACHE: zsl = 2, zl = 3, al = 2, zml = 8"));
 }
 
 TEST_F(Zoneset, CountsWhatAFailingLibraryLeaves) {
@@ -137,25 +119,6 @@ TEST_F(Zoneset, LimitsOfTheDatabaseAreMetExactlyThoseOfAContainerReached) {
     EXPECT_THAT(log(), ElementsAre("2 DCACHE: Zones per zoneset maximum of 2 reached",
                                    "2 DCACHE: Members per zone maximum of 1 reached",
                                    "2 DCACHE: Members per alisa maximum of 1 reached"));
-}
-
-TEST_F(Zoneset, IsDumpedWithTheAliasesUnderEach) {
-    start();
-    zoning().clearInactive();
-    const std::string info = "2 INFO:ZoningCache:dump:[]";
-    const std::vector<std::string> aliases = {info + "     Member: 2000001122000001",
-                                              info + "     Member: 2000001122000002"};
-    std::vector<std::string> want = {
-        info + " Zoneset: alpha (active)", info + "   Zone: z1", info + "     Member: 2000001122000003",
-        info + "     Member: a1",          info + "   Zone: z2", info + "     Member: 0102",
-        info + "     Member: 010203"};
-    want.insert(want.end(), aliases.begin(), aliases.end());
-    std::vector<std::string> uber(want.begin(), want.begin() + 7);
-    uber[0] = info + " Zoneset: __UberZoneset__ (uber)";
-    uber.push_back(info + "   Zone: z3");
-    want.insert(want.end(), uber.begin(), uber.end());
-    want.insert(want.end(), aliases.begin(), aliases.end());
-    EXPECT_EQ(dumped(), want);
 }
 
 TEST_F(Zoneset, DumpNamesWhatCannotBeRead) {
