@@ -12,7 +12,7 @@
 #include <string>
 
 #include "common/cim_log.h"
-#include "common/log_writer.h"
+#include "common/log_hooks.h"
 
 namespace {
 

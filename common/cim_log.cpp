@@ -6,7 +6,8 @@
 
 #include <cstdarg>
 
-#include "common/log_writer.h"
+#include "common/LogWriter.h"
+#include "common/log_hooks.h"
 
 namespace {
 
@@ -50,13 +51,14 @@ static void after_fork_in_child() {
 [[maybe_unused]] const int fork_handlers =
     pthread_atfork(before_fork, after_fork_in_parent, after_fork_in_child);
 
-}  // namespace
-
-void writeLog(unsigned int level, const char* format, std::va_list arguments) {
+/** One line of the process's log. */
+DC_PRINTF(2, 0) void writeLog(unsigned int level, const char* format, std::va_list arguments) {
     if ((level & kLevelBits) == 0) return;
     const LogGuard guard;
     process_log.write(level, ids_of_thread(), format, arguments);
 }
+
+}  // namespace
 
 void redirectLog(const char* main_path, const char* critical_path) {
     const LogGuard guard;

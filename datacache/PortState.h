@@ -6,7 +6,6 @@
 #include <string>
 
 #include "common/Wwn.h"
-#include "datacache/media_data.h"
 
 /** Rows of the tables of local ports; ports are counted from 0. */
 constexpr unsigned kPortRows = 256;
@@ -28,6 +27,12 @@ constexpr uint16_t kPortTypePassThrough = 16004;  ///< a port that walks leave o
 
 /** The first port from `from` on that exists and is no pass-through port, or kPortRows. */
 unsigned nextRootPort(const PortState& ports, unsigned from);
+
+/** Vendor OUI, serial number and format of a port without a transceiver. */
+constexpr const char* kNoVendorOUI = "000000";
+constexpr const char* kNoVendorSN = "0000000000000000";
+
+enum MediaFormat : uint8_t { MEDIA_SFP = 0, MEDIA_OTHER = 1, MEDIA_UNKNOWN = 2 };
 
 /** The transceivers of the local ports, written by the port scan and by media events. */
 struct TransceiverState {

@@ -1,8 +1,11 @@
+#include "datacache/accounts_load.h"
+
+#include <string_view>
+#include <unordered_map>
+
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
-#include "datacache/account_changes.h"
-#include "datacache/notify.h"
-#include "datacache/update_failed.h"
+#include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
 namespace {
@@ -33,6 +36,36 @@ int readNames(uint32_t handle, std::vector<std::string>& names) {
 }
 
 }  // namespace
+
+AccountChanges compareAccounts(const std::vector<std::string>& before, const std::vector<std::string>& now) {
+    struct Occurrences {
+        size_t unmatched = 0;
+        size_t matched = 0;
+    };
+    // By count and not by search: the switch decides how long the lists are.
+    std::unordered_map<std::string_view, Occurrences> old;
+    for (const std::string& name : before) ++old[name].unmatched;
+
+    AccountChanges changes;
+    for (const std::string& name : now) {
+        const auto found = old.find(name);
+        if (found == old.end() || found->second.unmatched == 0) {
+            changes.added.push_back(name);
+        } else {
+            --found->second.unmatched;
+            ++found->second.matched;
+        }
+    }
+    for (const std::string& name : before) {
+        Occurrences& occurrences = old[name];
+        if (occurrences.matched == 0) {
+            changes.removed.push_back(name);
+        } else {
+            --occurrences.matched;
+        }
+    }
+    return changes;
+}
 
 bool DataCache::_getAcctInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getAcctInfo()\n");

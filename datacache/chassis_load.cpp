@@ -3,7 +3,7 @@
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/cim_status.h"
-#include "datacache/notify.h"
+#include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
 namespace {
@@ -140,8 +140,4 @@ StatusList DataCache::getSwitchFaults() const {
 uint16_t DataCache::getRootPowerSupplyCount() const {
     const AccessGuard guard;
     return _chassisState.powerSupplyCount;
-}
-
-HardwareStatus DataCache::_smlConvToHardwareStatus(char* state) {
-    return hardwareStatus(state == nullptr ? "" : state);
 }

@@ -4,6 +4,8 @@
 #include <iterator>
 #include <string_view>
 
+#include "datacache/DataCache.h"
+
 namespace {
 
 struct Word {
@@ -91,4 +93,31 @@ HardwareStatus hardwareStatus(std::string_view state) {
     static constexpr Word kStates[] = {
         {"Good", HARDWARE_GOOD}, {"Bad", HARDWARE_BAD}, {"NotInstalled", HARDWARE_NOT_INSTALLED}};
     return static_cast<HardwareStatus>(codeOf(kStates, state));
+}
+
+StatusList DataCache::smlSwitchStateToCIMOperationalStatus(const char* operState, const StatusList& faults) {
+    return cimSwitchStatus(operState == nullptr ? "" : operState, faults);
+}
+
+StatusList DataCache::smlIOBladeStateToCIMOperationalStatus(const std::string& operState,
+                                                            const std::string& adminState,
+                                                            const std::string& diagStatus) {
+    return cimBladeStatus(operState, adminState, diagStatus);
+}
+
+StatusList DataCache::smlPortStateToCIMOperationalStatus(const std::string& operState,
+                                                         const std::string& adminState) {
+    return {cimPortStatus(operState, adminState)};
+}
+
+uint16_t DataCache::smlTypeToCIMType(const std::string& type) {
+    return cimPortType(type);
+}
+
+uint16_t DataCache::smlHWTypeToCIMHWType(const std::string& type) {
+    return cimPortHardwareType(type);
+}
+
+HardwareStatus DataCache::_smlConvToHardwareStatus(char* state) {
+    return hardwareStatus(state == nullptr ? "" : state);
 }

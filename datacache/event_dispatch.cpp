@@ -1,7 +1,7 @@
 #include "common/bounded_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/event_texts.h"
-#include "datacache/notify.h"
+#include "datacache/reports.h"
 #include "datacache/transceivers.h"
 
 namespace {

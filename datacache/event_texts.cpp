@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "datacache/text_scan.h"
+#include "datacache/TextScan.h"
 
 namespace {
 

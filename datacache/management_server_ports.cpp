@@ -1,7 +1,7 @@
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
-#include "datacache/update_failed.h"
+#include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 #include "switchlib/uptime_seconds.h"
 

@@ -4,8 +4,8 @@
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
 #include "datacache/cim_status.h"
-#include "datacache/notify.h"
-#include "datacache/update_failed.h"
+#include "datacache/reports.h"
+#include "datacache/transceivers.h"
 #include "switchlib/SmlBatch.h"
 
 namespace {

@@ -77,3 +77,15 @@ void DataCache::localPortRefreshSet(int port) {
     const AccessGuard guard;
     bitSet(_localPortRefresh, static_cast<size_t>(port));
 }
+
+void DataCache::refreshNow() {
+    const AccessGuard guard;
+    if (instance == nullptr) return;
+    instance->updateAll();
+    instance->localPortRefreshSet();
+    wakeEvaluation();
+}
+
+void DataCache::setRetryInterval(uint32_t seconds) {
+    setEvaluationRetry(seconds);
+}

@@ -1,7 +1,6 @@
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
-#include "datacache/notify.h"
-#include "datacache/update_failed.h"
+#include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
 int DataCache::_getZoningInfo() {

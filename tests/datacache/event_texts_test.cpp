@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "datacache/text_scan.h"
+#include "datacache/TextScan.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <utility>
 
-#include "common/log_writer.h"
+#include "common/log_hooks.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "datacache/text_scan.h"
+#include "datacache/TextScan.h"
 
 #include "common/number_text.h"
 

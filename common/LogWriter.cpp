@@ -1,4 +1,4 @@
-#include "common/log_writer.h"
+#include "common/LogWriter.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -5,19 +5,9 @@
 #include <string_view>
 
 #include "common/export.h"
+#include "common/log_hooks.h"
 #include "common/log_prefix.h"
 #include "common/thread_annotations.h"
-
-/** The log mutex, the library's innermost lock: held while a line is written and around a fork. */
-extern LockToken log_lock;
-
-/**
- * Sees each finished line after it was written: `length` bytes, prefix included, whose message begins at
- * `message` (0 to length). Called with the log mutex held; it must not log, and must not keep `line`, which
- * is not necessarily terminated by a line feed but always by a zero byte at line[length].
- */
-using LogObserver = void (*)(void* context, unsigned int level, const char* line, std::size_t length,
-                             std::size_t message);
 
 /**
  * Writes log lines to a main file, rotated every 1000 lines through five generations, and to a critical
@@ -77,13 +67,3 @@ class LogWriter {
     LogSecond _second;
     char _line[kLongestLine + 1] = {};
 };
-
-/** What cim_log() and DataCacheLogger() share: one line of the process's log. */
-void writeLog(unsigned int level, const char* format, std::va_list arguments) DC_PRINTF(2, 0)
-    DC_EXCLUDES(log_lock);
-
-/** For tests: moves the process's log to two other paths, which are not copied, or with null to nowhere. */
-void redirectLog(const char* main_path, const char* critical_path) DC_EXCLUDES(log_lock);
-
-/** For tests: observes the process's log, until null is set; the observer before is not called any more. */
-void observeLog(LogObserver observer, void* context) DC_EXCLUDES(log_lock);
