@@ -14,6 +14,8 @@
 #include "simulator/Simulator.h"
 #include "simulator/switch_writer.h"
 
+using namespace datacache;
+
 namespace {
 
 uint64_t linesLogged = 0;

@@ -14,6 +14,8 @@
 #include "common/cim_log.h"
 #include "common/log_hooks.h"
 
+using namespace datacache;
+
 namespace {
 
 /** A line as loaders write them, with its arguments. */

@@ -10,6 +10,8 @@
 #include "datacache/CacheReader.h"
 #include "simulator/Simulator.h"
 
+using namespace datacache;
+
 namespace {
 
 constexpr int kZones = 2000;

@@ -9,6 +9,8 @@
 #include "common/log_prefix.h"
 #include "common/thread_annotations.h"
 
+namespace datacache {
+
 /**
  * Writes log lines to a main file, rotated every 1000 lines through five generations, and to a critical
  * file.
@@ -33,37 +35,39 @@ class LogWriter {
      * The paths are not copied and outlive the object; the main path has at most 97 characters. Null means
      * no such file. Never a device: a rotation renames whatever the main path names.
      */
-    constexpr LogWriter(const char* main_path, const char* critical_path)
-        : _main_path(main_path), _critical_path(critical_path) {}
+    constexpr LogWriter(const char* mainPath, const char* criticalPath)
+        : _mainPath(mainPath), _criticalPath(criticalPath) {}
 
     /**
      * Formats one line behind its prefix, with `ids` as "PID/TID ", and writes it to the files that `level`
      * asks for. Keeps errno, and shows the caller's to the format.
      */
     void write(unsigned int level, std::string_view ids, const char* format, std::va_list arguments)
-        DC_PRINTF(4, 0) DC_REQUIRES(log_lock);
+        DC_PRINTF(4, 0) DC_REQUIRES(logLock);
 
     /** Closes the files, which the next line opens, and so empties, again. */
-    void closeFiles() DC_REQUIRES(log_lock);
+    void closeFiles() DC_REQUIRES(logLock);
 
     /** Goes on at other paths, with a new count of lines. */
-    void redirect(const char* main_path, const char* critical_path) DC_REQUIRES(log_lock);
+    void redirect(const char* mainPath, const char* criticalPath) DC_REQUIRES(logLock);
 
     /** Sets or, with null, takes away the observer. */
-    void observe(LogObserver observer, void* context) DC_REQUIRES(log_lock);
+    void observe(LogObserver observer, void* context) DC_REQUIRES(logLock);
 
   private:
-    void openFiles() DC_REQUIRES(log_lock);
-    void rotate() DC_REQUIRES(log_lock);
-    void shiftGenerations() DC_REQUIRES(log_lock);
+    void openFiles() DC_REQUIRES(logLock);
+    void rotate() DC_REQUIRES(logLock);
+    void shiftGenerations() DC_REQUIRES(logLock);
 
     int _main = -1;
     int _critical = -1;
     unsigned int _lines = 0;
-    const char* _main_path;
-    const char* _critical_path;
+    const char* _mainPath;
+    const char* _criticalPath;
     LogObserver _observer = nullptr;
-    void* _observer_context = nullptr;
+    void* _observerContext = nullptr;
     LogSecond _second;
     char _line[kLongestLine + 1] = {};
 };
+
+}  // namespace datacache

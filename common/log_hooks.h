@@ -4,10 +4,12 @@
 
 #include "common/thread_annotations.h"
 
+namespace datacache {
+
 // How tests see the log, and keep it out of /tmp.
 
 /** The log mutex, the library's innermost lock: held while a line is written and around a fork. */
-extern LockToken log_lock;
+extern LockToken logLock;
 
 /**
  * Sees each finished line after it was written: `length` bytes, prefix included, whose message begins at
@@ -18,7 +20,9 @@ using LogObserver = void (*)(void* context, unsigned int level, const char* line
                              std::size_t message);
 
 /** Moves the process's log to two other paths, which are not copied, or with null to nowhere. */
-void redirectLog(const char* main_path, const char* critical_path) DC_EXCLUDES(log_lock);
+void redirectLog(const char* mainPath, const char* criticalPath) DC_EXCLUDES(logLock);
 
 /** Observes the process's log, until null is set; the observer before is not called any more. */
-void observeLog(LogObserver observer, void* context) DC_EXCLUDES(log_lock);
+void observeLog(LogObserver observer, void* context) DC_EXCLUDES(logLock);
+
+}  // namespace datacache

@@ -7,6 +7,8 @@
 
 #include "common/Wwn.h"
 
+namespace datacache {
+
 /** Rows of the tables of local ports; ports are counted from 0. */
 constexpr unsigned kPortRows = 256;
 
@@ -51,3 +53,5 @@ struct TransceiverState {
     std::array<std::string, kPortRows> mediaVendorOUI;
     std::array<std::string, kPortRows> mediaVendorSN;
 };
+
+}  // namespace datacache

@@ -2,6 +2,8 @@
 
 #include "common/number_text.h"
 
+namespace datacache {
+
 namespace {
 
 bool isBlank(char c) {
@@ -56,3 +58,5 @@ TextScan& TextScan::literal(char character) {
     }
     return *this;
 }
+
+}  // namespace datacache

@@ -8,6 +8,8 @@
 #include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
+using namespace datacache;
+
 namespace {
 
 /** Names that are read at most: a switch whose list never ends must not hold the cache for ever. */
@@ -25,7 +27,7 @@ int readNames(uint32_t handle, std::vector<std::string>& names) {
         if (!batch.get(handle, kEndOfList)) return kCallFailed;
         if (batch.status(0) != 0) return batch.status(0) == kEndOfList ? 0 : kNoEnd;
         if (names.size() == kMaxAccounts) {
-            batch.note(datacache::ReadFault::NoEnd, 0);
+            batch.note(ReadFault::NoEnd, 0);
             cim_log(CIM_LOG_TRACE, "DCACHE: _getAcctInfo() the list of accounts has no end\n");
             return kNoEnd;
         }
@@ -37,7 +39,8 @@ int readNames(uint32_t handle, std::vector<std::string>& names) {
 
 }  // namespace
 
-AccountChanges compareAccounts(const std::vector<std::string>& before, const std::vector<std::string>& now) {
+AccountChanges datacache::compareAccounts(const std::vector<std::string>& before,
+                                          const std::vector<std::string>& now) {
     struct Occurrences {
         size_t unmatched = 0;
         size_t matched = 0;
@@ -71,7 +74,7 @@ bool DataCache::_getAcctInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getAcctInfo()\n");
     // Into a list of its own, so that a read that fails half-way, for want of memory too, changes nothing.
     std::vector<std::string> names;
-    datacache::AreaRead read(datacache::CacheArea::Accounts, false);
+    AreaRead read(CacheArea::Accounts, false);
     const int failedAt = readNames(_handle, names);
     if (failedAt != 0) {
         logUpdateFailed("_getAcctInfo", failedAt);

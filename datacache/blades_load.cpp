@@ -8,7 +8,7 @@
 #include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
-using datacache::HealthMonitor;
+using namespace datacache;
 
 namespace {
 

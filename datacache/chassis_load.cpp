@@ -6,6 +6,8 @@
 #include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
+using namespace datacache;
+
 namespace {
 
 /** Slots whose fault lists are read; what a switch claims beyond that is no chassis that exists. */

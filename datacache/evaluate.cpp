@@ -2,9 +2,7 @@
 #include "datacache/HealthMonitor.h"
 #include "datacache/reports.h"
 
-using datacache::AreaRead;
-using datacache::CacheArea;
-using datacache::HealthMonitor;
+using namespace datacache;
 
 namespace {
 
@@ -24,7 +22,7 @@ void read(DataCache& cache, CacheArea area, Result (DataCache::*load)(), bool& o
     try {
         ok = read.done((cache.*load)() != Result{});
     } catch (const char* message) {
-        datacache::ReadTrace::failed(datacache::ReadFault::Exception, "", message, 0, 0);
+        ReadTrace::failed(ReadFault::Exception, "", message, 0, 0);
         read.done(false);
         throw;
     }
@@ -108,7 +106,7 @@ bool DataCache::isCacheReady() {
     return _cacheReady;
 }
 
-datacache::Health DataCache::health() {
+Health DataCache::health() {
     return HealthMonitor::instance().copy();
 }
 

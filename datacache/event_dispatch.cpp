@@ -4,6 +4,8 @@
 #include "datacache/reports.h"
 #include "datacache/transceivers.h"
 
+using namespace datacache;
+
 namespace {
 
 /** Codes that the library has no names for. */

@@ -5,6 +5,8 @@
 
 #include "datacache/TextScan.h"
 
+namespace datacache {
+
 namespace {
 
 constexpr const char* kUnknown = "unknown";
@@ -86,3 +88,5 @@ bool nextNameServerEntry(const std::string& text, size_t& position, std::string&
     position = end == kNone ? text.size() : end + 1;
     return true;
 }
+
+}  // namespace datacache

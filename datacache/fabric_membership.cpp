@@ -5,7 +5,7 @@
 #include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
-using datacache::HealthMonitor;
+using namespace datacache;
 
 namespace {
 

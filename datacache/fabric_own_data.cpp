@@ -3,6 +3,8 @@
 #include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
+using namespace datacache;
+
 bool DataCache::_getFabricInfo() {
     return _load_fabric_info() && _load_switch_domain_list() && _load_mserver_ports();
 }

@@ -3,6 +3,8 @@
 #include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
+using namespace datacache;
+
 int DataCache::_getSwitchInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getSwitchInfo()\n");
     SmlBatch batch(8);
@@ -21,7 +23,7 @@ int DataCache::_getSwitchInfo() {
     const Wwn principal = parseWwn(batch.text(principalKey));
     const Wwn name = parseWwn(batch.text(wwnKey));
     if (name.isNull()) {
-        batch.note(datacache::ReadFault::BadValue, wwnKey);
+        batch.note(ReadFault::BadValue, wwnKey);
         logUpdateFailed("_getSwitchInfo", 1364);
         return 0;
     }

@@ -5,6 +5,10 @@
 #include "datacache/DataCache.h"
 #include "datacache/event_texts.h"
 
+using namespace datacache;
+
+namespace datacache {
+
 namespace {
 
 /** The library names no bound for the port of a media event: one that the tables have no row for is ignored.
@@ -14,10 +18,6 @@ bool hasRow(int32_t port) {
 }
 
 }  // namespace
-
-std::string DataCache::_sanitizedMediaVendorSN(const char* text) {
-    return sanitizedSerial(text == nullptr ? "" : text);
-}
 
 void mediaInserted(TransceiverState& transceivers, const std::string& text) {
     const MediaInserted media = parseMediaInserted(text);
@@ -83,4 +83,10 @@ std::string sanitizedSerial(std::string_view serial) {
         inRun = space;
     }
     return copy;
+}
+
+}  // namespace datacache
+
+std::string DataCache::_sanitizedMediaVendorSN(const char* text) {
+    return sanitizedSerial(text == nullptr ? "" : text);
 }

@@ -5,6 +5,8 @@
 
 #include "datacache/PortState.h"
 
+namespace datacache {
+
 /**
  * What the switch's media events say, written into the tables of transceivers until the next scan of the
  * port. A text with too few items is logged and changes nothing; nor does a port that the tables have no row
@@ -26,3 +28,5 @@ std::string vendorOUIOf(std::string_view data32to63);
  * run becomes '_'. At most 17 characters of it count; a longer one keeps the spaces that the cut leaves last.
  */
 std::string sanitizedSerial(std::string_view serial);
+
+}  // namespace datacache

@@ -3,6 +3,8 @@
 #include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
+using namespace datacache;
+
 int DataCache::_getZoningInfo() {
     if (isTransparentSwitch()) return 1;  // has no zoning of its own
     SmlBatch batch(4);

@@ -11,6 +11,8 @@
 #include "datacache/transceivers.h"
 #include "vexlib/vexlib.h"
 
+using namespace datacache;
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 namespace {

@@ -24,6 +24,8 @@
 #include "common/log_hooks.h"
 #include "common/log_prefix.h"
 
+using namespace datacache;
+
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -152,7 +154,7 @@ TEST(LogPrefix, LeavesOutATimeThatIsNotKnown) {
     LogIds ids;
     ids.set(std::numeric_limits<pid_t>::min(), std::numeric_limits<pid_t>::max());
     const auto prefix = [&](std::string_view second, long milliseconds) {
-        return std::string(line, put_log_prefix(line, second, milliseconds, ids.text()));
+        return std::string(line, putLogPrefix(line, second, milliseconds, ids.text()));
     };
     EXPECT_EQ(prefix("02/29 23:59:59", 7), "02/29 23:59:59.007 -2147483648/2147483647 ");
     EXPECT_EQ(prefix("02/29 23:59:59", 999), "02/29 23:59:59.999 -2147483648/2147483647 ");

@@ -10,6 +10,8 @@
 
 #include "datacache/TextScan.h"
 
+using namespace datacache;
+
 namespace {
 
 using ::testing::ElementsAre;

@@ -8,6 +8,8 @@
 
 #include "common/log_hooks.h"
 
+using namespace datacache;
+
 namespace {
 
 std::mutex linesMutex;
