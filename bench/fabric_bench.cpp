@@ -9,10 +9,12 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "common/log_writer.h"
+#include "common/log_hooks.h"
 #include "datacache/CacheReader.h"
 #include "simulator/Simulator.h"
 #include "simulator/switch_writer.h"
+
+using namespace datacache;
 
 namespace {
 

@@ -12,7 +12,9 @@
 #include <string>
 
 #include "common/cim_log.h"
-#include "common/log_writer.h"
+#include "common/log_hooks.h"
+
+using namespace datacache;
 
 namespace {
 

@@ -6,9 +6,11 @@
 
 #include <string>
 
-#include "common/log_writer.h"
+#include "common/log_hooks.h"
 #include "datacache/CacheReader.h"
 #include "simulator/Simulator.h"
+
+using namespace datacache;
 
 namespace {
 

@@ -21,6 +21,8 @@ extern DC_EXPORT pthread_mutexattr_t access_mutex_attr;
 /** Stands for `access_mutex` in thread-safety annotations. */
 extern LockToken access_lock;
 
+namespace datacache {
+
 /** Holds the access lock for a scope; the one way to take it inside the library. */
 class DC_SCOPED_CAPABILITY AccessGuard {
   public:
@@ -29,3 +31,5 @@ class DC_SCOPED_CAPABILITY AccessGuard {
     AccessGuard(const AccessGuard&) = delete;
     AccessGuard& operator=(const AccessGuard&) = delete;
 };
+
+}  // namespace datacache

@@ -4,6 +4,8 @@
 #include <cctype>
 #include <charconv>
 
+using namespace datacache;
+
 namespace {
 
 /** What a switch name keeps when the port field is masked out, by NAA. */
@@ -22,7 +24,7 @@ uint32_t wordOf(std::string_view digits) {
 
 Wwn::Wwn(const std::string& text) : Wwn(parseWwn(text)) {}
 
-Wwn parseWwn(std::string_view text) {
+Wwn datacache::parseWwn(std::string_view text) {
     const auto isHexDigit = [](unsigned char c) { return std::isxdigit(c) != 0; };
     if (text.size() != 16 || !std::all_of(text.begin(), text.end(), isHexDigit)) return {};
     return {wordOf(text.substr(0, 8)), wordOf(text.substr(8))};

@@ -78,7 +78,11 @@ class DC_EXPORT Wwn {
     uint32_t _low = 0;   ///< bytes 4 to 7
 };
 
+namespace datacache {
+
 /** The name that a text tells, by the rules of the constructor from a text. */
 Wwn parseWwn(std::string_view text);
+
+}  // namespace datacache
 
 static_assert(sizeof(Wwn) == 8, "a name is 8 bytes and nothing else");

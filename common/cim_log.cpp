@@ -6,66 +6,69 @@
 
 #include <cstdarg>
 
-#include "common/log_writer.h"
+#include "common/LogWriter.h"
+#include "common/log_hooks.h"
+
+using namespace datacache;
 
 namespace {
 
 constexpr unsigned int kLevelBits = 15;
 
-pthread_mutex_t log_mutex = PTHREAD_MUTEX_INITIALIZER;
-LogWriter process_log DC_GUARDED_BY(log_lock)("/tmp/cim.out", "/tmp/cim.crit.out");
+pthread_mutex_t logMutex = PTHREAD_MUTEX_INITIALIZER;
+LogWriter processLog DC_GUARDED_BY(logLock)("/tmp/cim.out", "/tmp/cim.crit.out");
 /** The calling thread's numbers, asked for once a thread. */
-thread_local LogIds thread_ids;
+thread_local LogIds threadIds;
 
 /** Holds the log mutex for a scope. */
 class DC_SCOPED_CAPABILITY LogGuard {
   public:
-    LogGuard() DC_ACQUIRE(log_lock) { pthread_mutex_lock(&log_mutex); }
-    ~LogGuard() DC_RELEASE() { pthread_mutex_unlock(&log_mutex); }
+    LogGuard() DC_ACQUIRE(logLock) { pthread_mutex_lock(&logMutex); }
+    ~LogGuard() DC_RELEASE() { pthread_mutex_unlock(&logMutex); }
     LogGuard(const LogGuard&) = delete;
     LogGuard& operator=(const LogGuard&) = delete;
 };
 
-std::string_view ids_of_thread() {
-    if (thread_ids.text().empty()) thread_ids.set(getpid(), static_cast<pid_t>(syscall(SYS_gettid)));
-    return thread_ids.text();
+std::string_view idsOfThread() {
+    if (threadIds.text().empty()) threadIds.set(getpid(), static_cast<pid_t>(syscall(SYS_gettid)));
+    return threadIds.text();
 }
 
 // A fork waits for the line that another thread is writing; otherwise the child would inherit the mutex
 // locked by a thread that it does not have.
 extern "C" {
-static void before_fork() {
-    pthread_mutex_lock(&log_mutex);
+static void beforeFork() {
+    pthread_mutex_lock(&logMutex);
 }
-static void after_fork_in_parent() {
-    pthread_mutex_unlock(&log_mutex);
+static void afterForkInParent() {
+    pthread_mutex_unlock(&logMutex);
 }
-static void after_fork_in_child() {
-    thread_ids.clear();
-    pthread_mutex_unlock(&log_mutex);
+static void afterForkInChild() {
+    threadIds.clear();
+    pthread_mutex_unlock(&logMutex);
 }
 }
 
 /** Set up while the library is loaded, when nothing can be forking yet. */
-[[maybe_unused]] const int fork_handlers =
-    pthread_atfork(before_fork, after_fork_in_parent, after_fork_in_child);
+[[maybe_unused]] const int kForkHandlers = pthread_atfork(beforeFork, afterForkInParent, afterForkInChild);
+
+/** One line of the process's log. */
+DC_PRINTF(2, 0) void writeLog(unsigned int level, const char* format, std::va_list arguments) {
+    if ((level & kLevelBits) == 0) return;
+    const LogGuard guard;
+    processLog.write(level, idsOfThread(), format, arguments);
+}
 
 }  // namespace
 
-void writeLog(unsigned int level, const char* format, std::va_list arguments) {
-    if ((level & kLevelBits) == 0) return;
+void datacache::redirectLog(const char* mainPath, const char* criticalPath) {
     const LogGuard guard;
-    process_log.write(level, ids_of_thread(), format, arguments);
+    processLog.redirect(mainPath, criticalPath);
 }
 
-void redirectLog(const char* main_path, const char* critical_path) {
+void datacache::observeLog(LogObserver observer, void* context) {
     const LogGuard guard;
-    process_log.redirect(main_path, critical_path);
-}
-
-void observeLog(LogObserver observer, void* context) {
-    const LogGuard guard;
-    process_log.observe(observer, context);
+    processLog.observe(observer, context);
 }
 
 void cim_log(unsigned int level, const char* format, ...) {

@@ -11,8 +11,12 @@
  * to whoever guards it.
  */
 
+namespace datacache {
+
 /** Stops the program, as a failed assertion does, for a destroyed element that a list still links. */
 [[noreturn]] void elementStillLinked();
+
+}  // namespace datacache
 
 template <typename T>
 class Element {
@@ -27,7 +31,7 @@ class Element {
 
     /** Deletes the item if the element owns it. An element that is still linked stops the program. */
     virtual ~Element() {
-        if (_prev != nullptr && _next != nullptr) elementStillLinked();
+        if (_prev != nullptr && _next != nullptr) datacache::elementStillLinked();
         if (_delete_item) {
             delete _item;
             _item = nullptr;

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <limits>
 
+namespace datacache {
+
 int32_t toInt(std::string_view text) {
     constexpr int64_t kMagnitude = int64_t{1} << 31;
     const auto isBlank = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
@@ -42,3 +44,5 @@ uint32_t strtoul32(const std::string& text, int base) {
     const auto value = static_cast<uint32_t>(magnitude);
     return negative ? 0U - value : value;
 }
+
+}  // namespace datacache

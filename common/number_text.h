@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace datacache {
+
 /**
  * Numbers from texts that come from outside, with the results of the 32-bit C library on every platform.
  */
@@ -23,3 +25,5 @@ uint8_t toUint8(std::string_view text);
  * `base` is 0 or 2 to 36.
  */
 uint32_t strtoul32(const std::string& text, int base);
+
+}  // namespace datacache

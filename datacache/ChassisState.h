@@ -12,15 +12,19 @@ enum HardwareStatus : uint16_t {
     HARDWARE_NOT_INSTALLED = 3,
 };
 
+namespace datacache {
+
 /** Fans and power supplies that the cache holds; a switch that reports more is cut to the first 16. */
 constexpr uint16_t kMaxChassisParts = 16;
+
+}  // namespace datacache
 
 /** What the cache knows of the chassis. Held twice: as read last, and as read before that. */
 struct ChassisState {
     bool loaded = false;  ///< read completely at least once
     uint16_t fanCount = 0;
-    std::array<HardwareStatus, kMaxChassisParts> fanStatus{};
+    std::array<HardwareStatus, datacache::kMaxChassisParts> fanStatus{};
     uint16_t powerSupplyCount = 0;
-    std::array<HardwareStatus, kMaxChassisParts> powerSupplyStatus{};
+    std::array<HardwareStatus, datacache::kMaxChassisParts> powerSupplyStatus{};
     std::vector<unsigned short> switchFaults;  ///< once loaded: 0 or 32768, then 0 or 32769
 };

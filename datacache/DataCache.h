@@ -284,10 +284,11 @@ class DC_EXPORT DataCache {
     BladeState _bladeState DC_GUARDED_BY(access_lock);
     BladeState _prevBladeState DC_GUARDED_BY(access_lock);
 
-    std::bitset<kPortRows> _localPortRefresh DC_GUARDED_BY(access_lock);  ///< ports that the next scan reads
-    PortState _portState DC_GUARDED_BY(access_lock);
-    PortState _prevPortState DC_GUARDED_BY(access_lock);
-    TransceiverState _transceivers DC_GUARDED_BY(access_lock);
+    std::bitset<datacache::kPortRows> _localPortRefresh
+        DC_GUARDED_BY(access_lock);  ///< ports that the next scan reads
+    datacache::PortState _portState DC_GUARDED_BY(access_lock);
+    datacache::PortState _prevPortState DC_GUARDED_BY(access_lock);
+    datacache::TransceiverState _transceivers DC_GUARDED_BY(access_lock);
 
     std::vector<std::string> _accounts DC_GUARDED_BY(access_lock);  ///< in the switch's order
     std::vector<std::string> _prevAccounts DC_GUARDED_BY(access_lock);

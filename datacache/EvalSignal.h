@@ -21,6 +21,8 @@ extern LockToken eval_lock;
 /** Wake-ups requested since the evaluation thread last woke. */
 extern DC_EXPORT int32_t eval_ready DC_GUARDED_BY(eval_lock);
 
+namespace datacache {
+
 /** Why the evaluation thread goes on. */
 enum class Wake { Requested, RetryDue };
 
@@ -45,3 +47,5 @@ bool evaluationIdle() DC_EXCLUDES(eval_lock);
 
 /** Takes all requests, without waiting, and gives their number: for a host that runs the passes itself. */
 int32_t takeEvaluationRequests() DC_EXCLUDES(eval_lock);
+
+}  // namespace datacache

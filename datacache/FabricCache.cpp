@@ -6,6 +6,8 @@
 #include "common/cim_log.h"
 #include "common/number_text.h"
 
+using namespace datacache;
+
 namespace {
 
 SwitchCache* switchOf(Element<SwitchCache>* element) {
@@ -81,7 +83,7 @@ Element<SwitchCache>* FabricCache::findSwitchCacheElement(const Wwn& name) const
     return nullptr;
 }
 
-SwitchCache& addSwitch(FabricCache& fabric, const Wwn& name) {
+SwitchCache& datacache::addSwitch(FabricCache& fabric, const Wwn& name) {
     auto made = std::make_unique<SwitchCache>();
     made->_wwn = name;
     auto element = std::make_unique<Element<SwitchCache>>(made.get());

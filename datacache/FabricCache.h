@@ -51,5 +51,9 @@ class DC_EXPORT FabricCache {
     uint32_t _unused32 = 0;
 };
 
+namespace datacache {
+
 /** Appends a new switch of this name, known to be remote, and gives its record, which the fabric owns. */
 SwitchCache& addSwitch(FabricCache& fabric, const Wwn& name);
+
+}  // namespace datacache

@@ -11,7 +11,7 @@
 namespace datacache {
 
 /** The mutex of the monitor, below the access lock and the evaluation signal's mutex. */
-extern LockToken health_lock;
+extern LockToken healthLock;
 
 /**
  * Keeps the process's Health: the cache tells it what happens, anybody copies it. Its mutex is held for a few
@@ -23,44 +23,44 @@ class HealthMonitor {
      * one. */
     static HealthMonitor& instance();
 
-    Health copy() DC_EXCLUDES(health_lock);
+    Health copy() DC_EXCLUDES(healthLock);
     /** Back to a process that has just begun. */
-    void reset() DC_EXCLUDES(health_lock);
+    void reset() DC_EXCLUDES(healthLock);
 
-    void connecting(int32_t result, bool connected) DC_EXCLUDES(health_lock);
-    void mark(CacheArea area) DC_EXCLUDES(health_lock);
-    void beginPass() DC_EXCLUDES(health_lock);
-    void endPass() DC_EXCLUDES(health_lock);
+    void connecting(int32_t result, bool connected) DC_EXCLUDES(healthLock);
+    void mark(CacheArea area) DC_EXCLUDES(healthLock);
+    void beginPass() DC_EXCLUDES(healthLock);
+    void endPass() DC_EXCLUDES(healthLock);
     /** A notification came; then it is dropped or accepted, which is in the queue by then. */
-    void received() DC_EXCLUDES(health_lock);
-    void dropped() DC_EXCLUDES(health_lock);
-    void accepted() DC_EXCLUDES(health_lock);
-    void queued() DC_EXCLUDES(health_lock);
-    void dispatched() DC_EXCLUDES(health_lock);
+    void received() DC_EXCLUDES(healthLock);
+    void dropped() DC_EXCLUDES(healthLock);
+    void accepted() DC_EXCLUDES(healthLock);
+    void queued() DC_EXCLUDES(healthLock);
+    void dispatched() DC_EXCLUDES(healthLock);
     /** Whether no switch event waits anywhere in the cache. */
-    bool noEventWaits() DC_EXCLUDES(health_lock);
+    bool noEventWaits() DC_EXCLUDES(healthLock);
     /** Whether a pass could bring an area up to date. */
-    bool anyAreaStale() DC_EXCLUDES(health_lock);
+    bool anyAreaStale() DC_EXCLUDES(healthLock);
 
-    void domainList(bool full) DC_EXCLUDES(health_lock);
-    void portEntriesBeyond(uint32_t entries) DC_EXCLUDES(health_lock);
-    void switchGivenUp() DC_EXCLUDES(health_lock);
-    void localPorts(int64_t beyond) DC_EXCLUDES(health_lock);
-    void slots(int64_t beyond) DC_EXCLUDES(health_lock);
+    void domainList(bool full) DC_EXCLUDES(healthLock);
+    void portEntriesBeyond(uint32_t entries) DC_EXCLUDES(healthLock);
+    void switchGivenUp() DC_EXCLUDES(healthLock);
+    void localPorts(int64_t beyond) DC_EXCLUDES(healthLock);
+    void slots(int64_t beyond) DC_EXCLUDES(healthLock);
 
   private:
     friend class AreaRead;
     using Clock = std::chrono::steady_clock;
 
-    void beginArea(CacheArea area, bool inPass) DC_EXCLUDES(health_lock);
+    void beginArea(CacheArea area, bool inPass) DC_EXCLUDES(healthLock);
     void endArea(CacheArea area, bool inPass, bool good, Duration took, const ReadTrace& trace)
-        DC_EXCLUDES(health_lock);
+        DC_EXCLUDES(healthLock);
 
-    Health _health DC_GUARDED_BY(health_lock);
-    Clock::time_point _passBegan DC_GUARDED_BY(health_lock){};
-    uint32_t _passCalls DC_GUARDED_BY(health_lock) = 0;
-    Duration _slowest DC_GUARDED_BY(health_lock){};  ///< of the areas of the running pass
-    CacheArea _slowestArea DC_GUARDED_BY(health_lock) = CacheArea::Switch;
+    Health _health DC_GUARDED_BY(healthLock);
+    Clock::time_point _passBegan DC_GUARDED_BY(healthLock){};
+    uint32_t _passCalls DC_GUARDED_BY(healthLock) = 0;
+    Duration _slowest DC_GUARDED_BY(healthLock){};  ///< of the areas of the running pass
+    CacheArea _slowestArea DC_GUARDED_BY(healthLock) = CacheArea::Switch;
 };
 
 /**

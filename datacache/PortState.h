@@ -6,7 +6,8 @@
 #include <string>
 
 #include "common/Wwn.h"
-#include "datacache/media_data.h"
+
+namespace datacache {
 
 /** Rows of the tables of local ports; ports are counted from 0. */
 constexpr unsigned kPortRows = 256;
@@ -29,6 +30,12 @@ constexpr uint16_t kPortTypePassThrough = 16004;  ///< a port that walks leave o
 /** The first port from `from` on that exists and is no pass-through port, or kPortRows. */
 unsigned nextRootPort(const PortState& ports, unsigned from);
 
+/** Vendor OUI, serial number and format of a port without a transceiver. */
+constexpr const char* kNoVendorOUI = "000000";
+constexpr const char* kNoVendorSN = "0000000000000000";
+
+enum MediaFormat : uint8_t { MEDIA_SFP = 0, MEDIA_OTHER = 1, MEDIA_UNKNOWN = 2 };
+
 /** The transceivers of the local ports, written by the port scan and by media events. */
 struct TransceiverState {
     TransceiverState() {
@@ -46,3 +53,5 @@ struct TransceiverState {
     std::array<std::string, kPortRows> mediaVendorOUI;
     std::array<std::string, kPortRows> mediaVendorSN;
 };
+
+}  // namespace datacache

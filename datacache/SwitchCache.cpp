@@ -3,6 +3,8 @@
 #include "common/cim_log.h"
 #include "common/number_text.h"
 
+using namespace datacache;
+
 namespace {
 
 PortCache portOfRow(const SwitchCache& owner, unsigned row) {

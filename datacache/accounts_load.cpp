@@ -1,9 +1,14 @@
+#include "datacache/accounts_load.h"
+
+#include <string_view>
+#include <unordered_map>
+
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
-#include "datacache/account_changes.h"
-#include "datacache/notify.h"
-#include "datacache/update_failed.h"
+#include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
+
+using namespace datacache;
 
 namespace {
 
@@ -22,7 +27,7 @@ int readNames(uint32_t handle, std::vector<std::string>& names) {
         if (!batch.get(handle, kEndOfList)) return kCallFailed;
         if (batch.status(0) != 0) return batch.status(0) == kEndOfList ? 0 : kNoEnd;
         if (names.size() == kMaxAccounts) {
-            batch.note(datacache::ReadFault::NoEnd, 0);
+            batch.note(ReadFault::NoEnd, 0);
             cim_log(CIM_LOG_TRACE, "DCACHE: _getAcctInfo() the list of accounts has no end\n");
             return kNoEnd;
         }
@@ -34,11 +39,42 @@ int readNames(uint32_t handle, std::vector<std::string>& names) {
 
 }  // namespace
 
+AccountChanges datacache::compareAccounts(const std::vector<std::string>& before,
+                                          const std::vector<std::string>& now) {
+    struct Occurrences {
+        size_t unmatched = 0;
+        size_t matched = 0;
+    };
+    // By count and not by search: the switch decides how long the lists are.
+    std::unordered_map<std::string_view, Occurrences> old;
+    for (const std::string& name : before) ++old[name].unmatched;
+
+    AccountChanges changes;
+    for (const std::string& name : now) {
+        const auto found = old.find(name);
+        if (found == old.end() || found->second.unmatched == 0) {
+            changes.added.push_back(name);
+        } else {
+            --found->second.unmatched;
+            ++found->second.matched;
+        }
+    }
+    for (const std::string& name : before) {
+        Occurrences& occurrences = old[name];
+        if (occurrences.matched == 0) {
+            changes.removed.push_back(name);
+        } else {
+            --occurrences.matched;
+        }
+    }
+    return changes;
+}
+
 bool DataCache::_getAcctInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getAcctInfo()\n");
     // Into a list of its own, so that a read that fails half-way, for want of memory too, changes nothing.
     std::vector<std::string> names;
-    datacache::AreaRead read(datacache::CacheArea::Accounts, false);
+    AreaRead read(CacheArea::Accounts, false);
     const int failedAt = readNames(_handle, names);
     if (failedAt != 0) {
         logUpdateFailed("_getAcctInfo", failedAt);

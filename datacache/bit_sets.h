@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <stdexcept>
 
+namespace datacache {
+
 /**
  * Index tests on bit sets. The texts of the exceptions are part of the interface and shorter than those of
  * today's standard library, so the tests are made here.
@@ -25,3 +27,5 @@ void bitReset(std::bitset<Size>& bits, size_t index) {
     if (index >= Size) throw std::out_of_range("bitset::reset");
     bits[index] = false;
 }
+
+}  // namespace datacache

@@ -5,22 +5,61 @@
 #include "datacache/HealthMonitor.h"
 #include "datacache/bit_sets.h"
 #include "datacache/cim_status.h"
-#include "datacache/notify.h"
-#include "datacache/update_failed.h"
+#include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
-using datacache::HealthMonitor;
+using namespace datacache;
 
 namespace {
+
+/** The answer of a walk through the slots that is at its end. */
+constexpr uint16_t kNoSlot = 65535;
 
 /** BladeState::kind. */
 enum Kind : uint16_t { KIND_NONE = 0, KIND_FAN = 1, KIND_POWER_SUPPLY = 2, KIND_CPU = 3, KIND_IO = 4 };
 
+/** Components of one kind in all slots, those that leave no entry included. */
+struct ComponentCounts {
+    uint16_t fans = 0;
+    uint16_t powerSupplies = 0;
+};
+
+template <typename Event>
+void sendAdd(DataCacheCallback host, const Wwn& name, uint16_t slot) {
+    notify(host, Event(name, slot));
+}
+
+template <typename Event>
+void sendRemove(DataCacheCallback host, const Wwn& name, uint16_t slot, const ComponentCounts&) {
+    notify(host, Event(name, slot));
+}
+
+/** For events that tell how many of the kind are left. */
+template <typename Event, uint16_t ComponentCounts::*Left>
+void sendRemoveOf(DataCacheCallback host, const Wwn& name, uint16_t slot, const ComponentCounts& counts) {
+    notify(host, Event(name, slot, counts.*Left));
+}
+
+/** One kind of component: the switch's word for it, and how the host hears that one came or went. */
+struct KindRow {
+    Kind kind;
+    const char* type;
+    void (*sendAdd)(DataCacheCallback, const Wwn&, uint16_t slot);
+    void (*sendRemove)(DataCacheCallback, const Wwn&, uint16_t slot, const ComponentCounts&);
+};
+
+constexpr KindRow kKinds[] = {
+    {KIND_FAN, "FAN", sendAdd<DCEventFanAdd>, sendRemoveOf<DCEventFanRemove, &ComponentCounts::fans>},
+    {KIND_POWER_SUPPLY, "PS", sendAdd<DCEventPowerSupplyAdd>,
+     sendRemoveOf<DCEventPowerSupplyRemove, &ComponentCounts::powerSupplies>},
+    {KIND_CPU, "CPU", sendAdd<DCEventCPUAdd>, sendRemove<DCEventCPURemove>},
+    {KIND_IO, "IO", sendAdd<DCEventBladeAdd>, sendRemove<DCEventBladeRemove>},
+};
+
 Kind kindOf(std::string_view type) {
-    if (type == "IO") return KIND_IO;
-    if (type == "CPU") return KIND_CPU;
-    if (type == "PS") return KIND_POWER_SUPPLY;
-    if (type == "FAN") return KIND_FAN;
+    for (const KindRow& row : kKinds) {
+        if (type == row.type) return row.kind;
+    }
     return KIND_NONE;
 }
 
@@ -95,12 +134,6 @@ bool readSingleSlot(uint32_t handle, BladeState& state) {
     return true;
 }
 
-/** Components of one kind in all slots, those that leave no entry included. */
-struct ComponentCounts {
-    uint16_t fans = 0;
-    uint16_t powerSupplies = 0;
-};
-
 /** Reads slot after slot; one that fails ends it, and the state keeps what was read before. */
 bool readSlots(uint32_t handle, BladeState& state, ComponentCounts& counts) {
     for (uint16_t number = 0; number < state.slotCount; ++number) {
@@ -117,45 +150,17 @@ bool readSlots(uint32_t handle, BladeState& state, ComponentCounts& counts) {
     return true;
 }
 
-/** Sends the event of a component that came or went; none for a kind that has no event. */
-void reportAdd(DataCacheCallback host, const Wwn& name, uint16_t kind, uint16_t slot) {
-    switch (kind) {
-        case KIND_FAN:
-            return notify(host, DCEventFanAdd(name, slot));
-        case KIND_POWER_SUPPLY:
-            return notify(host, DCEventPowerSupplyAdd(name, slot));
-        case KIND_CPU:
-            return notify(host, DCEventCPUAdd(name, slot));
-        case KIND_IO:
-            return notify(host, DCEventBladeAdd(name, slot));
-        default:
-            return;
-    }
-}
-
-void reportRemove(DataCacheCallback host, const Wwn& name, uint16_t kind, uint16_t slot,
-                  const ComponentCounts& counts) {
-    switch (kind) {
-        case KIND_FAN:
-            return notify(host, DCEventFanRemove(name, slot, counts.fans));
-        case KIND_POWER_SUPPLY:
-            return notify(host, DCEventPowerSupplyRemove(name, slot, counts.powerSupplies));
-        case KIND_CPU:
-            return notify(host, DCEventCPURemove(name, slot));
-        case KIND_IO:
-            return notify(host, DCEventBladeRemove(name, slot));
-        default:
-            return;
-    }
-}
-
 void reportChanges(DataCacheCallback host, const Wwn& name, const BladeState& before, const BladeState& now,
                    const ComponentCounts& counts) {
     const uint16_t slots = std::min(now.slotCount, kMaxSlots);
     for (uint16_t slot = 0; slot < slots; ++slot) {
         if (now.kind[slot] == before.kind[slot]) continue;
-        reportAdd(host, name, now.kind[slot], slot);
-        reportRemove(host, name, before.kind[slot], slot, counts);
+        for (const KindRow& row : kKinds) {
+            if (row.kind == now.kind[slot]) row.sendAdd(host, name, slot);
+        }
+        for (const KindRow& row : kKinds) {
+            if (row.kind == before.kind[slot]) row.sendRemove(host, name, slot, counts);
+        }
     }
 }
 
@@ -182,4 +187,40 @@ bool DataCache::_getBladeInfo() {
     }
     _bladeState.loaded = true;
     return true;
+}
+
+uint16_t DataCache::getFirstRootIOBladeIndex() const {
+    const AccessGuard guard;
+    // Required: all slots that can have an entry, while the next-step stops at the slots of the chassis.
+    for (uint16_t slot = 0; slot < kMaxSlots; ++slot) {
+        if (_bladeState.ioBlades[slot]) return slot;
+    }
+    return kNoSlot;
+}
+
+uint16_t DataCache::getNextRootIOBladeIndex(const uint16_t& slot) const {
+    const AccessGuard guard;
+    // A chassis of more slots than there are entries makes the walk throw once it comes to the end of them.
+    for (uint32_t next = static_cast<uint16_t>(slot + 1); next < bladeSlotCount; ++next) {
+        if (!bitTest(_bladeState.ioBlades, next)) continue;
+        cim_log(CIM_LOG_TRACE, "DCACHE: getNextRootIOBladeIndex( %d ) returns %d\n", slot,
+                static_cast<int>(next));
+        return static_cast<uint16_t>(next);
+    }
+    return kNoSlot;
+}
+
+uint16_t DataCache::getRootTemperatureSensorCount(const uint16_t& slot) const {
+    const AccessGuard guard;
+    return slot < kMaxSlots ? _bladeState.tempSensors[slot] : uint16_t{0};
+}
+
+uint16_t DataCache::getRootVoltageSensorCount(const uint16_t& slot) const {
+    const AccessGuard guard;
+    return slot < kMaxSlots ? _bladeState.voltageSensors[slot] : uint16_t{0};
+}
+
+uint16_t DataCache::getRootSlotCount() const {
+    const AccessGuard guard;
+    return _bladeState.slotCount;
 }

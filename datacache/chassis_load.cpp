@@ -3,8 +3,10 @@
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/cim_status.h"
-#include "datacache/notify.h"
+#include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
+
+using namespace datacache;
 
 namespace {
 
@@ -140,8 +142,4 @@ StatusList DataCache::getSwitchFaults() const {
 uint16_t DataCache::getRootPowerSupplyCount() const {
     const AccessGuard guard;
     return _chassisState.powerSupplyCount;
-}
-
-HardwareStatus DataCache::_smlConvToHardwareStatus(char* state) {
-    return hardwareStatus(state == nullptr ? "" : state);
 }

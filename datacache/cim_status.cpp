@@ -4,17 +4,23 @@
 #include <iterator>
 #include <string_view>
 
+#include "datacache/DataCache.h"
+
+using namespace datacache;
+
+namespace datacache {
+
 namespace {
 
-struct Word {
+struct StateWord {
     const char* word;
     uint16_t code;
 };
 
 template <size_t Size>
-uint16_t codeOf(const Word (&table)[Size], std::string_view word) {
+uint16_t codeOf(const StateWord (&table)[Size], std::string_view word) {
     const auto* row =
-        std::find_if(std::begin(table), std::end(table), [&](const Word& w) { return word == w.word; });
+        std::find_if(std::begin(table), std::end(table), [&](const StateWord& w) { return word == w.word; });
     return row == std::end(table) ? uint16_t{0} : row->code;
 }
 
@@ -25,10 +31,10 @@ bool isDown(std::string_view state) {
 }  // namespace
 
 StatusList cimSwitchStatus(std::string_view operState, const StatusList& faults) {
-    static constexpr Word kStates[] = {{"Diagnostics", CIM_IN_SERVICE},
-                                       {"Online", CIM_OK},
-                                       {"Offline", CIM_STOPPED},
-                                       {"Downed", CIM_STOPPED}};
+    static constexpr StateWord kStates[] = {{"Diagnostics", CIM_IN_SERVICE},
+                                            {"Online", CIM_OK},
+                                            {"Offline", CIM_STOPPED},
+                                            {"Downed", CIM_STOPPED}};
     const unsigned short primary = codeOf(kStates, operState);
     StatusList result;
     if (primary != CIM_IN_SERVICE) {
@@ -76,19 +82,48 @@ uint16_t cimPortStatus(std::string_view operState, std::string_view adminState) 
 }
 
 uint16_t cimPortType(std::string_view type) {
-    static constexpr Word kTypes[] = {{"G", 2},      {"GL", 3},        {"E", 4},      {"F", 5},
-                                      {"FL", 6},     {"Donor", 16000}, {"TH", 16001}, {"TF", 16002},
-                                      {"TR", 16003}, {"PT", 16004}};
+    static constexpr StateWord kTypes[] = {{"G", 2},      {"GL", 3},        {"E", 4},      {"F", 5},
+                                           {"FL", 6},     {"Donor", 16000}, {"TH", 16001}, {"TF", 16002},
+                                           {"TR", 16003}, {"PT", 16004}};
     return codeOf(kTypes, type);
 }
 
 uint16_t cimPortHardwareType(std::string_view type) {
-    static constexpr Word kTypes[] = {{"GL", 1}, {"EXG", 2}};
+    static constexpr StateWord kTypes[] = {{"GL", 1}, {"EXG", 2}};
     return codeOf(kTypes, type);
 }
 
 HardwareStatus hardwareStatus(std::string_view state) {
-    static constexpr Word kStates[] = {
+    static constexpr StateWord kStates[] = {
         {"Good", HARDWARE_GOOD}, {"Bad", HARDWARE_BAD}, {"NotInstalled", HARDWARE_NOT_INSTALLED}};
     return static_cast<HardwareStatus>(codeOf(kStates, state));
+}
+
+}  // namespace datacache
+
+StatusList DataCache::smlSwitchStateToCIMOperationalStatus(const char* operState, const StatusList& faults) {
+    return cimSwitchStatus(operState == nullptr ? "" : operState, faults);
+}
+
+StatusList DataCache::smlIOBladeStateToCIMOperationalStatus(const std::string& operState,
+                                                            const std::string& adminState,
+                                                            const std::string& diagStatus) {
+    return cimBladeStatus(operState, adminState, diagStatus);
+}
+
+StatusList DataCache::smlPortStateToCIMOperationalStatus(const std::string& operState,
+                                                         const std::string& adminState) {
+    return {cimPortStatus(operState, adminState)};
+}
+
+uint16_t DataCache::smlTypeToCIMType(const std::string& type) {
+    return cimPortType(type);
+}
+
+uint16_t DataCache::smlHWTypeToCIMHWType(const std::string& type) {
+    return cimPortHardwareType(type);
+}
+
+HardwareStatus DataCache::_smlConvToHardwareStatus(char* state) {
+    return hardwareStatus(state == nullptr ? "" : state);
 }

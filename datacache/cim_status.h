@@ -6,6 +6,8 @@
 
 #include "datacache/ChassisState.h"
 
+namespace datacache {
+
 /**
  * The translations of the switch's state words into CIM values: pure functions, words compared exactly.
  */
@@ -46,3 +48,5 @@ uint16_t cimPortType(std::string_view type);
 uint16_t cimPortHardwareType(std::string_view type);
 
 HardwareStatus hardwareStatus(std::string_view state);
+
+}  // namespace datacache

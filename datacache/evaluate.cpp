@@ -1,10 +1,8 @@
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
-#include "datacache/notify.h"
+#include "datacache/reports.h"
 
-using datacache::AreaRead;
-using datacache::CacheArea;
-using datacache::HealthMonitor;
+using namespace datacache;
 
 namespace {
 
@@ -24,7 +22,7 @@ void read(DataCache& cache, CacheArea area, Result (DataCache::*load)(), bool& o
     try {
         ok = read.done((cache.*load)() != Result{});
     } catch (const char* message) {
-        datacache::ReadTrace::failed(datacache::ReadFault::Exception, "", message, 0, 0);
+        ReadTrace::failed(ReadFault::Exception, "", message, 0, 0);
         read.done(false);
         throw;
     }
@@ -101,4 +99,20 @@ void DataCache::_updateAreas() {
         cim_log(CIM_LOG_TRACE, "DCACHE: Updating zoning cache (Done)\n");
         if (_zoningCache._reloadWanted) updateZoning();  // a session ended inside the callback
     }
+}
+
+bool DataCache::isCacheReady() {
+    const AccessGuard guard;
+    return _cacheReady;
+}
+
+Health DataCache::health() {
+    return HealthMonitor::instance().copy();
+}
+
+bool DataCache::idle() {
+    // Events are asked for before, as one that no longer waits was taken up by a pass, which still shows in
+    // the second test; and after, as one may have come while that pass ended.
+    HealthMonitor& health = HealthMonitor::instance();
+    return health.noEventWaits() && evaluationIdle() && health.noEventWaits();
 }

@@ -4,6 +4,8 @@
 #include <iterator>
 #include <tuple>
 
+namespace datacache {
+
 namespace {
 
 constexpr const char* kOther = "VEX_EVENT_OTHER";
@@ -142,3 +144,5 @@ EventRegistrations eventRegistrations() {
     static constexpr EventRegistrations kList = makeRegistrations();
     return kList;
 }
+
+}  // namespace datacache

@@ -5,6 +5,8 @@
 
 #include "vexlib/vexlib.h"
 
+namespace datacache {
+
 /** The codes that the cache registers for, in the order of registration, results 0. */
 using EventRegistrations = std::array<vex_eventreg_s, 28>;
 EventRegistrations eventRegistrations();
@@ -14,3 +16,5 @@ const char* eventCodeName(int32_t code);
 
 /** Whether a notification with this code is queued; all others are logged and dropped. */
 bool isQueuedEvent(int32_t code);
+
+}  // namespace datacache

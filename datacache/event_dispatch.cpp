@@ -1,8 +1,10 @@
 #include "common/bounded_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/event_texts.h"
-#include "datacache/notify.h"
+#include "datacache/reports.h"
 #include "datacache/transceivers.h"
+
+using namespace datacache;
 
 namespace {
 

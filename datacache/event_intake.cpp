@@ -5,7 +5,7 @@
 #include "datacache/HealthMonitor.h"
 #include "datacache/event_codes.h"
 
-using datacache::HealthMonitor;
+using namespace datacache;
 
 namespace {
 

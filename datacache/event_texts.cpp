@@ -3,7 +3,9 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "datacache/text_scan.h"
+#include "datacache/TextScan.h"
+
+namespace datacache {
 
 namespace {
 
@@ -86,3 +88,5 @@ bool nextNameServerEntry(const std::string& text, size_t& position, std::string&
     position = end == kNone ? text.size() : end + 1;
     return true;
 }
+
+}  // namespace datacache

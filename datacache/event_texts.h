@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+namespace datacache {
+
 /**
  * What the payloads of switch events say: pure functions of the text, up to 1400 bytes of anything.
  *
@@ -43,3 +45,5 @@ MediaRemoved parseMediaRemoved(const std::string& text);
  * `position` behind it. False at the end of the list and at an entry with fewer fields, which ends it.
  */
 bool nextNameServerEntry(const std::string& text, size_t& position, std::string& portName);
+
+}  // namespace datacache

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace datacache {
+
 namespace {
 
 using Steps = std::function<void(const FabricStep&)>;
@@ -86,3 +88,5 @@ void compareFabrics(const FabricMembers& before, const FabricMembers& now, const
         compareNewName(before, now, take);
     }
 }
+
+}  // namespace datacache

@@ -5,6 +5,8 @@
 
 #include "common/Wwn.h"
 
+namespace datacache {
+
 /** A fabric as it is compared: its name, and the names of its switches in the order of the list. */
 struct FabricMembers {
     const Wwn& name;
@@ -44,3 +46,5 @@ struct FabricStep {
  */
 void compareFabrics(const FabricMembers& before, const FabricMembers& now,
                     const std::function<void(const FabricStep&)>& take);
+
+}  // namespace datacache

@@ -2,11 +2,10 @@
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
 #include "datacache/fabric_compare.h"
-#include "datacache/notify.h"
-#include "datacache/update_failed.h"
+#include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
-using datacache::HealthMonitor;
+using namespace datacache;
 
 namespace {
 

@@ -1,7 +1,9 @@
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
-#include "datacache/update_failed.h"
+#include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
+
+using namespace datacache;
 
 bool DataCache::_getFabricInfo() {
     return _load_fabric_info() && _load_switch_domain_list() && _load_mserver_ports();

@@ -4,7 +4,7 @@
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
 
-using datacache::HealthMonitor;
+using namespace datacache;
 
 namespace {
 

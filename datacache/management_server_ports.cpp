@@ -1,9 +1,11 @@
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
-#include "datacache/update_failed.h"
+#include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 #include "switchlib/uptime_seconds.h"
+
+using namespace datacache;
 
 namespace {
 
@@ -24,7 +26,7 @@ bool loadPorts(uint32_t handle, SwitchCache& remote, long& requestTime) {
             ++remote._mserver_errors;
         } else {
             remote._mserver_timeout = true;
-            datacache::HealthMonitor::instance().switchGivenUp();
+            HealthMonitor::instance().switchGivenUp();
         }
         return true;
     }
@@ -49,7 +51,7 @@ bool loadPorts(uint32_t handle, SwitchCache& remote, long& requestTime) {
         remote._port_base_wwn = name;
         remote.addPort(portField, entry);
     }
-    datacache::HealthMonitor::instance().portEntriesBeyond(entries - entry);
+    HealthMonitor::instance().portEntriesBeyond(entries - entry);
     return true;
 }
 
@@ -65,7 +67,7 @@ bool DataCache::_load_mserver_ports() {
         if (current._mserver_timeout) {
             cim_log(CIM_LOG_TRACE, "DCACHE: _load_mserver_ports - skip %s due to mserver err timeout\n",
                     current.getWwn().c_str());
-            datacache::HealthMonitor::instance().switchGivenUp();
+            HealthMonitor::instance().switchGivenUp();
         } else if (current._local) {
             cim_log(CIM_LOG_TRACE, "DCACHE: _load_mserver_ports - skip local %s\n", current.getWwn().c_str());
         } else {

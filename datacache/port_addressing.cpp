@@ -4,6 +4,8 @@
 #include "datacache/DataCache.h"
 #include "datacache/bit_sets.h"
 
+using namespace datacache;
+
 namespace {
 
 constexpr uint16_t kUnknownIndex = 65535;

@@ -2,6 +2,8 @@
 #include "datacache/DataCache.h"
 #include "datacache/bit_sets.h"
 
+using namespace datacache;
+
 namespace {
 
 uint16_t portIndex(const std::string& text) {
@@ -27,7 +29,7 @@ std::string walkFrom(const PortState& ports, unsigned from) {
 
 }  // namespace
 
-unsigned nextRootPort(const PortState& ports, unsigned from) {
+unsigned datacache::nextRootPort(const PortState& ports, unsigned from) {
     for (unsigned port = from; port < ports.portCount; ++port) {
         if (bitTest(ports.localPortsPresent, port) && ports.portType[port] != kPortTypePassThrough)
             return port;

@@ -4,9 +4,11 @@
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
 #include "datacache/cim_status.h"
-#include "datacache/notify.h"
-#include "datacache/update_failed.h"
+#include "datacache/reports.h"
+#include "datacache/transceivers.h"
 #include "switchlib/SmlBatch.h"
+
+using namespace datacache;
 
 namespace {
 
@@ -24,11 +26,11 @@ bool readPortCount(uint32_t handle, PortState& ports) {
         return false;
     }
     const int32_t claimed = batch.number(maxPortsKey);
-    datacache::HealthMonitor::instance().localPorts(int64_t{claimed} - kMaxRootPorts);
+    HealthMonitor::instance().localPorts(int64_t{claimed} - kMaxRootPorts);
     // A negative number of ports is none.
     const auto count = static_cast<uint16_t>(std::clamp(claimed, 0, kMaxRootPorts));
     if (count == 0) {
-        batch.note(datacache::ReadFault::BadValue, maxPortsKey);
+        batch.note(ReadFault::BadValue, maxPortsKey);
         logUpdateFailed(kScan, 1630);
         return false;
     }

@@ -1,8 +1,9 @@
 #include "datacache/DataCache.h"
 #include "datacache/cim_status.h"
-#include "datacache/notify.h"
-#include "datacache/update_failed.h"
+#include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
+
+using namespace datacache;
 
 int DataCache::_getSwitchInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getSwitchInfo()\n");
@@ -22,7 +23,7 @@ int DataCache::_getSwitchInfo() {
     const Wwn principal = parseWwn(batch.text(principalKey));
     const Wwn name = parseWwn(batch.text(wwnKey));
     if (name.isNull()) {
-        batch.note(datacache::ReadFault::BadValue, wwnKey);
+        batch.note(ReadFault::BadValue, wwnKey);
         logUpdateFailed("_getSwitchInfo", 1364);
         return 0;
     }
@@ -62,27 +63,4 @@ Wwn DataCache::getRootSwitchWorldWideName() const {
 
 std::string DataCache::getRootSwitchWwn() const {
     return getRootSwitchWorldWideName().tostring();
-}
-
-StatusList DataCache::smlSwitchStateToCIMOperationalStatus(const char* operState, const StatusList& faults) {
-    return cimSwitchStatus(operState == nullptr ? "" : operState, faults);
-}
-
-StatusList DataCache::smlIOBladeStateToCIMOperationalStatus(const std::string& operState,
-                                                            const std::string& adminState,
-                                                            const std::string& diagStatus) {
-    return cimBladeStatus(operState, adminState, diagStatus);
-}
-
-StatusList DataCache::smlPortStateToCIMOperationalStatus(const std::string& operState,
-                                                         const std::string& adminState) {
-    return {cimPortStatus(operState, adminState)};
-}
-
-uint16_t DataCache::smlTypeToCIMType(const std::string& type) {
-    return cimPortType(type);
-}
-
-uint16_t DataCache::smlHWTypeToCIMHWType(const std::string& type) {
-    return cimPortHardwareType(type);
 }

@@ -2,7 +2,7 @@
 #include "datacache/HealthMonitor.h"
 #include "datacache/bit_sets.h"
 
-using datacache::CacheArea;
+using namespace datacache;
 
 bool DataCache::workToDo() {
     const AccessGuard guard;
@@ -12,7 +12,7 @@ bool DataCache::workToDo() {
 
 void DataCache::_mark(bool& flag, CacheArea area) {
     flag = true;
-    datacache::HealthMonitor::instance().mark(area);
+    HealthMonitor::instance().mark(area);
 }
 
 void DataCache::updateAll() {
@@ -76,4 +76,16 @@ void DataCache::localPortRefreshSet() {
 void DataCache::localPortRefreshSet(int port) {
     const AccessGuard guard;
     bitSet(_localPortRefresh, static_cast<size_t>(port));
+}
+
+void DataCache::refreshNow() {
+    const AccessGuard guard;
+    if (instance == nullptr) return;
+    instance->updateAll();
+    instance->localPortRefreshSet();
+    wakeEvaluation();
+}
+
+void DataCache::setRetryInterval(uint32_t seconds) {
+    setEvaluationRetry(seconds);
 }

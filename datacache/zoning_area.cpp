@@ -1,8 +1,9 @@
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
-#include "datacache/notify.h"
-#include "datacache/update_failed.h"
+#include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
+
+using namespace datacache;
 
 int DataCache::_getZoningInfo() {
     if (isTransparentSwitch()) return 1;  // has no zoning of its own

@@ -8,8 +8,10 @@
 #include "common/Wwn.h"
 #include "common/bounded_text.h"
 #include "datacache/event_texts.h"
-#include "datacache/media_data.h"
+#include "datacache/transceivers.h"
 #include "vexlib/vexlib.h"
+
+using namespace datacache;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 

@@ -2,109 +2,12 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
 #include <iostream>
 #include <vector>
 
 #include "host/request.h"
 
-using namespace datacache;
-
-namespace {
-
-/** Areas that the passes read. */
-constexpr CacheArea passAreas[] = {CacheArea::Switch, CacheArea::Chassis, CacheArea::Blades,
-                                   CacheArea::Ports,  CacheArea::Fabric,  CacheArea::Zoning};
-
-std::optional<CacheArea> areaOf(const std::string& name) {
-    for (size_t i = 0; i < kCacheAreas; ++i) {
-        if (name == cacheAreaName(static_cast<CacheArea>(i))) return static_cast<CacheArea>(i);
-    }
-    return std::nullopt;
-}
-
-std::string hexadecimal(int32_t status) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%x", static_cast<unsigned>(status));
-    return text;
-}
-
-}  // namespace
-
-bool upToDate(CacheArea area) {
-    return DataCache::health()[area].upToDate;
-}
-
-std::vector<std::string> staleAreas(const Health& health) {
-    std::vector<std::string> names;
-    for (const CacheArea area : passAreas) {
-        if (health[area].reads == 0 || health[area].failuresInARow != 0)
-            names.emplace_back(cacheAreaName(area));
-    }
-    return names;
-}
-
-std::string failureText(const ReadFailure& failure) {
-    const std::string place = failure.line == 0 ? ""
-                                                : std::string(", log line ") + failure.function + ':' +
-                                                      std::to_string(failure.line);
-    const std::string call = failure.call;
-    const std::string key = failure.key;
-    const std::string about = key.empty() ? call : key;
-    switch (failure.fault) {
-        case ReadFault::None:
-            return "";
-        case ReadFault::CallFailed: {
-            const std::string more =
-                failure.keys > 1 ? " and " + std::to_string(failure.keys - 1) + " more keys" : "";
-            return call + (key.empty() ? "" : " of " + key + more) + " failed with " +
-                   hexadecimal(failure.status) + place;
-        }
-        case ReadFault::KeyFailed:
-            return key + " has status " + hexadecimal(failure.status) + place;
-        case ReadFault::BadValue:
-            return about + " gave a value that cannot be used" + place;
-        case ReadFault::NoEnd:
-            return "the list has no end at " + about + place;
-        case ReadFault::Exception:
-            return "left by an exception" + (key.empty() ? "" : ": " + key);
-    }
-    return "";
-}
-
-std::string staleReason(const std::string& name) {
-    const std::optional<CacheArea> area = areaOf(name);
-    const Health health = DataCache::health();
-    std::string reason = name + " is not up to date";
-    if (!area) return reason;
-    const AreaHealth& state = health[*area];
-    if (state.failuresInARow != 0) return reason + ": " + failureText(state.lastFailure);
-    if (state.reads == 0) return reason + ": it was not read yet";
-    return reason + ": it changed since it was read";
-}
-
-void warnOfCapacity() {
-    static bool told[5];
-    const CapacityHealth capacity = DataCache::health().capacity;
-    const auto warn = [](bool& known, bool now, const std::string& text) {
-        if (now && !known) std::cerr << "datacache-host: " << text << std::endl;
-        known = now;
-    };
-    warn(
-        told[0], capacity.domainListFull,
-        "the fabric may be larger than what is shown: the switch's list of domains fills its 255 characters, "
-        "and its last number may be cut");
-    warn(told[1], capacity.portEntriesBeyond != 0,
-         std::to_string(capacity.portEntriesBeyond) +
-             " ports of other switches are not shown: the cache holds 256 a switch");
-    warn(told[2], capacity.localPortsBeyond != 0,
-         std::to_string(capacity.localPortsBeyond) + " local ports are not shown: the cache holds 128");
-    warn(told[4], capacity.switchesGivenUp != 0,
-         "the ports of " + std::to_string(capacity.switchesGivenUp) +
-             " switches are not read any more: their management server kept failing");
-    warn(told[3], capacity.slotsBeyond != 0,
-         std::to_string(capacity.slotsBeyond) + " slots are not shown: the cache holds 32");
-}
+namespace host {
 
 std::string listed(const std::vector<std::string>& names) {
     std::string list;
@@ -197,17 +100,17 @@ struct Area {
     bool live = false;
 };
 
-/** The areas, in the order of areaNames. */
-constexpr Area allAreas[] = {{switchArea},     {chassisArea},     {bladesArea}, {portsArea},
-                             {fabricArea},     {accountsArea},    {zoningArea}, {propertiesArea, true},
-                             {lsdbArea, true}, {healthArea, true}};
-static_assert(std::size(allAreas) == std::size(areaNames), "each area has its name");
+/** The areas, in the order of kAreaNames. */
+constexpr Area kAreas[] = {{switchArea},     {chassisArea},     {bladesArea}, {portsArea},
+                           {fabricArea},     {accountsArea},    {zoningArea}, {propertiesArea, true},
+                           {lsdbArea, true}, {healthArea, true}};
+static_assert(std::size(kAreas) == std::size(kAreaNames), "each area has its name");
 
 }  // namespace
 
 bool isLive(const std::string& area) {
-    for (size_t i = 0; i < std::size(allAreas); ++i) {
-        if (area == areaNames[i]) return allAreas[i].live;
+    for (size_t i = 0; i < std::size(kAreas); ++i) {
+        if (area == kAreaNames[i]) return kAreas[i].live;
     }
     return false;
 }
@@ -215,10 +118,10 @@ bool isLive(const std::string& area) {
 std::vector<Json> readAreas(const std::string& names) {
     std::vector<Json> areas;
     warnOfCapacity();
-    for (size_t i = 0; i < std::size(allAreas); ++i) {
+    for (size_t i = 0; i < std::size(kAreas); ++i) {
         const bool wanted =
-            names == areaNames[i] || names == "all" || (names == "cached" && !allAreas[i].live);
-        if (wanted) areas.push_back(allAreas[i].read());
+            names == kAreaNames[i] || names == "all" || (names == "cached" && !kAreas[i].live);
+        if (wanted) areas.push_back(kAreas[i].read());
     }
     return areas;
 }
@@ -240,6 +143,4 @@ bool printAreas(std::ostream& out, const std::vector<Json>& areas, bool json) {
     return good;
 }
 
-void reportStale(const std::string& area) {
-    std::cerr << "datacache-host: " << staleReason(area) << std::endl;
-}
+}  // namespace host

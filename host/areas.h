@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -8,6 +9,8 @@
 #include "datacache/DataCache.h"
 #include "datacache/Health.h"
 #include "host/json_text.h"
+
+namespace host {
 
 /** Whether what the area shows comes from the switch when it is shown, and needs no cache. */
 bool isLive(const std::string& area);
@@ -47,6 +50,10 @@ Json lsdbArea();
 /** What the cache knows of itself; waits for nothing. */
 Json healthArea();
 
+/** The fabric's switches, each with "domain", "wwn", "local", "principal" and what `add` adds to it. The
+ * caller holds the access lock. */
+Json switchesOf(const FabricCache& fabric, const std::function<void(Json&, const SwitchCache&)>& add);
+
 /** Zoning as a tree, and the health with its failures as one line each. */
 void printZoning(std::ostream& out, const Json& area);
 void printHealth(std::ostream& out, const Json& area);
@@ -83,3 +90,5 @@ void warnOfCapacity();
 
 /** Names with commas. */
 std::string listed(const std::vector<std::string>& names);
+
+}  // namespace host

@@ -5,6 +5,8 @@
 #include "datacache/CacheReader.h"
 #include "datacache/cim_words.h"
 
+namespace host {
+
 using namespace datacache;
 
 namespace {
@@ -127,28 +129,38 @@ Json portsArea() {
     };
 }
 
-Json fabricArea() {
-    const CacheReader cache;
-    const FabricCache& fabric = cache.fabric();
+Json switchesOf(const FabricCache& fabric, const std::function<void(Json&, const SwitchCache&)>& add) {
     const Wwn principal = fabric.getFabricWorldWideName();
     Json switches = Json::array();
     for (const SwitchCache* one = fabric.getFirstSwitch(); one; one = fabric.getNextSwitch(one)) {
-        switches.push_back({
+        Json fields{
             {"domain", one->getDomainID()},
             {"wwn", one->getWwn()},
             {"local", one->isLocal()},
             {"principal", !principal.isNull() && one->getWorldWideName() == principal},
-            {"ports", one->getPortCount()},
-            {"managementServerErrors", one->getManagementServerErrors()},
-            {"managementServerGivenUp", one->isManagementServerGivenUp()},
-        });
+        };
+        add(fields, *one);
+        switches.push_back(fields);
     }
+    return switches;
+}
+
+Json fabricArea() {
+    const CacheReader cache;
+    const FabricCache& fabric = cache.fabric();
     return {
         {"area", "fabric"},
         {"upToDate", upToDate(CacheArea::Fabric)},
         {"complete", !DataCache::health().capacity.domainListFull},
-        {"name", principal.tostring()},
+        {"name", fabric.getFabricWwn()},
         {"localSwitch", cache->getRootSwitchWwn()},
-        {"switches", switches},
+        {"switches", switchesOf(fabric,
+                                [](Json& fields, const SwitchCache& one) {
+                                    fields["ports"] = one.getPortCount();
+                                    fields["managementServerErrors"] = one.getManagementServerErrors();
+                                    fields["managementServerGivenUp"] = one.isManagementServerGivenUp();
+                                })},
     };
 }
+
+}  // namespace host

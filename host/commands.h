@@ -1,7 +1,9 @@
 #pragma once
 
+#include "host/Session.h"
 #include "host/request.h"
-#include "host/session.h"
+
+namespace host {
 
 /** The commands of the tool. Each works in a session that has been started, and returns the exit status. */
 
@@ -20,3 +22,5 @@ int zoneCommand(Session& session, const HostRequest& request);
 
 /** Carries out statements of a configuration-edit session. */
 int configCommand(Session& session, const HostRequest& request);
+
+}  // namespace host

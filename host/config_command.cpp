@@ -5,6 +5,8 @@
 #include "host/edits.h"
 #include "switchlib/NORV_Vex_Lib.h"
 
+namespace host {
+
 namespace {
 
 Outcome simple(int result) {
@@ -97,3 +99,5 @@ int configCommand(Session& session, const HostRequest& request) {
     }
     return done ? EXIT_DONE : EXIT_NOT_DONE;
 }
+
+}  // namespace host

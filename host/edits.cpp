@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+namespace host {
+
 namespace {
 
 /** What is left undone of the statements from `index` on, of which the first may have been `begun`. */
@@ -46,3 +48,5 @@ void printOutcome(const std::string& statement, const Outcome& outcome, bool jso
     if (!left.is_null()) std::cout << " (lock: " << plainText(left) << " s left)";
     std::cout << std::endl;
 }
+
+}  // namespace host

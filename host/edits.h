@@ -2,9 +2,11 @@
 
 #include <functional>
 
+#include "host/Session.h"
 #include "host/json_text.h"
 #include "host/request.h"
-#include "host/session.h"
+
+namespace host {
 
 /** What came of one statement. */
 struct Outcome {
@@ -21,3 +23,5 @@ bool carryOut(Session& session, const HostRequest& request,
 
 /** Prints an outcome on one line: "create zone z1: exists already (code 3)", or as JSON with "statement". */
 void printOutcome(const std::string& statement, const Outcome& outcome, bool json);
+
+}  // namespace host

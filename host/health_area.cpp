@@ -1,13 +1,34 @@
+#include <cstdio>
 #include <ctime>
 #include <iomanip>
+#include <iostream>
 #include <sstream>
 
 #include "datacache/DataCache.h"
 #include "host/areas.h"
 
+namespace host {
+
 using namespace datacache;
 
 namespace {
+
+/** Areas that the passes read. */
+constexpr CacheArea kPassAreas[] = {CacheArea::Switch, CacheArea::Chassis, CacheArea::Blades,
+                                    CacheArea::Ports,  CacheArea::Fabric,  CacheArea::Zoning};
+
+std::optional<CacheArea> areaNamed(const std::string& name) {
+    for (size_t i = 0; i < kCacheAreas; ++i) {
+        if (name == cacheAreaName(static_cast<CacheArea>(i))) return static_cast<CacheArea>(i);
+    }
+    return std::nullopt;
+}
+
+std::string hexadecimal(int32_t status) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%x", static_cast<unsigned>(status));
+    return text;
+}
 
 /** Local time in ISO 8601 to the second; null for never. */
 Json timeOf(WallTime time) {
@@ -49,6 +70,85 @@ Json areaOf(CacheArea area, const AreaHealth& health) {
 }
 
 }  // namespace
+
+bool upToDate(CacheArea area) {
+    return DataCache::health()[area].upToDate;
+}
+
+std::vector<std::string> staleAreas(const Health& health) {
+    std::vector<std::string> names;
+    for (const CacheArea area : kPassAreas) {
+        if (health[area].reads == 0 || health[area].failuresInARow != 0)
+            names.emplace_back(cacheAreaName(area));
+    }
+    return names;
+}
+
+std::string failureText(const ReadFailure& failure) {
+    const std::string place = failure.line == 0 ? ""
+                                                : std::string(", log line ") + failure.function + ':' +
+                                                      std::to_string(failure.line);
+    const std::string call = failure.call;
+    const std::string key = failure.key;
+    const std::string about = key.empty() ? call : key;
+    switch (failure.fault) {
+        case ReadFault::None:
+            return "";
+        case ReadFault::CallFailed: {
+            const std::string more =
+                failure.keys > 1 ? " and " + std::to_string(failure.keys - 1) + " more keys" : "";
+            return call + (key.empty() ? "" : " of " + key + more) + " failed with " +
+                   hexadecimal(failure.status) + place;
+        }
+        case ReadFault::KeyFailed:
+            return key + " has status " + hexadecimal(failure.status) + place;
+        case ReadFault::BadValue:
+            return about + " gave a value that cannot be used" + place;
+        case ReadFault::NoEnd:
+            return "the list has no end at " + about + place;
+        case ReadFault::Exception:
+            return "left by an exception" + (key.empty() ? "" : ": " + key);
+    }
+    return "";
+}
+
+std::string staleReason(const std::string& name) {
+    const std::optional<CacheArea> area = areaNamed(name);
+    const Health health = DataCache::health();
+    std::string reason = name + " is not up to date";
+    if (!area) return reason;
+    const AreaHealth& state = health[*area];
+    if (state.failuresInARow != 0) return reason + ": " + failureText(state.lastFailure);
+    if (state.reads == 0) return reason + ": it was not read yet";
+    return reason + ": it changed since it was read";
+}
+
+void warnOfCapacity() {
+    static bool told[5];
+    const CapacityHealth capacity = DataCache::health().capacity;
+    const auto warn = [](bool& known, bool now, const std::string& text) {
+        if (now && !known) std::cerr << "datacache-host: " << text << std::endl;
+        known = now;
+    };
+    warn(
+        told[0], capacity.domainListFull,
+        "the fabric may be larger than what is shown: the switch's list of domains fills its 255 characters, "
+        "and its last number may be cut");
+    warn(told[1], capacity.portEntriesBeyond != 0,
+         std::to_string(capacity.portEntriesBeyond) +
+             " ports of other switches are not shown: the cache holds 256 a switch");
+    warn(told[2], capacity.localPortsBeyond != 0,
+         std::to_string(capacity.localPortsBeyond) + " local ports are not shown: the cache holds 128");
+    warn(told[4], capacity.switchesGivenUp != 0,
+         "the ports of " + std::to_string(capacity.switchesGivenUp) +
+             " switches are not read any more: their management server kept failing");
+    warn(told[3], capacity.slotsBeyond != 0,
+         std::to_string(capacity.slotsBeyond) + " slots are not shown: the cache holds 32");
+}
+
+void reportStale(const std::string& area) {
+    std::cerr << "datacache-host: " << staleReason(area) << std::endl;
+}
 
 Json healthArea() {
     const Health health = DataCache::health();
@@ -112,3 +212,5 @@ void printHealth(std::ostream& out, const Json& area) {
     shown["areas"] = rows;
     printArea(out, shown);
 }
+
+}  // namespace host

@@ -3,6 +3,8 @@
 #include "host/commands.h"
 #include "host/request.h"
 
+namespace host {
+
 namespace {
 
 int run(Session& session, const HostRequest& request) {
@@ -33,3 +35,5 @@ int hostMain(void* provider, const HostRequest& request) {
     }
     return EXIT_WRONG_INPUT;
 }
+
+}  // namespace host

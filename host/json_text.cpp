@@ -1,5 +1,7 @@
 #include "host/json_text.h"
 
+namespace host {
+
 std::string jsonLine(const Json& value) {
     return value.dump(-1, ' ', true, Json::error_handler_t::replace);
 }
@@ -19,3 +21,5 @@ std::string plainText(const Json& value) {
     for (const Json& element : value) list += (list.empty() ? "" : ", ") + plainText(element);
     return list;
 }
+
+}  // namespace host

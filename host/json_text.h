@@ -3,6 +3,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+namespace host {
+
 /** JSON whose fields keep the order in which they were added. */
 using Json = nlohmann::ordered_json;
 
@@ -17,3 +19,5 @@ std::string jsonLine(const Json& value);
  * with commas, and an object of "code" and "text" as "2 OK".
  */
 std::string plainText(const Json& value);
+
+}  // namespace host

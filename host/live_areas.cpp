@@ -8,6 +8,8 @@
 #include "switchlib/NORV_Vex_Lib.h"
 #include "vexlib/vexlib.h"
 
+namespace host {
+
 using namespace datacache;
 
 std::optional<std::string> readKey(const std::string& key) {
@@ -35,7 +37,7 @@ namespace {
 constexpr struct {
     const char* name;
     char* (*get)();
-} properties[] = {
+} kProperties[] = {
     {"type", get_Switch_Type},
     {"brandName", get_Switch_Brand_Name},
     {"activeVersion", get_Switch_ActiveVer},
@@ -81,21 +83,21 @@ Json propertiesArea() {
     area["symbolicName"] = takeText(symbolicName);
     takeText(serialNumber);  // these two come again below
     takeText(brand);
-    for (const auto& property : properties) area[property.name] = takeText(property.get());
+    for (const auto& property : kProperties) area[property.name] = takeText(property.get());
     return area;
 }
 
 namespace {
 
 /** Walks are driven by what the switch answers, so they need an end of their own. */
-constexpr int longestWalk = 4096;
+constexpr int kLongestWalk = 4096;
 
 using Value = char[VEX_SML_VALUE_SIZE];
 
 Json linksOf(const std::string& record) {
     Json links = Json::array();
     const int count = get_lsdb_record_link_count(record.c_str());
-    for (int i = 0; i < count && i < longestWalk; ++i) {
+    for (int i = 0; i < count && i < kLongestWalk; ++i) {
         const std::string number = std::to_string(i);
         Value local{};
         Value remote{};
@@ -123,7 +125,7 @@ Json lsdbArea() {
     Json links = Json::array();
     std::set<std::string> seen;  // a walk that comes back to where it was ends there
     Value value{};
-    for (bool more = get_first_lsdb_record(value) != nullptr; more && seen.size() < longestWalk;) {
+    for (bool more = get_first_lsdb_record(value) != nullptr; more && seen.size() < kLongestWalk;) {
         const std::string record = value;
         if (!seen.insert(record).second) break;
         const Json own = linksOf(record);
@@ -137,7 +139,7 @@ Json lsdbArea() {
         const std::string port = std::to_string(number);
         seen.clear();
         bool more = get_first_attached_port(port.c_str(), value) != nullptr;
-        while (more && seen.size() < longestWalk) {
+        while (more && seen.size() < kLongestWalk) {
             const std::string entry = value;
             if (!seen.insert(entry).second) break;
             devices.push_back({{"port", port}, {"device", entry}});
@@ -146,3 +148,5 @@ Json lsdbArea() {
     }
     return {{"area", "lsdb"}, {"records", records}, {"links", links}, {"attachedDevices", devices}};
 }
+
+}  // namespace host

@@ -9,6 +9,8 @@
 
 #include "host/request.h"
 
+namespace host {
+
 namespace {
 
 /** A library of this project as built or installed beside the tool. */
@@ -50,7 +52,7 @@ struct CommandLine {
     std::string vexlib;  ///< path of the provider; empty for the simulated switch
 };
 
-constexpr const char* footer = R"(Examples:
+constexpr const char* kFooter = R"(Examples:
   datacache-host run --switch examples/blade-module.toml --scenario examples/blade-module.scenario.toml
   datacache-host run --switch examples/blade-module.toml --for 2 --json
   datacache-host show chassis --switch examples/blade-module.toml
@@ -113,7 +115,7 @@ void addRun(CLI::App& app, CommandLine& line) {
 
 void addShow(CLI::App& app, CommandLine& line) {
     CLI::App& show = *app.add_subcommand("show", "Print one area of the cache, or all");
-    std::vector<std::string> names(std::begin(areaNames), std::end(areaNames));
+    std::vector<std::string> names(std::begin(kAreaNames), std::end(kAreaNames));
     names.emplace_back("all");
     show.add_option("area", line.request.area, "The area")
         ->required()
@@ -172,7 +174,7 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
     addSession(app, line, given, HostRequest::Zone, "zone", "Edit the fabric's zoning", zoneLanguage());
     addSession(app, line, given, HostRequest::Config, "config", "Edit the switch's configuration",
                configLanguage());
-    app.footer(footer);  // after the commands, which would print it as well
+    app.footer(kFooter);  // after the commands, which would print it as well
     if (argc > 1 && argv[1][0] != '-' && !hasCommand(app, argv[1])) {
         throw HostInputError(std::string("datacache-host: no such command: ") + argv[1] +
                              " (run, show, graph, zone or config; see --help)");
@@ -188,8 +190,11 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
 
 }  // namespace
 
+}  // namespace host
+
 // NOLINTNEXTLINE(bugprone-exception-escape): what gets here is a lack of memory, which may end the program
 int main(int argc, char** argv) {
+    using namespace host;
     try {
         int status = EXIT_DONE;
         const std::optional<CommandLine> line = readCommandLine(argc, argv, status);

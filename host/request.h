@@ -7,6 +7,8 @@
 #include "common/export.h"
 #include "host/statements.h"
 
+namespace host {
+
 /** A wrong command line or a file that cannot be used; what() is one line for the user. */
 struct HostInputError : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -29,14 +31,14 @@ struct HostRequest {
     bool json = false;
     double timeout = 30;                ///< seconds until a command that needs a complete cache gives up
     double seconds = 0;                 ///< Run: end after this time; 0 for no such limit
-    std::string area;                   ///< Show: one of areaNames, or "all"
+    std::string area;                   ///< Show: one of kAreaNames, or "all"
     std::vector<Statement> statements;  ///< Zone, Config
     bool keepGoing = false;             ///< Zone, Config: also after a statement that was not done
 };
 
 /** The areas that the tool shows, in the order in which it prints them all. */
-constexpr const char* areaNames[] = {"switch",   "chassis", "blades",     "ports", "fabric",
-                                     "accounts", "zoning",  "properties", "lsdb",  "health"};
+constexpr const char* kAreaNames[] = {"switch",   "chassis", "blades",     "ports", "fabric",
+                                      "accounts", "zoning",  "properties", "lsdb",  "health"};
 
 /**
  * The tool's second half, a shared object of its own: it is linked against libdatacache, whose calls to
@@ -45,3 +47,5 @@ constexpr const char* areaNames[] = {"switch",   "chassis", "blades",     "ports
  * status, if it returns.
  */
 extern "C" DC_EXPORT int hostMain(void* provider, const HostRequest& request);
+
+}  // namespace host

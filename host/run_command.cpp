@@ -2,10 +2,12 @@
 #include <iostream>
 #include <optional>
 
+#include "host/EventQueue.h"
 #include "host/areas.h"
 #include "host/commands.h"
-#include "host/event_queue.h"
 #include "host/request.h"
+
+namespace host {
 
 namespace {
 
@@ -125,3 +127,5 @@ int runCommand(Session& session, const HostRequest& request) {
     }
     return status;
 }
+
+}  // namespace host

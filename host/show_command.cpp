@@ -8,6 +8,8 @@
 #include "datacache/CacheReader.h"
 #include "host/areas.h"
 
+namespace host {
+
 using namespace datacache;
 
 namespace {
@@ -110,25 +112,16 @@ std::string doubts(const Json& graph) {
 Json fabricGraph() {
     const Json lsdb = lsdbArea();
     const CacheReader cache;
-    const FabricCache& fabric = cache.fabric();
-    const Wwn principal = fabric.getFabricWorldWideName();
-    Json switches = Json::array();
     std::set<int> domains;
-    for (const SwitchCache* one = fabric.getFirstSwitch(); one; one = fabric.getNextSwitch(one)) {
-        switches.push_back({
-            {"domain", one->getDomainID()},
-            {"wwn", one->getWwn()},
-            {"local", one->isLocal()},
-            {"principal", !principal.isNull() && one->getWorldWideName() == principal},
-            {"ports", portsOf(cache, *one)},
-        });
-        domains.insert(one->getDomainID());
-    }
+    const Json switches = switchesOf(cache.fabric(), [&](Json& fields, const SwitchCache& one) {
+        fields["ports"] = portsOf(cache, one);
+        domains.insert(one.getDomainID());
+    });
     Json stale = Json::array();
     for (const CacheArea area : {CacheArea::Ports, CacheArea::Fabric}) {
         if (!upToDate(area)) stale.push_back(cacheAreaName(area));
     }
-    return {{"name", principal.tostring()},
+    return {{"name", cache.fabric().getFabricWwn()},
             {"notUpToDate", stale},
             {"complete", !DataCache::health().capacity.domainListFull},
             {"switches", switches},
@@ -184,3 +177,5 @@ int graphCommand(Session& session, const HostRequest& request) {
     for (const Json& area : graph["notUpToDate"]) reportStale(area);
     return graph["notUpToDate"].empty() ? EXIT_DONE : EXIT_NOT_DONE;
 }
+
+}  // namespace host

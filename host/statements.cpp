@@ -11,6 +11,8 @@
 
 #include "host/request.h"
 
+namespace host {
+
 const std::vector<StatementForm>& zoneLanguage() {
     static const std::vector<StatementForm> forms{
         {ZONE_LOCK, "lock", "take the fabric's zoning lock, for 90 seconds"},
@@ -47,14 +49,14 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-Words split(const std::string& text, char separator) {
+Words splitAt(const std::string& text, char separator) {
     Words parts;
     std::istringstream stream(text);
     for (std::string part; std::getline(stream, part, separator);) parts.push_back(part);
     return parts;
 }
 
-Words wordsOf(const std::string& text) {
+Words splitWords(const std::string& text) {
     Words words;
     std::istringstream stream(text);
     for (std::string word; stream >> std::quoted(word);) words.push_back(word);
@@ -63,11 +65,11 @@ Words wordsOf(const std::string& text) {
 
 /** The operands of a statement of this form; nullopt for a statement of another. */
 std::optional<Words> match(const StatementForm& form, const Words& words) {
-    const Words pattern = split(form.pattern, ' ');
+    const Words pattern = splitAt(form.pattern, ' ');
     if (pattern.size() != words.size()) return std::nullopt;
     Words operands;
     for (size_t i = 0; i < words.size(); ++i) {
-        const Words choices = split(pattern[i], '|');
+        const Words choices = splitAt(pattern[i], '|');
         const bool operand = std::isupper(static_cast<unsigned char>(pattern[i][0])) != 0;
         if (!operand && std::find(choices.begin(), choices.end(), words[i]) == choices.end()) {
             return std::nullopt;
@@ -89,7 +91,7 @@ std::optional<double> secondsIn(const std::string& text) {
 
 Statement parseStatement(const std::vector<StatementForm>& language, const std::string& text,
                          const std::string& where) {
-    const Words words = wordsOf(text);
+    const Words words = splitWords(text);
     for (const StatementForm& form : language) {
         std::optional<Words> operands = match(form, words);
         if (!operands) continue;
@@ -132,3 +134,5 @@ std::string describe(const std::vector<StatementForm>& language) {
     }
     return text.str();
 }
+
+}  // namespace host

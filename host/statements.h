@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace host {
+
 /**
  * The small languages of `zone` and `config`: one statement an argument, or one a line of a script. A
  * statement is words with blanks between; a word with blanks in it is quoted ("...", with \ before a quote).
@@ -61,3 +63,5 @@ enum ConfigStatement {
     CONFIG_RESTORE,
 };
 const std::vector<StatementForm>& configLanguage();
+
+}  // namespace host

@@ -9,12 +9,14 @@
 #include "host/edits.h"
 #include "zoning/ZoningSession.h"
 
+namespace host {
+
 using namespace datacache;
 
 namespace {
 
-constexpr char client[] = "datacache-host";
-constexpr char held[] = "the fabric's zoning lock and admin rights";
+constexpr char kClient[] = "datacache-host";
+constexpr char kHeld[] = "the fabric's zoning lock and admin rights";
 
 Outcome refused(const char* why) {
     return {false, {{"result", std::string("refused: ") + why}}};
@@ -91,7 +93,7 @@ class ZoneStatements {
 
     Outcome carryOut(const Statement& statement);
 
-    /** Whether a lock is still held; an expired one counts, because the switch may still hold it. */
+    /** Whether a lock is still kHeld; an expired one counts, because the switch may still hold it. */
     bool locked() const { return _zoning.has_value() && _zoning->isOpen(); }
 
   private:
@@ -118,8 +120,8 @@ Outcome ZoneStatements::carryOut(const Statement& statement) {
 }
 
 Outcome ZoneStatements::lock() {
-    _session.setHeld(held);
-    _zoning.emplace(CacheReader().zoning(), client);
+    _session.setHeld(kHeld);
+    _zoning.emplace(CacheReader().zoning(), kClient);
     Outcome outcome = outcomeOf(_zoning->lockOutcome());
     if (locked()) outcome.fields["lockSeconds"] = _zoning->secondsLeft();
     if (!locked()) _session.setHeld("");
@@ -190,3 +192,5 @@ int zoneCommand(Session& session, const HostRequest& request) {
     session.setUndone("");
     return done && good ? EXIT_DONE : EXIT_NOT_DONE;
 }
+
+}  // namespace host

@@ -2,6 +2,8 @@
 #include "datacache/cim_words.h"
 #include "host/areas.h"
 
+namespace host {
+
 using namespace datacache;
 
 namespace {
@@ -104,3 +106,5 @@ void printZoning(std::ostream& out, const Json& area) {
         printMembers(out, alias);
     }
 }
+
+}  // namespace host

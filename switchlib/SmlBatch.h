@@ -9,6 +9,8 @@
 #include "switchlib/ReadFailure.h"
 #include "vexlib/vexlib.h"
 
+namespace datacache {
+
 /**
  * How a loader reads the switch: add keys, read them in one batch, check, take the values as bounded text.
  *
@@ -49,8 +51,10 @@ class SmlBatch {
     bool isTrue(size_t index) const { return text(index) == "True"; }
 
     /** Notes what is wrong with the answer of a record that did not fail. */
-    void note(datacache::ReadFault fault, size_t index) const;
+    void note(ReadFault fault, size_t index) const;
 
   private:
     std::vector<vex_smlrequest_s> _records;
 };
+
+}  // namespace datacache

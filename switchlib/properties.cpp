@@ -27,6 +27,20 @@ char* read(const Property& property) {
     return value;
 }
 
+int32_t readText(const char* key, char** value) {
+    uint32_t extra = 0;
+    return vex_smlGetV(hSwitch, value, &extra, "%s", key);
+}
+
+/** Releases a text and forgets it. A success without a text left nothing to release: that counts as released.
+ */
+int32_t release(char** text) {
+    if (*text == nullptr) return 0;
+    const int32_t result = vex_libFreeMemory(*text);
+    *text = nullptr;
+    return result;
+}
+
 }  // namespace
 
 /*
@@ -68,3 +82,20 @@ char* read(const Property& property) {
 PROPERTIES(DEFINE_GETTER)
 #undef DEFINE_GETTER
 #undef PROPERTIES
+
+int get_Product_Info(char** description, char** symbolicName, char** serialNumber, char** brand) {
+    // A success may come without a text, and what a caller's variable held before is not ours to release.
+    *description = *symbolicName = *serialNumber = *brand = nullptr;
+    int32_t result = readText("Config.Snmp.SysDescr", description);
+    if (result != 0) return result;
+    result = readText("Config.Switch.SymName", symbolicName);
+    if (result != 0) return result;
+    // Required: from here on a failure gives the result of a release, and keeps the description; callers
+    // release the description themselves and look at the texts.
+    if (readText("Config.Mfg.ChassisSerialNum", serialNumber) != 0) return release(symbolicName);
+    if (readText("Config.Mfg.BrandName", brand) != 0) {
+        release(symbolicName);
+        return release(serialNumber);
+    }
+    return 0;
+}

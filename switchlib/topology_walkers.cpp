@@ -6,6 +6,8 @@
 #include "common/number_text.h"
 #include "switchlib/NORV_Vex_Lib.h"
 
+using namespace datacache;
+
 namespace {
 
 /** One key to read, on the stack of a caller that may be C. */

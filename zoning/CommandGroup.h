@@ -6,6 +6,8 @@
 #include "switchlib/NORV_Vex_Lib.h"
 #include "zoning/ZoningOutcome.h"
 
+namespace datacache {
+
 /** A group of commands to the switch, freed with the object. Without memory it sends nothing. */
 class CommandGroup {
   public:
@@ -30,17 +32,19 @@ class CommandGroup {
     }
     /** After a send that failed: the first command that was refused, or the call when it failed as a whole;
      * empty where memory was short and nothing was sent. */
-    datacache::ZoningFailure failure() const noexcept {
+    ZoningFailure failure() const noexcept {
         if (_group == nullptr) return {};
         for (int i = 0; i < _group->count; ++i) {
             char* value = nullptr;
             const uint32_t status = vex_smlGetResult(_group, i, &value);
-            if (status != 0) return datacache::failureOf(boundedText(_group->records[i].key), status);
+            if (status != 0) return failureOf(boundedText(_group->records[i].key), status);
         }
-        return datacache::failureOf("vex_smlSetBatch", _result);
+        return failureOf("vex_smlSetBatch", _result);
     }
 
   private:
     vex_smlmsggroup_s* _group;
     int32_t _result = 0;
 };
+
+}  // namespace datacache

@@ -18,6 +18,15 @@ namespace datacache {
 /** How long the fabric's lock is good for, in seconds from ZoningCache::ZoningLock(). */
 constexpr long kZoningLockSeconds = 90;
 
+/** Results of the zoning edits. */
+enum ZoningResult : uint32_t {
+    ZONING_DONE = 0,
+    ZONING_INVALID = 1,    ///< a name or member text that the switch library refuses to create or parse
+    ZONING_NOT_FOUND = 2,  ///< the zone, alias, zoneset or member named does not exist
+    ZONING_EXISTS = 3,
+    ZONING_FAILED = 4,  ///< a limit is reached, or a call of the switch library failed
+};
+
 class ZoningSession;
 
 }  // namespace datacache
@@ -27,15 +36,6 @@ enum _ZoneSetTypes : int32_t {
     ZONESET_ACTIVE = 0,   ///< in force in the fabric; at most one
     ZONESET_INACTIVE = 1, /**< configured on the switch */
     ZONESET_UBER = 2,     ///< the one container of every zone and every alias of the database
-};
-
-/** Results of the zoning edits. */
-enum ZoningResult : uint32_t {
-    ZONING_DONE = 0,
-    ZONING_INVALID = 1,    ///< a name or member text that the switch library refuses to create or parse
-    ZONING_NOT_FOUND = 2,  ///< the zone, alias, zoneset or member named does not exist
-    ZONING_EXISTS = 3,
-    ZONING_FAILED = 4,  ///< a limit is reached, or a call of the switch library failed
 };
 
 /** A held zoneset: an object of vexlib, which whoever removes the entry destroys. */

@@ -7,6 +7,8 @@
 
 #include "vexlib/vexlib.h"
 
+namespace datacache {
+
 /**
  * How zoning speaks with the switch library: names read with a bound, and one table each for the calls that
  * zones and aliases have alike, so that what is done to both is written once.
@@ -61,14 +63,14 @@ struct ContainerCalls {
 #define DC_NAMED(call) \
     { call, #call }
 
-inline constexpr ContainerCalls zoneCalls = {
+inline constexpr ContainerCalls kZoneCalls = {
     DC_NAMED(vex_ZonesetGetZoneCount), DC_NAMED(vex_ZonesetListZones),   DC_NAMED(vex_ZonesetFindZone),
     DC_NAMED(vex_ZonesetAddZone),      DC_NAMED(vex_ZonesetRemoveZone),  DC_NAMED(vex_ZoneDestroy),
     DC_NAMED(vex_ZoneGetName),         DC_NAMED(vex_ZoneGetMemberCount), DC_NAMED(vex_ZoneListMembers),
     DC_NAMED(vex_ZoneFindMember),      DC_NAMED(vex_ZoneAddMember),      DC_NAMED(vex_ZoneDeleteMember),
 };
 
-inline constexpr ContainerCalls aliasCalls = {
+inline constexpr ContainerCalls kAliasCalls = {
     DC_NAMED(vex_ZonesetGetAliasCount), DC_NAMED(vex_ZonesetListAliases),
     DC_NAMED(vex_ZonesetFindAlias),     DC_NAMED(vex_ZonesetAddAlias),
     DC_NAMED(vex_ZonesetRemoveAlias),   DC_NAMED(vex_ZoneAliasDestroy),
@@ -78,3 +80,5 @@ inline constexpr ContainerCalls aliasCalls = {
 };
 
 #undef DC_NAMED
+
+}  // namespace datacache

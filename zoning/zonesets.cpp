@@ -1,6 +1,8 @@
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
 
+using namespace datacache;
+
 namespace {
 
 constexpr const char* kActiveKey = "[ActiveZoneSetKey]";

@@ -4,6 +4,8 @@
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
 
+using namespace datacache;
+
 namespace {
 
 /** What stops a commit, with the call of the switch library that failed. */
@@ -46,25 +48,25 @@ void addMemberCommands(CommandGroup& group, const ContainerCalls& calls, void* c
 }
 
 void addAliasCommands(CommandGroup& group, void* uber) {
-    const int32_t count = counted(aliasCalls.count, uber, __LINE__);
+    const int32_t count = counted(kAliasCalls.count, uber, __LINE__);
     for (int32_t i = 0; i < count; ++i) {
-        void* alias = listed(aliasCalls.list, uber, i, __LINE__);
-        const std::string prefix = "Cmd.Zoning.Alias." + nameOf(aliasCalls.getName, alias, __LINE__);
+        void* alias = listed(kAliasCalls.list, uber, i, __LINE__);
+        const std::string prefix = "Cmd.Zoning.Alias." + nameOf(kAliasCalls.getName, alias, __LINE__);
         group.add(prefix + ".Create");
-        addMemberCommands(group, aliasCalls, alias, prefix);
+        addMemberCommands(group, kAliasCalls, alias, prefix);
     }
 }
 
 void addZoneCommands(CommandGroup& group, void* uber) {
-    const int32_t count = counted(zoneCalls.count, uber, __LINE__);
+    const int32_t count = counted(kZoneCalls.count, uber, __LINE__);
     for (int32_t i = 0; i < count; ++i) {
-        void* zone = listed(zoneCalls.list, uber, i, __LINE__);
-        const std::string prefix = "Cmd.Zoning.Zone." + nameOf(zoneCalls.getName, zone, __LINE__);
+        void* zone = listed(kZoneCalls.list, uber, i, __LINE__);
+        const std::string prefix = "Cmd.Zoning.Zone." + nameOf(kZoneCalls.getName, zone, __LINE__);
         vex_fzs_zone_type_e type{};
         if (vex_ZoneGetType(zone, &type) != 0) throw Inconsistent(__LINE__, "vex_ZoneGetType");
         group.add(prefix + ".Create");
         group.add(prefix + ".ZoneType." + ZoningCache::vex_smlCnvFromVEXZoneType(type));
-        addMemberCommands(group, zoneCalls, zone, prefix);
+        addMemberCommands(group, kZoneCalls, zone, prefix);
     }
 }
 
@@ -72,10 +74,10 @@ void addZonesetCommands(CommandGroup& group, void* zoneset) {
     const std::string prefix =
         "Cmd.Zoning.ZoneSet." + nameOf({vex_ZonesetGetName, "vex_ZonesetGetName"}, zoneset, __LINE__);
     group.add(prefix + ".Create");
-    const int32_t count = counted(zoneCalls.count, zoneset, __LINE__);
+    const int32_t count = counted(kZoneCalls.count, zoneset, __LINE__);
     for (int32_t i = 0; i < count; ++i) {
-        void* zone = listed(zoneCalls.list, zoneset, i, __LINE__);
-        group.add(prefix + ".AddZone." + nameOf(zoneCalls.getName, zone, __LINE__));
+        void* zone = listed(kZoneCalls.list, zoneset, i, __LINE__);
+        group.add(prefix + ".AddZone." + nameOf(kZoneCalls.getName, zone, __LINE__));
     }
 }
 
@@ -110,7 +112,7 @@ int ZoningCache::replaceZoningDB() {
         group.add("Cmd.Switch.RelAdmin");
     } catch (const Inconsistent& error) {
         logException(error);
-        _failure = datacache::failureOf(error.call);
+        _failure = failureOf(error.call);
         return 0;
     }
     if (!group.ok()) return 0;

@@ -2,6 +2,8 @@
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
 
+using namespace datacache;
+
 namespace {
 
 void dumpMembers(const ContainerCalls& calls, void* container) {
@@ -26,14 +28,14 @@ void dumpZones(void* zoneset) {
         } else {
             cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d]   Zone: %s\n", "ZoningCache", "dump", __LINE__,
                     name.c_str());
-            dumpMembers(zoneCalls, zone);
+            dumpMembers(kZoneCalls, zone);
         }
     }
 }
 
 /** Required: members only, without the names of the aliases. */
 void dumpAliases(void* uber) {
-    const int32_t count = aliasCalls.countIn(uber);
+    const int32_t count = kAliasCalls.countIn(uber);
     for (int32_t i = 0; i < count; ++i) {
         void* alias = vex_ZonesetListAliases(uber, i);
         std::string name;
@@ -43,7 +45,7 @@ void dumpAliases(void* uber) {
             cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d]    Alias : Can't get name\n", "ZoningCache", "dump",
                     __LINE__);
         } else {
-            dumpMembers(aliasCalls, alias);
+            dumpMembers(kAliasCalls, alias);
         }
     }
 }

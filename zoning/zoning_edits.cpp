@@ -5,7 +5,7 @@
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
 
-using datacache::ZoningFailure;
+using namespace datacache;
 
 namespace {
 
@@ -46,7 +46,7 @@ struct Database {
 /** Notes which call stopped an edit. */
 uint32_t failed(ZoningFailure& failure, const char* call, int32_t returned = 0,
                 uint32_t code = ZONING_FAILED) {
-    failure = datacache::failureOf(call, returned);
+    failure = failureOf(call, returned);
     return code;
 }
 
@@ -189,11 +189,11 @@ constexpr const char* kTemporaryName = "^_-_-_-_TMPZONE_-_-_-_^";
 uint32_t ZoningCache::createZoneAlias(char* name) {
     const AccessGuard guard;
     if (aliasLimitAtMax()) return ZONING_FAILED;
-    if (aliasCalls.findIn(_uberZoneset, given(name)) != nullptr) return ZONING_EXISTS;
+    if (kAliasCalls.findIn(_uberZoneset, given(name)) != nullptr) return ZONING_EXISTS;
     void* alias = vex_ZoneAliasCreate(given(name));
     // Required: a bad name is ZONING_FAILED here, where a zone's is ZONING_INVALID.
     if (alias == nullptr) return failed(_failure, "vex_ZoneAliasCreate");
-    const uint32_t result = addOrDestroy(_failure, aliasCalls, _uberZoneset, alias);
+    const uint32_t result = addOrDestroy(_failure, kAliasCalls, _uberZoneset, alias);
     if (result == ZONING_DONE) updateZoningCounts();
     return result;
 }
@@ -201,7 +201,7 @@ uint32_t ZoningCache::createZoneAlias(char* name) {
 uint32_t ZoningCache::createZone(char* name, vex_fzs_zone_type_e type) {
     const AccessGuard guard;
     if (zoneLimitAtMax()) return ZONING_FAILED;
-    if (zoneCalls.findIn(_uberZoneset, given(name)) != nullptr) return ZONING_EXISTS;
+    if (kZoneCalls.findIn(_uberZoneset, given(name)) != nullptr) return ZONING_EXISTS;
     void* zone = vex_ZoneCreate(given(name));
     if (zone == nullptr) return failed(_failure, "vex_ZoneCreate", 0, ZONING_INVALID);
     const int32_t typed = vex_ZoneSetType(zone, type);
@@ -209,7 +209,7 @@ uint32_t ZoningCache::createZone(char* name, vex_fzs_zone_type_e type) {
         vex_ZoneDestroy(&zone);
         return failed(_failure, "vex_ZoneSetType", typed);
     }
-    const uint32_t result = addOrDestroy(_failure, zoneCalls, _uberZoneset, zone);
+    const uint32_t result = addOrDestroy(_failure, kZoneCalls, _uberZoneset, zone);
     if (result == ZONING_DONE) updateZoningCounts();
     return result;
 }
@@ -230,12 +230,12 @@ uint32_t ZoningCache::createZoneset(char* name) {
 
 uint32_t ZoningCache::removeZone(char* name) {
     const AccessGuard guard;
-    return removeEverywhere({*this, _uberZoneset, _zonesets, _failure}, zoneCalls, kRemoveZone, given(name));
+    return removeEverywhere({*this, _uberZoneset, _zonesets, _failure}, kZoneCalls, kRemoveZone, given(name));
 }
 
 uint32_t ZoningCache::removeZoneAlias(char* name) {
     const AccessGuard guard;
-    return removeEverywhere({*this, _uberZoneset, _zonesets, _failure}, aliasCalls, kRemoveZoneAlias,
+    return removeEverywhere({*this, _uberZoneset, _zonesets, _failure}, kAliasCalls, kRemoveZoneAlias,
                             given(name));
 }
 
@@ -250,25 +250,25 @@ uint32_t ZoningCache::removeZoneset(char* name) {
 
 uint32_t ZoningCache::addMemberToZone(char* zone, vex_fzs_zonemember_type_e type, char* member) {
     const AccessGuard guard;
-    return addMember({*this, _uberZoneset, _zonesets, _failure}, zoneCalls, kAddMemberToZone, given(zone),
+    return addMember({*this, _uberZoneset, _zonesets, _failure}, kZoneCalls, kAddMemberToZone, given(zone),
                      type, member, &ZoningCache::membersPerZoneAtMax);
 }
 
 uint32_t ZoningCache::addMemberToZoneAlias(char* alias, vex_fzs_zonemember_type_e type, char* member) {
     const AccessGuard guard;
-    return addMember({*this, _uberZoneset, _zonesets, _failure}, aliasCalls, kAddMemberToZoneAlias,
+    return addMember({*this, _uberZoneset, _zonesets, _failure}, kAliasCalls, kAddMemberToZoneAlias,
                      given(alias), type, member, &ZoningCache::membersPerAliasAtMax);
 }
 
 uint32_t ZoningCache::removeMemberFromZone(char* zone, vex_fzs_zonemember_type_e type, char* member) {
     const AccessGuard guard;
-    return removeMemberFrom({*this, _uberZoneset, _zonesets, _failure}, zoneCalls, kRemoveMemberFromZone,
+    return removeMemberFrom({*this, _uberZoneset, _zonesets, _failure}, kZoneCalls, kRemoveMemberFromZone,
                             given(zone), type, member);
 }
 
 uint32_t ZoningCache::removeMemberFromZoneAlias(char* alias, vex_fzs_zonemember_type_e type, char* member) {
     const AccessGuard guard;
-    return removeMemberFrom({*this, _uberZoneset, _zonesets, _failure}, aliasCalls,
+    return removeMemberFrom({*this, _uberZoneset, _zonesets, _failure}, kAliasCalls,
                             kRemoveMemberFromZoneAlias, given(alias), type, member);
 }
 
@@ -279,9 +279,9 @@ uint32_t ZoningCache::removeMember(vex_fzs_zonemember_type_e type, char* member)
     const uint32_t parsed = wanted.parse(database.failure, member);
     if (parsed != ZONING_DONE) return parsed;
     return repeat(database, kRemoveMember, [&](void* zoneset) {
-        const uint32_t result = purge(database.failure, zoneCalls, zoneset, wanted, "Deletion failed");
+        const uint32_t result = purge(database.failure, kZoneCalls, zoneset, wanted, "Deletion failed");
         if (result != ZONING_DONE) return result;
-        return purge(database.failure, aliasCalls, zoneset, wanted, "Alias Deletion failed");
+        return purge(database.failure, kAliasCalls, zoneset, wanted, "Alias Deletion failed");
     });
 }
 
@@ -291,8 +291,8 @@ uint32_t ZoningCache::addZoneToZoneset(char* zoneset, char* zone) {
     void* target = getZoneset(zoneset, type);
     if (target == nullptr) return ZONING_NOT_FOUND;
     if (zonesPerZonesetAtMax(target)) return ZONING_FAILED;
-    if (zoneCalls.findIn(target, given(zone)) != nullptr) return ZONING_EXISTS;
-    void* original = zoneCalls.findIn(_uberZoneset, given(zone));
+    if (kZoneCalls.findIn(target, given(zone)) != nullptr) return ZONING_EXISTS;
+    void* original = kZoneCalls.findIn(_uberZoneset, given(zone));
     if (original == nullptr) return ZONING_NOT_FOUND;
     void* copy = vex_ZoneCreateCopy(original, kTemporaryName);
     if (copy == nullptr) return failed(_failure, "vex_ZoneCreateCopy");
@@ -302,7 +302,7 @@ uint32_t ZoningCache::addZoneToZoneset(char* zoneset, char* zone) {
         return failed(_failure, "vex_ZoneSetName", named);
     }
     // Without counting anew: the counts are of the uber zoneset, which does not change.
-    return addOrDestroy(_failure, zoneCalls, target, copy);
+    return addOrDestroy(_failure, kZoneCalls, target, copy);
 }
 
 uint32_t ZoningCache::removeZoneFromZoneset(char* zoneset, char* zone) {
@@ -310,7 +310,7 @@ uint32_t ZoningCache::removeZoneFromZoneset(char* zoneset, char* zone) {
     _ZoneSetTypes type = ZONESET_INACTIVE;
     void* target = getZoneset(zoneset, type);
     if (target == nullptr) return ZONING_NOT_FOUND;
-    void* found = zoneCalls.findIn(target, given(zone));
+    void* found = kZoneCalls.findIn(target, given(zone));
     if (found == nullptr) return ZONING_NOT_FOUND;
-    return attempt(_failure, zoneCalls.remove, target, found);
+    return attempt(_failure, kZoneCalls.remove, target, found);
 }

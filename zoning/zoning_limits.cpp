@@ -6,7 +6,7 @@
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
 
-using datacache::ZoningLimit;
+using namespace datacache;
 
 namespace {
 
@@ -62,7 +62,7 @@ int ZoningCache::updateZoningCounts() {
             return entry.second.type == ZONESET_INACTIVE;
         }));
     _memberCount = 0;
-    _zoneCount = zoneCalls.countIn(_uberZoneset);
+    _zoneCount = kZoneCalls.countIn(_uberZoneset);
     for (int32_t i = 0; i < _zoneCount; ++i) {
         void* zone = vex_ZonesetListZones(_uberZoneset, i);
         if (zone == nullptr) continue;
@@ -72,7 +72,7 @@ int ZoningCache::updateZoningCounts() {
     }
     // Required: the members of an alias count here once more, after each zone that names it; the member limit
     // is measured against this generous count.
-    _aliasCount = aliasCalls.countIn(_uberZoneset);
+    _aliasCount = kAliasCalls.countIn(_uberZoneset);
     for (int32_t i = 0; i < _aliasCount; ++i) {
         void* alias = vex_ZonesetListAliases(_uberZoneset, i);
         if (alias != nullptr) _memberCount = plus(_memberCount, vex_ZoneAliasGetMemberCount(alias));

@@ -4,8 +4,7 @@
 #include "switchlib/uptime_seconds.h"
 #include "zoning/ZoningCache.h"
 
-using datacache::ReadFault;
-using datacache::ReadTrace;
+using namespace datacache;
 
 namespace {
 

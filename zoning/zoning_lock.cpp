@@ -6,9 +6,11 @@
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
 
+using namespace datacache;
+
 int ZoningCache::ZoningLock(char* lockId) {
     const AccessGuard guard;
-    datacache::ZoningFailure failure;
+    ZoningFailure failure;
     {
         CommandGroup group(2);
         if (!group.ok()) return 0;
@@ -49,7 +51,7 @@ bool ZoningCache::LockIdOK(char* lockId, bool& expired) {
     expired = false;
     if (!_lockHeld || _lockId != given(lockId)) return false;
     const long elapsed = uptimeSeconds() - _lockTime;
-    if (elapsed <= datacache::kZoningLockSeconds) return true;
+    if (elapsed <= kZoningLockSeconds) return true;
     // Required: the lock still counts as held; its holder decides what becomes of it.
     cim_log(CIM_LOG_TRACE, "DCACHE: fabric lock interval expired at %lds\n", elapsed);
     expired = true;

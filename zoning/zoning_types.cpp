@@ -1,5 +1,7 @@
 #include "zoning/ZoningCache.h"
 
+using namespace datacache;
+
 vex_fzs_zonemember_type_e ZoningCache::CIMMemberTypeToVexlib(int type) {
     const AccessGuard guard;
     switch (type) {

@@ -21,8 +21,10 @@
 #include <vector>
 
 #include "common/cim_log.h"
+#include "common/log_hooks.h"
 #include "common/log_prefix.h"
-#include "common/log_writer.h"
+
+using namespace datacache;
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;

@@ -7,6 +7,8 @@
 #include "common/bounded_text.h"
 #include "common/number_text.h"
 
+using namespace datacache;
+
 namespace {
 
 TEST(Text, WritesBytesAsDigits) {

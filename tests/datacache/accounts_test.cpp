@@ -1,4 +1,4 @@
-#include "datacache/account_changes.h"
+#include "datacache/accounts_load.h"
 #include "tests/support/CacheTest.h"
 
 namespace {

@@ -5,6 +5,8 @@
 
 #include "datacache/DataCache.h"
 
+using namespace datacache;
+
 namespace {
 
 TEST(CimStatus, OfTheSwitchEndsWithItsFaults) {

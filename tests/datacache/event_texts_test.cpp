@@ -8,7 +8,9 @@
 #include <stdexcept>
 #include <vector>
 
-#include "datacache/text_scan.h"
+#include "datacache/TextScan.h"
+
+using namespace datacache;
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "common/log_writer.h"
+#include "common/log_hooks.h"
 #include "datacache/CacheReader.h"
 #include "datacache/HealthMonitor.h"
 #include "tests/support/Allocations.h"

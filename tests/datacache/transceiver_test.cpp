@@ -1,7 +1,7 @@
 #include <functional>
 #include <stdexcept>
 
-#include "datacache/media_data.h"
+#include "datacache/transceivers.h"
 #include "tests/support/CacheTest.h"
 
 namespace {

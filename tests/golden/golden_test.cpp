@@ -6,7 +6,7 @@
 #include <map>
 #include <sstream>
 
-#include "common/log_writer.h"
+#include "common/log_hooks.h"
 #include "datacache/CacheReader.h"
 #include "datacache/event_text.h"
 #include "host/areas.h"
@@ -180,7 +180,7 @@ class Golden : public CacheTest, public ::testing::WithParamInterface<std::strin
 
 std::string Golden::show(const std::string& area) {
     std::ostringstream out;
-    printAreas(out, readAreas(area), false);
+    host::printAreas(out, host::readAreas(area), false);
     return out.str();
 }
 

@@ -2,6 +2,8 @@
 
 #include "datacache/DataCache.h"
 
+using namespace datacache;  // for every test that includes this
+
 /** The private rooms of the cache, for tests of what its face does not tell. The caller holds the access
  * lock. */
 class CachePeer {

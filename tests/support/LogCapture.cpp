@@ -6,7 +6,9 @@
 #include <mutex>
 #include <utility>
 
-#include "common/log_writer.h"
+#include "common/log_hooks.h"
+
+using namespace datacache;
 
 namespace {
 

@@ -6,6 +6,8 @@
 #include "switchlib/SmlBatch.h"
 #include "tests/support/CacheTest.h"
 
+using namespace datacache;
+
 namespace {
 
 using ::testing::ElementsAre;

@@ -1,4 +1,4 @@
-#include "common/log_writer.h"
+#include "common/LogWriter.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,17 +12,19 @@
 
 #include "common/cim_log.h"
 
+namespace datacache {
+
 namespace {
 
 static_assert(kLogPrefixRoom < LogWriter::kLongestLine, "the prefix leaves room for a message");
 
-void set_close_on_exec(int file) {
+void setCloseOnExec(int file) {
     const int flags = fcntl(file, F_GETFD);
     if (flags != -1 && (flags & FD_CLOEXEC) != 0) return;
     if (fcntl(file, F_SETFD, FD_CLOEXEC) == -1) syslog(LOG_INFO, "fcntl failed, errno = %d\n", errno);
 }
 
-int open_emptied(const char* path) {
+int openEmptied(const char* path) {
     if (path == nullptr) return -1;
     // Never through a link that somebody else left there, nor waiting for the reader of a FIFO.
     const int flags = O_RDWR | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
@@ -30,17 +32,17 @@ int open_emptied(const char* path) {
     do {
         file = open(path, flags, 0666);
     } while (file == -1 && errno == EINTR);
-    if (file != -1) set_close_on_exec(file);
+    if (file != -1) setCloseOnExec(file);
     return file;
 }
 
-void close_file(int& file) {
+void closeFile(int& file) {
     if (file != -1) close(file);
     file = -1;
 }
 
 /** Writes it all unless there is an error, which is ignored: there is nowhere to report it. */
-void write_whole(int file, const char* text, std::size_t length) {
+void writeWhole(int file, const char* text, std::size_t length) {
     while (length > 0) {
         const ssize_t written = ::write(file, text, length);
         if (written == -1 && errno == EINTR) continue;
@@ -54,22 +56,22 @@ void write_whole(int file, const char* text, std::size_t length) {
 class GenerationName {
   public:
     GenerationName(const char* path, int generation) {
-        std::snprintf(name_, sizeof name_, "%s.%d", path, generation);
+        std::snprintf(_name, sizeof _name, "%s.%d", path, generation);
     }
-    const char* c_str() const { return name_; }
+    const char* c_str() const { return _name; }
 
   private:
-    char name_[100];
+    char _name[100];
 };
 
 }  // namespace
 
 void LogWriter::write(unsigned int level, std::string_view ids, const char* format, std::va_list arguments) {
-    const int callers_errno = errno;
+    const int callersErrno = errno;
     timeval now{};
     gettimeofday(&now, nullptr);
-    const std::size_t message = put_log_prefix(_line, _second.text(now.tv_sec), now.tv_usec / 1000, ids);
-    errno = callers_errno;  // for %m
+    const std::size_t message = putLogPrefix(_line, _second.text(now.tv_sec), now.tv_usec / 1000, ids);
+    errno = callersErrno;  // for %m
     const int formatted = std::vsnprintf(_line + message, sizeof _line - message, format, arguments);
     // A message that cannot be formatted leaves the prefix alone on the line.
     const std::size_t wanted = message + static_cast<std::size_t>(std::max(formatted, 0));
@@ -81,53 +83,55 @@ void LogWriter::write(unsigned int level, std::string_view ids, const char* form
     if (_main == -1) openFiles();
     // Before the rotation, which empties the critical file: a critical line that rotates stays in the main
     // file only.
-    if ((level & CIM_LOG_CRITICAL) != 0 && _critical != -1) write_whole(_critical, _line, length);
+    if ((level & CIM_LOG_CRITICAL) != 0 && _critical != -1) writeWhole(_critical, _line, length);
     if (_lines == kLinesPerFile) {
         _lines = 0;  // Required: the line that rotates is not counted, so every later file takes 1001.
         rotate();
     } else {
         ++_lines;
     }
-    if (_main != -1) write_whole(_main, _line, length);
-    if (_observer != nullptr) _observer(_observer_context, level, _line, length, message);
-    errno = callers_errno;
+    if (_main != -1) writeWhole(_main, _line, length);
+    if (_observer != nullptr) _observer(_observerContext, level, _line, length, message);
+    errno = callersErrno;
 }
 
 void LogWriter::closeFiles() {
-    close_file(_main);
-    close_file(_critical);
+    closeFile(_main);
+    closeFile(_critical);
 }
 
-void LogWriter::redirect(const char* main_path, const char* critical_path) {
+void LogWriter::redirect(const char* mainPath, const char* criticalPath) {
     closeFiles();
-    _main_path = main_path;
-    _critical_path = critical_path;
+    _mainPath = mainPath;
+    _criticalPath = criticalPath;
     _lines = 0;
 }
 
 void LogWriter::observe(LogObserver observer, void* context) {
     _observer = observer;
-    _observer_context = context;
+    _observerContext = context;
 }
 
 void LogWriter::openFiles() {
     const mode_t previous = umask(0);
-    if (_main == -1) _main = open_emptied(_main_path);
-    if (_critical == -1) _critical = open_emptied(_critical_path);
+    if (_main == -1) _main = openEmptied(_mainPath);
+    if (_critical == -1) _critical = openEmptied(_criticalPath);
     umask(previous);
 }
 
 void LogWriter::rotate() {
     closeFiles();
-    if (_main_path != nullptr) shiftGenerations();
+    if (_mainPath != nullptr) shiftGenerations();
     openFiles();  // Required: a rotation empties the critical file too.
 }
 
 void LogWriter::shiftGenerations() {
-    unlink(GenerationName(_main_path, kGenerations).c_str());
+    unlink(GenerationName(_mainPath, kGenerations).c_str());
     for (int generation = kGenerations; generation > 1; --generation) {
-        std::rename(GenerationName(_main_path, generation - 1).c_str(),
-                    GenerationName(_main_path, generation).c_str());
+        std::rename(GenerationName(_mainPath, generation - 1).c_str(),
+                    GenerationName(_mainPath, generation).c_str());
     }
-    std::rename(_main_path, GenerationName(_main_path, 1).c_str());
+    std::rename(_mainPath, GenerationName(_mainPath, 1).c_str());
 }
+
+}  // namespace datacache

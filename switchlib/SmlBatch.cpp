@@ -7,8 +7,7 @@
 #include "switchlib/ReadTrace.h"
 #include "switchlib/SmlBatch.h"
 
-using datacache::ReadFault;
-using datacache::ReadTrace;
+using namespace datacache;
 
 namespace {
 

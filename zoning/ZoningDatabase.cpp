@@ -1,10 +1,7 @@
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
 
-using datacache::ZoningAlias;
-using datacache::ZoningDatabase;
-using datacache::ZoningMember;
-using datacache::ZoningZone;
+using namespace datacache;
 
 namespace {
 
@@ -20,18 +17,18 @@ class Reader {
     }
 
     std::vector<ZoningZone> zones(void* zoneset) {
-        return all<ZoningZone>(zoneCalls.count, zoneCalls.list, zoneset, [this](void* zone) {
+        return all<ZoningZone>(kZoneCalls.count, kZoneCalls.list, zoneset, [this](void* zone) {
             ZoningZone copy;
             copy.name = name(vex_ZoneGetName, zone);
             note(vex_ZoneGetType(zone, &copy.type) == 0);
-            copy.members = members(zoneCalls, zone);
+            copy.members = members(kZoneCalls, zone);
             return copy;
         });
     }
 
     std::vector<ZoningAlias> aliases(void* zoneset) {
-        return all<ZoningAlias>(aliasCalls.count, aliasCalls.list, zoneset, [this](void* alias) {
-            return ZoningAlias{name(vex_ZoneAliasGetName, alias), members(aliasCalls, alias)};
+        return all<ZoningAlias>(kAliasCalls.count, kAliasCalls.list, zoneset, [this](void* alias) {
+            return ZoningAlias{name(vex_ZoneAliasGetName, alias), members(kAliasCalls, alias)};
         });
     }
 

@@ -1,6 +1,8 @@
-#include "datacache/text_scan.h"
+#include "datacache/TextScan.h"
 
 #include "common/number_text.h"
+
+namespace datacache {
 
 namespace {
 
@@ -56,3 +58,5 @@ TextScan& TextScan::literal(char character) {
     }
     return *this;
 }
+
+}  // namespace datacache

@@ -6,12 +6,12 @@ namespace datacache {
 
 namespace {
 
-pthread_mutex_t health_mutex = PTHREAD_MUTEX_INITIALIZER;
+pthread_mutex_t healthMutex = PTHREAD_MUTEX_INITIALIZER;
 
 class DC_SCOPED_CAPABILITY HealthGuard {
   public:
-    HealthGuard() DC_ACQUIRE(health_lock) { pthread_mutex_lock(&health_mutex); }
-    ~HealthGuard() DC_RELEASE() { pthread_mutex_unlock(&health_mutex); }
+    HealthGuard() DC_ACQUIRE(healthLock) { pthread_mutex_lock(&healthMutex); }
+    ~HealthGuard() DC_RELEASE() { pthread_mutex_unlock(&healthMutex); }
     HealthGuard(const HealthGuard&) = delete;
     HealthGuard& operator=(const HealthGuard&) = delete;
 };

@@ -5,19 +5,11 @@
 #include <string_view>
 
 #include "common/export.h"
+#include "common/log_hooks.h"
 #include "common/log_prefix.h"
 #include "common/thread_annotations.h"
 
-/** The log mutex, the library's innermost lock: held while a line is written and around a fork. */
-extern LockToken log_lock;
-
-/**
- * Sees each finished line after it was written: `length` bytes, prefix included, whose message begins at
- * `message` (0 to length). Called with the log mutex held; it must not log, and must not keep `line`, which
- * is not necessarily terminated by a line feed but always by a zero byte at line[length].
- */
-using LogObserver = void (*)(void* context, unsigned int level, const char* line, std::size_t length,
-                             std::size_t message);
+namespace datacache {
 
 /**
  * Writes log lines to a main file, rotated every 1000 lines through five generations, and to a critical
@@ -43,47 +35,39 @@ class LogWriter {
      * The paths are not copied and outlive the object; the main path has at most 97 characters. Null means
      * no such file. Never a device: a rotation renames whatever the main path names.
      */
-    constexpr LogWriter(const char* main_path, const char* critical_path)
-        : _main_path(main_path), _critical_path(critical_path) {}
+    constexpr LogWriter(const char* mainPath, const char* criticalPath)
+        : _mainPath(mainPath), _criticalPath(criticalPath) {}
 
     /**
      * Formats one line behind its prefix, with `ids` as "PID/TID ", and writes it to the files that `level`
      * asks for. Keeps errno, and shows the caller's to the format.
      */
     void write(unsigned int level, std::string_view ids, const char* format, std::va_list arguments)
-        DC_PRINTF(4, 0) DC_REQUIRES(log_lock);
+        DC_PRINTF(4, 0) DC_REQUIRES(logLock);
 
     /** Closes the files, which the next line opens, and so empties, again. */
-    void closeFiles() DC_REQUIRES(log_lock);
+    void closeFiles() DC_REQUIRES(logLock);
 
     /** Goes on at other paths, with a new count of lines. */
-    void redirect(const char* main_path, const char* critical_path) DC_REQUIRES(log_lock);
+    void redirect(const char* mainPath, const char* criticalPath) DC_REQUIRES(logLock);
 
     /** Sets or, with null, takes away the observer. */
-    void observe(LogObserver observer, void* context) DC_REQUIRES(log_lock);
+    void observe(LogObserver observer, void* context) DC_REQUIRES(logLock);
 
   private:
-    void openFiles() DC_REQUIRES(log_lock);
-    void rotate() DC_REQUIRES(log_lock);
-    void shiftGenerations() DC_REQUIRES(log_lock);
+    void openFiles() DC_REQUIRES(logLock);
+    void rotate() DC_REQUIRES(logLock);
+    void shiftGenerations() DC_REQUIRES(logLock);
 
     int _main = -1;
     int _critical = -1;
     unsigned int _lines = 0;
-    const char* _main_path;
-    const char* _critical_path;
+    const char* _mainPath;
+    const char* _criticalPath;
     LogObserver _observer = nullptr;
-    void* _observer_context = nullptr;
+    void* _observerContext = nullptr;
     LogSecond _second;
     char _line[kLongestLine + 1] = {};
 };
 
-/** What cim_log() and DataCacheLogger() share: one line of the process's log. */
-void writeLog(unsigned int level, const char* format, std::va_list arguments) DC_PRINTF(2, 0)
-    DC_EXCLUDES(log_lock);
-
-/** For tests: moves the process's log to two other paths, which are not copied, or with null to nowhere. */
-void redirectLog(const char* main_path, const char* critical_path) DC_EXCLUDES(log_lock);
-
-/** For tests: observes the process's log, until null is set; the observer before is not called any more. */
-void observeLog(LogObserver observer, void* context) DC_EXCLUDES(log_lock);
+}  // namespace datacache

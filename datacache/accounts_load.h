@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace datacache {
+
 /** What became of a list of account names. */
 struct AccountChanges {
     std::vector<std::string> added;    ///< in the order of the new list
@@ -14,3 +16,5 @@ struct AccountChanges {
  * occurrence in the new list takes up one in the old list, the first that is left.
  */
 AccountChanges compareAccounts(const std::vector<std::string>& before, const std::vector<std::string>& now);
+
+}  // namespace datacache

@@ -10,6 +10,8 @@
 
 class DataCacheEvent;
 
+namespace host {
+
 /** An event of the cache, as it was when the callback ran. */
 struct HostEvent {
     timespec time;     ///< CLOCK_REALTIME
@@ -54,3 +56,5 @@ class EventQueue {
 
 /** Prints an event on one line and flushes: as text with the local time, or as JSON with "time" in front. */
 void printEvent(std::ostream& out, const HostEvent& event, bool json);
+
+}  // namespace host

@@ -6,9 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "host/event_queue.h"
+#include "host/EventQueue.h"
 #include "host/request.h"
 #include "simulator/vexsim.h"
+
+namespace host {
 
 /**
  * The controls of the simulated switch, where the provider of vexlib has them. A real library has none, and
@@ -115,3 +117,5 @@ class Session {
     std::atomic<bool> _finishing{false};
     std::atomic_flag _leaving = ATOMIC_FLAG_INIT;  ///< one thread ends the process
 };
+
+}  // namespace host

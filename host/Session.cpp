@@ -1,4 +1,4 @@
-#include "host/session.h"
+#include "host/Session.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -12,6 +12,8 @@
 #include "datacache/DataCache.h"
 #include "host/areas.h"
 #include "host/request.h"
+
+namespace host {
 
 namespace {
 
@@ -61,7 +63,7 @@ bool SimulatedSwitch::scenarioOver() const {
 
 namespace {
 
-constexpr int retrySeconds = 10;  ///< the cache's own
+constexpr int kRetrySeconds = 10;  ///< the cache's own
 
 sigset_t endingSignals() {
     sigset_t signals;
@@ -111,13 +113,13 @@ void Session::start() {
 }
 
 void Session::watchSignals() {
-    constexpr timespec grace{0, 500'000'000};
+    constexpr timespec kGrace{0, 500'000'000};
     const sigset_t signals = endingSignals();
     int signal = 0;
     while (sigwait(&signals, &signal) != 0) {
     }
     _queue.interrupt(signal);
-    while (sigtimedwait(&signals, nullptr, &grace) == -1 && (_finishing || errno == EINTR)) {
+    while (sigtimedwait(&signals, nullptr, &kGrace) == -1 && (_finishing || errno == EINTR)) {
     }
     if (_leaving.test_and_set()) return;
     leaveInterrupted();
@@ -130,7 +132,7 @@ void Session::reportConnection() {
     if (started()) {
         _reported = true;
         if (_notices > 0) std::cerr << "datacache-host: connected after " << whole << " s" << std::endl;
-    } else if (seconds > 1 + retrySeconds * _notices) {
+    } else if (seconds > 1 + kRetrySeconds * _notices) {
         std::cerr << "datacache-host: no connection to the switch "
                   << (_notices == 0 ? "yet; trying every 10 seconds"
                                     : "for " + std::to_string(whole) + " s; still trying every 10 seconds")
@@ -222,3 +224,5 @@ void Session::leave(int status) {
     if (interrupted()) leaveInterrupted();
     _exit(status);
 }
+
+}  // namespace host

@@ -4,7 +4,9 @@
 
 #include "common/list_t.h"
 
-void elementStillLinked() {
+using namespace datacache;
+
+void datacache::elementStillLinked() {
     // Fixed texts, whatever compiler and item type: support tools know the report by them.
     __assert_fail("!_prev || !_next", "list_t", 188, "Element<Item>::~Element() [with Item = SwitchCache]");
 }

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+namespace datacache {
+
 /**
  * Reads a text item by item as sscanf does, in the C locale, with a defined result for a number that is too
  * large: it saturates. The first item that does not match ends the scan; what follows changes nothing.
@@ -35,3 +37,5 @@ class TextScan {
     int _items = 0;
     bool _ended = false;
 };
+
+}  // namespace datacache

@@ -1,4 +1,4 @@
-#include "host/event_queue.h"
+#include "host/EventQueue.h"
 
 #include <chrono>
 #include <ctime>
@@ -9,6 +9,8 @@
 #include <utility>
 
 #include "datacache/event_text.h"
+
+namespace host {
 
 namespace {
 
@@ -110,3 +112,5 @@ void printEvent(std::ostream& out, const HostEvent& event, bool json) {
         out << localTime(event.time, false) << "  " << event.text << std::endl;
     }
 }
+
+}  // namespace host

@@ -8,6 +8,8 @@ pthread_mutex_t eval_mutex = PTHREAD_MUTEX_INITIALIZER;
 pthread_cond_t eval_cv = PTHREAD_COND_INITIALIZER;
 int32_t eval_ready = 0;
 
+namespace datacache {
+
 namespace {
 
 uint32_t retrySeconds DC_GUARDED_BY(eval_lock) = 0;
@@ -71,3 +73,5 @@ int32_t takeEvaluationRequests() {
     const EvalGuard guard;
     return std::exchange(eval_ready, 0);
 }
+
+}  // namespace datacache
