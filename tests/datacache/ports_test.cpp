@@ -35,12 +35,6 @@ state = "NotInstalled"
 
 const std::string kFailed = "2 DCACHE: Cache update failed: DataCache:_getPortInfo:";
 
-std::string portName(unsigned port) {
-    char name[20];
-    std::snprintf(name, sizeof name, "2%03X001122AABBCC", port);
-    return name;
-}
-
 class Ports : public CacheTest {
   protected:
     void start(const std::string& toml = kSwitch) {

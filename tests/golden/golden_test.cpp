@@ -68,6 +68,13 @@ Story* story = nullptr;
 void tellLog(void*, unsigned int level, const char* line, size_t length, size_t message) {
     std::string text = std::to_string(level) + ' ' + std::string(line + message, length - message - 1);
     if (text.rfind("2 DCACHE: ", 0) == 0) text.erase(0, 10);
+    // Some lines name the line of the source, which any change of the file may move.
+    for (const char* function : {"dump:[", "get_Active_ZoneSet[", "replaceZoningDB["}) {
+        const size_t at = text.find(function);
+        if (at == std::string::npos) continue;
+        const size_t number = text.find('[', at) + 1;
+        text.replace(number, text.find(']', number) - number, "LINE");
+    }
     story->add("| " + text);
 }
 
