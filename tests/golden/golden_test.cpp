@@ -108,60 +108,56 @@ const std::map<std::string, int (*)()> kCommands = {
     {"restoreConfig", restoreConfig},
 };
 
-/** Zoning; a, b and c are the words behind the name. */
+/** Zoning edits; a, b and c are the words behind the name. */
 using ZoningCall = long (*)(ZoningCache& zoning, char* a, char* b, char* c);
+using Z = ZoningCache;
+template <auto F>
+long none(Z& zoning, char*, char*, char*) {
+    return (zoning.*F)();
+}
+template <auto F>
+long one(Z& zoning, char* a, char*, char*) {
+    return (zoning.*F)(a);
+}
+template <auto F>
+long two(Z& zoning, char* a, char* b, char*) {
+    return (zoning.*F)(a, b);
+}
+template <auto F>
+long member(Z& zoning, char* a, char* b, char* c) {
+    return (zoning.*F)(a, memberType(b), c);
+}
 const std::map<std::string, ZoningCall> kZoningCalls = {
-    {"ZoningLock", [](ZoningCache& z, char* a, char*, char*) -> long { return z.ZoningLock(a); }},
-    {"ZoningUnlock", [](ZoningCache& z, char*, char*, char*) -> long { return z.ZoningUnlock(); }},
-    {"LockIdOK",
-     [](ZoningCache& z, char* a, char*, char*) -> long {
-         bool expired = false;
-         const bool ok = z.LockIdOK(a, expired);
-         return ok ? 1 : expired ? -1 : 0;
-     }},
-    {"createZoneAlias", [](ZoningCache& z, char* a, char*, char*) -> long { return z.createZoneAlias(a); }},
+    {"ZoningLock", one<&Z::ZoningLock>},
+    {"ZoningUnlock", none<&Z::ZoningUnlock>},
+    {"createZoneAlias", one<&Z::createZoneAlias>},
+    {"createZoneset", one<&Z::createZoneset>},
+    {"removeZoneAlias", one<&Z::removeZoneAlias>},
+    {"removeZone", one<&Z::removeZone>},
+    {"removeZoneset", one<&Z::removeZoneset>},
+    {"addZoneToZoneset", two<&Z::addZoneToZoneset>},
+    {"removeZoneFromZoneset", two<&Z::removeZoneFromZoneset>},
+    {"addMemberToZone", member<&Z::addMemberToZone>},
+    {"removeMemberFromZone", member<&Z::removeMemberFromZone>},
+    {"addMemberToZoneAlias", member<&Z::addMemberToZoneAlias>},
+    {"removeMemberFromZoneAlias", member<&Z::removeMemberFromZoneAlias>},
+    {"replaceZoningDB", none<&Z::replaceZoningDB>},
+    {"updateZoningCounts", none<&Z::updateZoningCounts>},
     {"createZone",
-     [](ZoningCache& z, char* a, char* b, char*) -> long {
-         return z.createZone(a, ZoningCache::cnvCIMZoneTypeToVEX(std::atoi(b)));
-     }},
-    {"createZoneset", [](ZoningCache& z, char* a, char*, char*) -> long { return z.createZoneset(a); }},
-    {"removeZoneAlias", [](ZoningCache& z, char* a, char*, char*) -> long { return z.removeZoneAlias(a); }},
-    {"removeZone", [](ZoningCache& z, char* a, char*, char*) -> long { return z.removeZone(a); }},
-    {"removeZoneset", [](ZoningCache& z, char* a, char*, char*) -> long { return z.removeZoneset(a); }},
-    {"addZoneToZoneset",
-     [](ZoningCache& z, char* a, char* b, char*) -> long { return z.addZoneToZoneset(a, b); }},
-    {"removeZoneFromZoneset",
-     [](ZoningCache& z, char* a, char* b, char*) -> long { return z.removeZoneFromZoneset(a, b); }},
-    {"addMemberToZone",
-     [](ZoningCache& z, char* a, char* b, char* c) -> long {
-         return z.addMemberToZone(a, memberType(b), c);
-     }},
-    {"removeMemberFromZone",
-     [](ZoningCache& z, char* a, char* b, char* c) -> long {
-         return z.removeMemberFromZone(a, memberType(b), c);
-     }},
-    {"addMemberToZoneAlias",
-     [](ZoningCache& z, char* a, char* b, char* c) -> long {
-         return z.addMemberToZoneAlias(a, memberType(b), c);
-     }},
-    {"removeMemberFromZoneAlias",
-     [](ZoningCache& z, char* a, char* b, char* c) -> long {
-         return z.removeMemberFromZoneAlias(a, memberType(b), c);
+     [](Z& zoning, char* a, char* b, char*) -> long {
+         return zoning.createZone(a, Z::cnvCIMZoneTypeToVEX(std::atoi(b)));
      }},
     {"removeMember",
-     [](ZoningCache& z, char* a, char* b, char*) -> long { return z.removeMember(memberType(a), b); }},
-    {"replaceZoningDB", [](ZoningCache& z, char*, char*, char*) -> long { return z.replaceZoningDB(); }},
-    {"updateZoningCounts",
-     [](ZoningCache& z, char*, char*, char*) -> long { return z.updateZoningCounts(); }},
-    {"dump",
-     [](ZoningCache& z, char*, char*, char*) -> long {
-         z.dump();
-         return 0;
+     [](Z& zoning, char* a, char* b, char*) -> long { return zoning.removeMember(memberType(a), b); }},
+    {"LockIdOK",
+     [](Z& zoning, char* a, char*, char*) -> long {
+         bool expired = false;
+         return zoning.LockIdOK(a, expired) ? 1 : expired ? -1 : 0;
      }},
-    {"get_Active_ZoneSet",
-     [](ZoningCache&, char*, char*, char*) -> long {
-         char name[VEX_ZONING_NAME_SIZE];
-         return get_Active_ZoneSet(name);
+    {"dump",
+     [](Z& zoning, char*, char*, char*) -> long {
+         zoning.dump();
+         return 0;
      }},
 };
 
@@ -253,7 +249,7 @@ std::vector<std::string> Golden::run(const std::vector<std::string>& lines) {
         };
         told.erase(std::remove_if(told.begin(), told.end(), hidden), told.end());
         if (told.size() > 1 && told.back() == "| evaluateCaches") told.pop_back();
-        for (std::string line; std::getline(answer, line) && view != "quiet";) told.push_back("= " + line);
+        for (std::string line; std::getline(answer, line) && view.empty();) told.push_back("= " + line);
         result.insert(result.end(), told.begin(), told.end());
     }
     return result;
