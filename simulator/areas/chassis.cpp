@@ -15,7 +15,7 @@ struct UnitKind {
 
 constexpr UnitKind kPowerSupply{"power_supplies", "Oper.Chassis.0.PowerSupplies",
                                 "Oper.Chassis.0.PowerSupply.", "Power supply"};
-constexpr UnitKind fan{"fans", "Oper.Chassis.0.Fans", "Oper.Chassis.0.Fan.", "Fan"};
+constexpr UnitKind kFan{"fans", "Oper.Chassis.0.Fans", "Oper.Chassis.0.Fan.", "Fan"};
 
 constexpr Words kUnitStates{"Good", "Bad", "NotInstalled", "Unknown"};
 
@@ -37,14 +37,14 @@ void loadUnits(TableReader& table, Switch& target, const UnitKind& kind) {
 
 void setChassisDefaults(Switch& target) {
     setUnits(target, kPowerSupply, {});
-    setUnits(target, fan, {});
+    setUnits(target, kFan, {});
     target.set("Oper.Chassis.0.MaxSlots", "0");
     target.set("Oper.Switch.EnhFaultMonFeature", "False");
 }
 
 void loadChassis(TableReader& table, Switch& target) {
     loadUnits(table, target, kPowerSupply);
-    loadUnits(table, target, fan);
+    loadUnits(table, target, kFan);
     if (table.has("slots")) {
         const int64_t slots = table.integer("slots", 0, kMostUnits);
         target.set("Oper.Chassis.0.MaxSlots", std::to_string(slots));
@@ -60,8 +60,8 @@ void loadChassis(TableReader& table, Switch& target) {
 
 template <const UnitKind& kind>
 void needUnit(const Switch& target, const StepValues& values) {
-    if (!target.has(kPowerSupply.key + values.at("index-1")))
-        throw StepError(std::string("the chassis has no ") + kPowerSupply.label + ' ' + values.at("index"));
+    if (!target.has(kind.key + values.at("index-1")))
+        throw StepError(std::string("the chassis has no ") + kind.label + ' ' + values.at("index"));
 }
 
 /** Units count from 1 on the chassis' label, their keys from 0. */
@@ -89,7 +89,7 @@ Area chassisArea() {
                  VEX_EVENT_CHASSIS_OPERCHANGE,
                  "Fan {index} {state}",
                  {},
-                 needUnit<fan>}),
+                 needUnit<kFan>}),
     };
     made.defaults = setChassisDefaults;
     return made;

@@ -48,7 +48,7 @@ const Fields& manufacturing() {
 
 constexpr Words kSwitchStates{"Online", "Offline", "Diagnostics", "Downed", "Unknown"};
 
-std::string join(const std::vector<std::string>& words) {
+std::string faultList(const std::vector<std::string>& words) {
     std::string joined;
     for (const std::string& word : words) joined += (joined.empty() ? "" : " ") + word;
     return joined;
@@ -69,7 +69,7 @@ void loadSwitch(TableReader& table, Switch& target) {
     if (table.has("domain"))
         target.set("Oper.Switch.DomainID", std::to_string(table.integer("domain", 1, 239)));
     if (table.has("state")) target.set("Oper.Switch.OperState", table.word("state", kSwitchStates));
-    target.set("Oper.Switch.FaultList", join(table.texts("faults")));
+    target.set("Oper.Switch.FaultList", faultList(table.texts("faults")));
 }
 
 /** Names the whole list: what it does not name has cleared. */
@@ -77,7 +77,7 @@ Action readFaultList(TableReader& table) {
     std::optional<int64_t> slot;
     if (table.has("slot")) slot = table.integer("slot", 0, 65535);
     if (!table.has("faults")) table.fail("step \"fault_list\" needs \"faults\"");
-    return [slot, faults = join(table.texts("faults"))](Switch& target) {
+    return [slot, faults = faultList(table.texts("faults"))](Switch& target) {
         const std::string key = slot ? "Oper.Blade." + std::to_string(*slot) + ".FaultList"
                                      : std::string("Oper.Switch.FaultList");
         if (!target.has(key)) throw StepError("the chassis has no slot " + std::to_string(*slot));
