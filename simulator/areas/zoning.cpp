@@ -92,8 +92,8 @@ ZonesetContent readActive(TableReader& table, const ZoningDatabase& configured) 
 }
 
 /**
- * A file without the section: a switch that a cache need not load, as 1 is what a cache begins with. So files
- * about other things are not full of zoning.
+ * For a file without the section: checksums of 1, with which a cache begins, so that files about other things
+ * load no zoning.
  */
 void setZoningDefaults(Switch& target) {
     target.set("Oper.Zoning.InactiveChecksum", "1");
