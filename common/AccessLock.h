@@ -9,8 +9,7 @@
  * The access lock: one recursive mutex that guards all that the cache holds, zoning included.
  *
  * A holder may call anything of the cache. It is held for a whole evaluation pass, the host callback
- * included. Order: the access lock, then the evaluation signal's mutex, then the
- * health's, then the log's.
+ * included. Order: the access lock, then the evaluation signal's mutex, then the health's, then the log's.
  *
  * DataCache::init() initialises the mutex. Until then it is a recursive mutex as well, so that a host that
  * asks too early gets a null instance and not a deadlock.

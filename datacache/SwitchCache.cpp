@@ -57,7 +57,7 @@ PortCache SwitchCache::getFirstPort() const {
 PortCache SwitchCache::getNextPort(const PortCache& port) const {
     if (_port_base_wwn.isNull()) return {};
     for (unsigned row = 0; row + 1 < _port_count; ++row) {
-        // Required: by index and not by name.
+        // Required: by the index alone; a port whose name is of another switch goes on in this one.
         if (_lsdb_port_index[row] == port._port_index) return portOfRow(*this, row + 1);
     }
     return {};

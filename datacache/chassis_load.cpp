@@ -102,8 +102,8 @@ void reportPowerSupplies(DataCacheCallback host, const Wwn& name, const ChassisS
     for (uint16_t i = 0; i < now.powerSupplyCount; ++i) {
         const HardwareStatus status = statuses[i];
         const HardwareStatus previous = before.powerSupplyStatus[i];
-        const auto number =
-            static_cast<uint16_t>(i + 1);  // Required: from 1 in events, though keys count from 0.
+        // Required: events count units from 1, though keys count them from 0.
+        const auto number = static_cast<uint16_t>(i + 1);
         if (status == previous) continue;
         if (status == HARDWARE_NOT_INSTALLED) {
             notify(host, DCEventPowerSupplyRemove(name, number, good));

@@ -13,8 +13,7 @@ constexpr const char* kOther = "VEX_EVENT_OTHER";
 struct EventCode {
     int32_t code;
     const char* name;
-    uint8_t
-        registration;  ///< position in the registration list, counted from 1; 0 for codes not registered for
+    uint8_t registration;  ///< position in the registration list, from 1; 0: not registered for
     bool queued;
 };
 

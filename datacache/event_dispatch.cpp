@@ -28,8 +28,7 @@ void markAreas(DataCache& cache, int32_t code, int32_t port) {
             break;
         case VEX_EVENT_PORT_ATTR_CHANGE:
         case VEX_EVENT_PORT_CFG_CHANGE:
-            if (port < 0 || port >= int32_t{cache.getMaxRootPorts()})
-                break;  // a negative number is no port either
+            if (port < 0 || port >= int32_t{cache.getMaxRootPorts()}) break;
             cache.localPortRefreshSet(port);
             cache.updatePorts();
             break;

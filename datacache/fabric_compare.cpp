@@ -71,7 +71,8 @@ void compareNewName(const FabricMembers& before, const FabricMembers& now, const
         take({FabricStep::FabricGrown, now.name});
         takeText(take, "DCACHE: Delete old fabric\n");
         take({FabricStep::FabricRemove, before.name});
-        addKnownSwitches(before, now, take);  // Required: the newcomers get no event here.
+        // Required: newcomers get no event; the fabric's growth is all that the host hears of them.
+        addKnownSwitches(before, now, take);
     }
 }
 

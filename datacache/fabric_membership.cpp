@@ -66,8 +66,8 @@ bool loadDomain(uint32_t handle, FabricCache& fabric, const std::string& domain)
             text.c_str());
     // What the management server did to a known switch stays: one that timed out is not asked again.
     SwitchCache& remote = known ? *element->item() : addSwitch(fabric, name);
-    if (!known)
-        remote._local = hops == "0";  // Required as computed, though never true: such a domain was skipped.
+    // Required: computed from the hops, though a domain without hops was skipped above and it is never true.
+    if (!known) remote._local = hops == "0";
     remote._domain_id = toUint8(domain);
     remote._port_count = 0;
     remote._stale = false;
@@ -162,7 +162,9 @@ std::vector<std::string> DataCache::_parseSMLList(std::string list) {
         if (comma > start) fields.push_back(list.substr(start, comma - start));
         start = comma + 1;
     }
-    fields.push_back(list.substr(start));  // Required: even when it is empty, and nobody filters it.
+    // Required: the last field counts even when it is empty, so a list that ends in a comma has the switch
+    // asked for a domain without a number.
+    fields.push_back(list.substr(start));
     return fields;
 }
 

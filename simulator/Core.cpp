@@ -37,10 +37,10 @@ ApiCall::ApiCall(const char* function, std::vector<std::string> keys) DC_NO_THRE
       _hits(_core.device.faults.hit(function, _keys)),
       _effect(_hits.onCall()) {
     assert(isFunction(_function));  // or no fault rule could name it
-    _core.device.clock_offset += static_cast<long>(_effect.uptime_s);
-    if (_effect.delay_ms > 0) {
+    _core.device.clockOffset += static_cast<long>(_effect.uptimeSeconds);
+    if (_effect.delayMs > 0) {
         _lock.unlock();
-        std::this_thread::sleep_for(std::chrono::milliseconds(_effect.delay_ms));
+        std::this_thread::sleep_for(std::chrono::milliseconds(_effect.delayMs));
         _lock.lock();
     }
 }

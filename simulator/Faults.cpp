@@ -8,7 +8,7 @@
 namespace vexsim {
 namespace {
 
-constexpr std::string_view functions[] = {
+constexpr std::string_view kFunctions[] = {
     "vex_IPConnect",
     "vex_enRegisterForEventList",
     "vex_smlGetBatch",
@@ -79,7 +79,7 @@ void takeFirst(std::optional<Field>& field, const std::optional<Field>& next) {
 }  // namespace
 
 bool isFunction(std::string_view name) {
-    return std::find(std::begin(functions), std::end(functions), name) != std::end(functions);
+    return std::find(std::begin(kFunctions), std::end(kFunctions), name) != std::end(kFunctions);
 }
 
 Effect Hits::onCall() const {
@@ -88,8 +88,8 @@ Effect Hits::onCall() const {
         takeFirst(effect.result, rule.effect.result);
         takeFirst(effect.handle, rule.effect.handle);
         effect.null = effect.null || rule.effect.null;
-        effect.delay_ms += rule.effect.delay_ms;
-        effect.uptime_s += rule.effect.uptime_s;
+        effect.delayMs += rule.effect.delayMs;
+        effect.uptimeSeconds += rule.effect.uptimeSeconds;
     }
     return effect;
 }

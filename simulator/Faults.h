@@ -18,8 +18,8 @@ struct Effect {
     bool unterminated = false;        /**< the value read fills its whole field, without a terminator */
     bool null = false;                /**< a call that returns a handle or a text returns null */
     std::optional<uint32_t> handle;   /**< the connection handle, 0 included */
-    int64_t delay_ms = 0;             /**< the call takes that much longer */
-    int64_t uptime_s = 0;             /**< so much uptime passes in the call, without anybody waiting */
+    int64_t delayMs = 0;              /**< the call takes that much longer */
+    int64_t uptimeSeconds = 0;        /**< so much uptime passes in the call, without anybody waiting */
 };
 
 /** One rule: which calls, which of their keys, when, and what happens to them. */

@@ -11,11 +11,11 @@ namespace vexsim {
 namespace {
 
 void fill(vex_event_s& record, const Event& event) {
-    constexpr size_t field = VEX_EVENT_TEXT_SIZE;
+    constexpr size_t kField = VEX_EVENT_TEXT_SIZE;
     record.code = event.code;
     record.source = event.source;
-    std::memset(record.text, event.unterminated ? '#' : '\0', field);
-    std::memcpy(record.text, event.text.data(), std::min(event.text.size(), field));
+    std::memset(record.text, event.unterminated ? '#' : '\0', kField);
+    std::memcpy(record.text, event.text.data(), std::min(event.text.size(), kField));
 }
 
 std::string describe(const Event& event) {

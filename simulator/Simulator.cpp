@@ -16,7 +16,7 @@ Core& core() {
 
 void replaceSwitch(Switch fresh) {
     const Lock lock(core().mutex);
-    fresh.clock_offset = core().device.clock_offset;
+    fresh.clockOffset = core().device.clockOffset;
     core().device = std::move(fresh);
 }
 
@@ -93,14 +93,14 @@ void Simulator::startScenario() {
 }
 
 void Simulator::waitScenario() {
-    constexpr int32_t hour_ms =
+    constexpr int32_t kHourMs =
         3'600'000;  // a time that every clock can hold; the longest possible one overflows
-    while (!waitScenario(hour_ms)) {
+    while (!waitScenario(kHourMs)) {
     }
 }
 
-bool Simulator::waitScenario(int32_t timeout_ms) {
-    const auto timeout = std::chrono::milliseconds(std::max(timeout_ms, int32_t{0}));
+bool Simulator::waitScenario(int32_t timeoutMs) {
+    const auto timeout = std::chrono::milliseconds(std::max(timeoutMs, int32_t{0}));
     return core().scenario.wait(std::chrono::steady_clock::now() + timeout);
 }
 
@@ -153,7 +153,7 @@ Live Simulator::live() const {
 
 void Simulator::advanceClock(long seconds) {
     const Lock lock(core().mutex);
-    core().device.clock_offset += seconds;
+    core().device.clockOffset += seconds;
 }
 
 }  // namespace vexsim

@@ -96,7 +96,7 @@ class DC_EXPORT Simulator {
     void startScenario();
     void waitScenario();
     /** As waitScenario, but gives up after that time; true when the scenario has ended. */
-    bool waitScenario(int32_t timeout_ms);
+    bool waitScenario(int32_t timeoutMs);
     bool scenarioDone() const;
 
     void setDelivery(Delivery delivery);

@@ -60,8 +60,8 @@ class Switch {
     }
 
     Faults faults;
-    std::optional<vex_fzs_limits_s> zoning_limits;
-    long clock_offset = 0; /**< seconds that uptime() is ahead */
+    std::optional<vex_fzs_limits_s> zoningLimits;
+    long clockOffset = 0; /**< seconds that uptime() is ahead */
 
     struct Outbox {
         std::vector<Event> events;

@@ -8,7 +8,7 @@ using namespace vexsim;
 
 namespace {
 
-constexpr uint32_t first_handle = 0x5e000001;
+constexpr uint32_t kFirstHandle = 0x5e000001;
 
 std::string text(const char* given) {
     return given == nullptr ? "(null)" : given;
@@ -26,7 +26,7 @@ DC_EXPORT int32_t vex_IPConnect(const char* host, const char* client, const char
         return call.done(Ok);
     }
     const std::set<uint32_t>& handles = call.handles();
-    uint32_t next = first_handle;
+    uint32_t next = kFirstHandle;
     while (handles.count(next) != 0) ++next;
     call.handles().insert(next);
     *handle = next;
@@ -65,5 +65,5 @@ DC_EXPORT void uptime(long* seconds) {
         return;
     }
     *seconds = static_cast<long>(std::chrono::duration_cast<std::chrono::seconds>(now).count()) +
-               core.device.clock_offset;
+               core.device.clockOffset;
 }

@@ -36,9 +36,9 @@ Reading readKey(ApiCall& call, const std::string& key, Effect& effect) {
 }
 
 void store(vex_smlrequest_s& record, const Reading& reading, bool unterminated) {
-    constexpr size_t field = VEX_SML_VALUE_SIZE;
-    const size_t room = unterminated ? field : field - 1;
-    std::memset(record.value, unterminated ? '#' : '\0', field);
+    constexpr size_t kField = VEX_SML_VALUE_SIZE;
+    const size_t room = unterminated ? kField : kField - 1;
+    std::memset(record.value, unterminated ? '#' : '\0', kField);
     std::memcpy(record.value, reading.value.data(), std::min(reading.value.size(), room));
     record.status = reading.status;
 }

@@ -16,7 +16,7 @@ using namespace vexsim;
 
 namespace {
 
-constexpr size_t name_size = VEX_ZONING_NAME_SIZE;
+constexpr size_t kNameSize = VEX_ZONING_NAME_SIZE;
 
 /** A text from a caller; none is an empty one. */
 std::string textOf(const char* given) {
@@ -27,8 +27,8 @@ std::string textOf(const char* given) {
 void writeName(ApiCall& call, const std::string& name, char* field) {
     const Effect effect = call.faultless() ? Effect() : call.onKey(name);
     const std::string given = effect.value.value_or(name);
-    std::memset(field, effect.unterminated ? '#' : '\0', name_size);
-    std::copy_n(given.data(), std::min(given.size(), effect.unterminated ? name_size : name_size - 1), field);
+    std::memset(field, effect.unterminated ? '#' : '\0', kNameSize);
+    std::copy_n(given.data(), std::min(given.size(), effect.unterminated ? kNameSize : kNameSize - 1), field);
 }
 
 int32_t giveName(ApiCall& call, const std::string& name, char* field) {
@@ -80,7 +80,7 @@ int32_t countContainers(const char* function, void* zoneset) {
     if (call.refused()) return call.refusal();
     ZonesetObject* const object = call.zoning().get<ZonesetObject>(zoneset);
     if (object != nullptr) call.about(object->name);
-    return call.done(object == nullptr ? 0 : static_cast<int32_t>((object->*Container::list).size()));
+    return call.done(object == nullptr ? 0 : static_cast<int32_t>((object->*Container::kList).size()));
 }
 
 template <class Container>
@@ -88,7 +88,7 @@ void* listContainers(const char* function, void* zoneset, int32_t index) {
     ApiCall call(function, {});
     if (call.refused() || call.nulled()) return call.doneHandle(nullptr);
     ZonesetObject* const object = call.zoning().get<ZonesetObject>(zoneset);
-    const Handle* const found = object == nullptr ? nullptr : (object->*Container::list).at(index);
+    const Handle* const found = object == nullptr ? nullptr : (object->*Container::kList).at(index);
     return call.doneHandle(found == nullptr ? nullptr : *found);
 }
 
@@ -97,7 +97,7 @@ void* findContainer(const char* function, void* zoneset, const char* name) {
     ApiCall call(function, {textOf(name)});
     if (call.misused(name == nullptr) || call.nulled()) return call.doneHandle(nullptr);
     ZonesetObject* const object = call.zoning().get<ZonesetObject>(zoneset);
-    const Handle* const found = object == nullptr ? nullptr : (object->*Container::list).find(name);
+    const Handle* const found = object == nullptr ? nullptr : (object->*Container::kList).find(name);
     if (object != nullptr) call.about(object->name);
     return call.doneHandle(found == nullptr ? nullptr : *found);
 }
@@ -169,7 +169,7 @@ int32_t deleteMember(const char* function, void* container, void* member) {
 DC_EXPORT int32_t vex_fzsGetZoningLimitations(uint32_t handle, vex_fzs_limits_s* limits) {
     ApiCall call("vex_fzsGetZoningLimitations", {});
     if (call.misused(limits == nullptr) || call.refused(handle)) return call.refusal();
-    const std::optional<vex_fzs_limits_s>& known = call.device().zoning_limits;
+    const std::optional<vex_fzs_limits_s>& known = call.device().zoningLimits;
     if (!known) return call.done(UnknownKey);
     *limits = *known;
     return call.done(Ok);
@@ -205,7 +205,7 @@ DC_EXPORT int32_t vex_fzsGetZonesetList(uint32_t handle, int32_t* count,
                                         char (**names)[VEX_ZONING_NAME_SIZE]) {
     ApiCall call("vex_fzsGetZonesetList", {});
     if (call.misused(count == nullptr || names == nullptr) || call.refused(handle)) return call.refusal();
-    using Field = char[name_size];
+    using Field = char[kNameSize];
     // The library's until the next call. Never freed at exit, when threads may still call.
     static auto& list = *new std::unique_ptr<Field[]>;
     const auto& zonesets = call.device().part<Zoning>().configured.zonesets;

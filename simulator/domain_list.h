@@ -12,11 +12,11 @@ namespace vexsim {
  * last domain that fits whole, the 88th of those that count from 1; nobody is told of the others.
  */
 inline std::string domainList(const std::set<unsigned>& domains) {
-    constexpr size_t room = VEX_SML_VALUE_SIZE - 1;
+    constexpr size_t kRoom = VEX_SML_VALUE_SIZE - 1;
     std::string list;
     for (const unsigned domain : domains) {
         const std::string next = (list.empty() ? "" : ",") + std::to_string(domain);
-        if (list.size() + next.size() > room) break;
+        if (list.size() + next.size() > kRoom) break;
         list += next;
     }
     return list;

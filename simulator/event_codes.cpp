@@ -13,7 +13,7 @@ struct Named {
 #define NAMED(code) \
     { code, #code }
 
-constexpr Named table[] = {
+constexpr Named kTable[] = {
     NAMED(VEX_EVENT_FABRIC_CHANGE),         NAMED(VEX_EVENT_SWITCHTOPO_CHANGE),
     NAMED(VEX_EVENT_ZONE_CHANGE),           NAMED(VEX_EVENT_ZONE_MODE_CHANGE),
     NAMED(VEX_EVENT_ZONEDB_MERGE),          NAMED(VEX_EVENT_NS_CHANGE),
@@ -58,14 +58,14 @@ constexpr Named table[] = {
 }  // namespace
 
 const char* eventName(int32_t code) {
-    for (const Named& row : table) {
+    for (const Named& row : kTable) {
         if (row.code == code) return row.name;
     }
     return "-";
 }
 
 std::optional<int32_t> eventCode(std::string_view name) {
-    for (const Named& row : table) {
+    for (const Named& row : kTable) {
         if (name == row.name) return row.code;
     }
     return std::nullopt;

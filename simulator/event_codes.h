@@ -7,10 +7,10 @@
 namespace vexsim {
 
 /** Codes for which the library has no names. */
-constexpr int32_t voltage_too_high = 74;
-constexpr int32_t voltage_too_low = 75;
-constexpr int32_t media_inserted = 76;
-constexpr int32_t media_removed = 77;
+constexpr int32_t kVoltageTooHigh = 74;
+constexpr int32_t kVoltageTooLow = 75;
+constexpr int32_t kMediaInserted = 76;
+constexpr int32_t kMediaRemoved = 77;
 
 /** "VEX_EVENT_FABRIC_CHANGE" for 1; "-" for a code without a name. */
 const char* eventName(int32_t code);

@@ -7,15 +7,15 @@
 
 namespace {
 
-constexpr int wrong_usage = 2;
+constexpr int kWrongUsage = 2;
 
-const std::map<std::string, vexsim::NameScheme> schemes{{"naa1", vexsim::NameScheme::Naa1},
-                                                        {"naa2", vexsim::NameScheme::Naa2},
-                                                        {"naa3", vexsim::NameScheme::Naa3},
-                                                        {"naa5", vexsim::NameScheme::Naa5}};
+const std::map<std::string, vexsim::NameScheme> kSchemes{{"naa1", vexsim::NameScheme::Naa1},
+                                                         {"naa2", vexsim::NameScheme::Naa2},
+                                                         {"naa3", vexsim::NameScheme::Naa3},
+                                                         {"naa5", vexsim::NameScheme::Naa5}};
 
 std::string knownScheme(const std::string& name) {
-    return schemes.count(name) != 0 ? "" : '"' + name + "\" is none of naa1, naa2, naa3 and naa5";
+    return kSchemes.count(name) != 0 ? "" : '"' + name + "\" is none of naa1, naa2, naa3 and naa5";
 }
 
 bool write(std::ostream& stream, const std::string& text, const std::string& name) {
@@ -51,9 +51,9 @@ int main(int argc, char** argv) {
         return write(std::cout, app.help(), "standard output") ? 0 : 1;
     } catch (const CLI::ParseError& error) {
         app.exit(error);
-        return wrong_usage;
+        return kWrongUsage;
     }
-    shape.scheme = schemes.at(scheme);
+    shape.scheme = kSchemes.at(scheme);
 
     for (const std::string& sentence : shortcomings(shape)) {
         std::cerr << "datacache-mkswitch: warning: " << sentence << '\n';

@@ -6,7 +6,7 @@
 namespace vexsim {
 namespace {
 
-constexpr size_t deepest = 32;
+constexpr size_t kDeepest = 32;
 
 /** Where the string that begins at `at` ends: the index behind it. What is malformed ends with the line.
  */
@@ -56,7 +56,7 @@ std::optional<size_t> tooDeepLine(std::string_view text) {
             depth = outer.empty() ? 0 : outer.back() + 1;
         }
         ++at;
-        if (depth <= deepest) continue;
+        if (depth <= kDeepest) continue;
         for (; counted < at; ++counted) line += text[counted] == '\n' ? 1 : 0;
         return line;
     }

@@ -19,7 +19,7 @@
 namespace vexsim {
 namespace {
 
-constexpr double longest_wait_ms = 24.0 * 60 * 60 * 1000;
+constexpr double kLongestWaitMs = 24.0 * 60 * 60 * 1000;
 
 std::string quoted(const std::string& text) {
     return '"' + text + '"';
@@ -204,7 +204,7 @@ bool TableReader::flag(const std::string& field) {
 std::chrono::milliseconds TableReader::duration(const std::string& field) {
     const toml::node& node = _impl->need(field);
     double amount = -1;
-    double unit_ms = 1000;
+    double unitMs = 1000;
     if (const auto number = node.value_exact<int64_t>()) {
         amount = static_cast<double>(*number);
     } else if (const auto fraction = node.value_exact<double>()) {
@@ -214,13 +214,13 @@ std::chrono::milliseconds TableReader::duration(const std::string& field) {
         char* unit = nullptr;
         if (std::isdigit(static_cast<unsigned char>(*begin)) != 0) amount = std::strtod(begin, &unit);
         if (unit != nullptr && std::strcmp(unit, "ms") == 0) {
-            unit_ms = 1;
+            unitMs = 1;
         } else if (unit == nullptr || std::strcmp(unit, "s") != 0) {
             amount = -1;
         }
     }
-    const double milliseconds = amount * unit_ms;
-    if (!(milliseconds >= 0 && milliseconds <= longest_wait_ms)) {
+    const double milliseconds = amount * unitMs;
+    if (!(milliseconds >= 0 && milliseconds <= kLongestWaitMs)) {
         fail(field, quoted(field) + " must be seconds, or a text like \"500ms\" or \"2s\", up to a day");
     }
     return std::chrono::milliseconds(std::llround(milliseconds));

@@ -51,8 +51,8 @@ int32_t vexsim_scenario_done(void) {
     return simulator().scenarioDone() ? 1 : 0;
 }
 
-int32_t vexsim_wait_scenario(int32_t timeout_ms, char* error, size_t size) {
-    return guarded(error, size, [&] { return simulator().waitScenario(timeout_ms) ? 1 : 0; });
+int32_t vexsim_wait_scenario(int32_t timeoutMs, char* error, size_t size) {
+    return guarded(error, size, [timeoutMs] { return simulator().waitScenario(timeoutMs) ? 1 : 0; });
 }
 
 int32_t vexsim_write_transcript(const char* path, char* error, size_t size) {

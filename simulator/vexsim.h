@@ -34,7 +34,7 @@ DC_EXPORT int32_t vexsim_scenario_done(void);
  * Waits at most that many milliseconds for the end of the scenario and for the delivery of its notifications.
  * 1 when it has ended, 0 when time was up, -1 when a step could not be carried out, which ended it.
  */
-DC_EXPORT int32_t vexsim_wait_scenario(int32_t timeout_ms, char* error, size_t size);
+DC_EXPORT int32_t vexsim_wait_scenario(int32_t timeoutMs, char* error, size_t size);
 
 /** Appends every call, notification and step from now on to a file; an empty path ends that. 0 or -1. */
 DC_EXPORT int32_t vexsim_write_transcript(const char* path, char* error, size_t size);

@@ -28,7 +28,8 @@ int reqAdminMode() {
 
 int releaseAdminMode() {
     if (adminModeHeld == 0) return 0;
-    // Required: not "Cmd.Switch.RelAdmin", with which the batch transactions end.
+    // Required: this command, though the batch transactions give the same rights back by
+    // "Cmd.Switch.RelAdmin".
     if (send("Cmd.Switch.CancelAdmin", "to release Admin mode") != 0) return -1;
     adminModeHeld = 0;
     return 0;

@@ -57,8 +57,8 @@ int vex_smlAddMsgGroupV(vex_smlmsggroup_s* group, const char* format, ...) {
     if (group->count == group->capacity) {
         const bool countable = group->count <= std::numeric_limits<int32_t>::max() - kGrowth;
         if (!countable || !grow(*group, group->count + kGrowth)) {
-            group->records =
-                nullptr;  // Required: the old records are not freed, as callers may still read them.
+            // Required: the old records are not freed, as callers may still read them.
+            group->records = nullptr;
             std::free(group);
             return 1;
         }

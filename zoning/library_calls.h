@@ -53,7 +53,8 @@ struct ContainerCalls {
     LibraryCall<int32_t, void*, void*> addMember;
     LibraryCall<int32_t, void*, void*> deleteMember;
 
-    // Before the first load there is no uber zoneset; what a null handle does to the library nobody says.
+    // Before the first load there is no uber zoneset, and vexlib does not define what it does with a null
+    // handle.
     int32_t countIn(void* zoneset) const { return zoneset == nullptr ? 0 : count(zoneset); }
     void* findIn(void* zoneset, const char* name) const {
         return zoneset == nullptr ? nullptr : find(zoneset, name);

@@ -33,7 +33,7 @@ void dumpZones(void* zoneset) {
     }
 }
 
-/** Required: members only, without the names of the aliases. */
+/** Required: prints the members of all aliases and not the names of the aliases. */
 void dumpAliases(void* uber) {
     const int32_t count = kAliasCalls.countIn(uber);
     for (int32_t i = 0; i < count; ++i) {
@@ -68,6 +68,6 @@ void ZoningCache::dump() {
         cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d] Zoneset: %s (%s)\n", "ZoningCache", "dump", __LINE__,
                 name.c_str(), word(entry.type));
         dumpZones(entry.handle);
-        dumpAliases(_uberZoneset);  // Required: under every zoneset alike.
+        dumpAliases(_uberZoneset);  // Required: the same list again under every zoneset.
     }
 }

@@ -45,8 +45,7 @@ const char* logName(ZoningLimit limit) {
         case ZoningLimit::MembersPerZone:
             return "Members per zone";
         case ZoningLimit::MembersPerAlias:
-            return "Members per alisa";  // "alisa" has always been in this line; readers of logs search for
-                                         // it
+            return "Members per alisa";  // Required: spelt so; tools look for this line.
         case ZoningLimit::None:
             break;
     }

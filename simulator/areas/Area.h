@@ -49,7 +49,7 @@ struct Area {
     /** What a switch file that is silent about this area means; called before any section is loaded. */
     void (*defaults)(Switch& target) = nullptr;
     /** Commands whose keys begin so are this area's; the longest prefix wins. */
-    std::vector<const char*> command_prefixes = {};
+    std::vector<const char*> commandPrefixes = {};
     /** Carries a command out and returns its status. */
     uint32_t (*command)(Switch& target, const Command& command) = nullptr;
     /** Computes a key that the store does not hold; nullopt for a key of somebody else. */

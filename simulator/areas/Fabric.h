@@ -11,16 +11,19 @@
 
 namespace vexsim {
 
+constexpr unsigned kHighestDomain = 239; /**< FC-SW */
+constexpr unsigned kUnreachable = 255;   /**< hops to a switch that no path leads to */
+
 /** A switch of the fabric other than the simulated one, as the simulated one sees it. */
 struct FabricSwitch {
     Wwn wwn;
-    std::string name;                   /**< for people; empty: the world wide name */
-    unsigned hops = 1;                  /**< 255: unreachable */
-    unsigned ports = 0;                 /**< named after the switch; see portName() */
-    std::vector<std::string> port_wwns; /**< names of the ports instead, whatever texts they are */
-    std::set<unsigned> offline;         /**< ports that the management server does not name */
-    uint32_t management_status = 0;     /**< what its management server answers; 0: properly */
-    long management_slow_s = 0;         /**< how much uptime the management server takes for an answer */
+    std::string name;                  /**< for people; empty: the world wide name */
+    unsigned hops = 1;                 /**< or kUnreachable */
+    unsigned ports = 0;                /**< named after the switch; see portName() */
+    std::vector<std::string> portWwns; /**< names of the ports instead, whatever texts they are */
+    std::set<unsigned> offline;        /**< ports that the management server does not name */
+    uint32_t managementStatus = 0;     /**< what its management server answers; 0: properly */
+    long managementSlowSeconds = 0;    /**< how much uptime the management server takes for an answer */
 };
 
 /**
@@ -36,7 +39,7 @@ struct Fabric {
  * 3 and 5 of NAA 3, with the port's number in the port field (a Cisco switch's plus 1). A switch name of any
  * other NAA has no room for a port number, and every port bears it unchanged.
  */
-Wwn portName(const Wwn& switch_name, unsigned port);
+Wwn portName(const Wwn& switchName, unsigned port);
 
 /** The simulated switch's own domain ID, and whether it has a name and can be in a fabric at all. */
 unsigned localDomain(const Switch& target);

@@ -15,12 +15,12 @@ enum class EditKind { None, Switch, Cim };
 /** Admin rights and the edit session, of which the switch has one each. */
 struct Session {
     std::optional<uint32_t> admin; /**< the connection that holds admin rights */
-    bool held_elsewhere = false;   /**< somebody outside this process holds them */
-    bool shared_admin = false;     /**< somebody else's request succeeds while they are held */
+    bool heldElsewhere = false;    /**< somebody outside this process holds them */
+    bool sharedAdmin = false;      /**< somebody else's request succeeds while they are held */
     EditKind edit = EditKind::None;
     std::map<std::string, std::string> pending; /**< settings of the edit session, not saved yet */
     std::map<std::string, std::string> backup;
-    bool has_backup = false;
+    bool hasBackup = false;
 
     bool isAdmin(uint32_t handle) const { return admin == handle; }
 };

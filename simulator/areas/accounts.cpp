@@ -51,17 +51,17 @@ Action accountStep(const std::string& name, Change change) {
     };
 }
 
-Action readAdd(TableReader& table) {
+Action readAccountAdd(TableReader& table) {
     const std::string name = table.text("name");
     return accountStep(name, [name](Accounts& accounts) { accounts.users.push_back(name); });
 }
 
-Action readRemove(TableReader& table) {
+Action readAccountRemove(TableReader& table) {
     const std::string name = table.text("name");
     return accountStep(name, [name](Accounts& accounts) { accounts.users.erase(accounts.find(name)); });
 }
 
-Action readRename(TableReader& table) {
+Action readAccountRename(TableReader& table) {
     const std::string from = table.text("from");
     const std::string to = table.text("to");
     return accountStep(to, [from, to](Accounts& accounts) { *accounts.find(from) = to; });
@@ -75,7 +75,9 @@ Area accountsArea() {
     made.sections = {{"accounts", false, [](TableReader& table, Switch& target) {
                           target.part<Accounts>().users = table.texts("users");
                       }}};
-    made.steps = {{"account_add", readAdd}, {"account_remove", readRemove}, {"account_rename", readRename}};
+    made.steps = {{"account_add", readAccountAdd},
+                  {"account_remove", readAccountRemove},
+                  {"account_rename", readAccountRename}};
     made.read = readWalk;
     return made;
 }

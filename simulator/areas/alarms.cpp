@@ -41,9 +41,8 @@ Action readVoltage(TableReader& table) {
     const std::string sensor = table.text("sensor");
     const bool high = table.word("level", {"high", "low"}) == "high";
     const std::string text = readLong(table) ? longVoltage(sensor, high) : shortVoltage(sensor, high);
-    return [text, code = high ? voltage_too_high : voltage_too_low](Switch& target) {
-        target.raise(code, text);
-    };
+    return
+        [text, code = high ? kVoltageTooHigh : kVoltageTooLow](Switch& target) { target.raise(code, text); };
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ const Area* findCommandArea(const std::string& key) {
     const Area* found = nullptr;
     size_t longest = 0;
     for (const Area& area : areas()) {
-        for (const char* prefix : area.command_prefixes) {
+        for (const char* prefix : area.commandPrefixes) {
             const size_t length = std::strlen(prefix);
             if (length > longest && key.compare(0, length, prefix) == 0) {
                 found = &area;

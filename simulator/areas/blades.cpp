@@ -4,14 +4,14 @@
 namespace vexsim {
 namespace {
 
-constexpr int64_t last_slot = 65535;
-constexpr int64_t most_sensors = 65535;
+constexpr int64_t kLastSlot = 65535;
+constexpr int64_t kMostSensors = 65535;
 
 /** The keys of a slot, behind "Oper.Blade.SLOT.", and what an empty slot answers. */
 constexpr struct {
     const char* name;
     const char* empty;
-} slot_keys[] = {
+} kSlotKeys[] = {
     {"OperState", "NotInstalled"},
     {"PlanarPartNum", ""},
     {"BoardSerialNum", ""},
@@ -27,36 +27,36 @@ std::string slotKey(int64_t slot, const char* name) {
     return "Oper.Blade." + std::to_string(slot) + '.' + name;
 }
 
-constexpr Words oper_states{"Online", "Offline", "Diagnostics", "Down",
-                            "Downed", "Pending", "PoweredOff",  "NotInstalled"};
+constexpr Words kBladeStates{"Online", "Offline", "Diagnostics", "Down",
+                             "Downed", "Pending", "PoweredOff",  "NotInstalled"};
 
-constexpr Words admin_states{"Online", "Offline", "Diagnostics", "Down", "Downed", "PoweredOff"};
+constexpr Words kBladeAdminStates{"Online", "Offline", "Diagnostics", "Down", "Downed", "PoweredOff"};
 
-constexpr Words diagnoses{"Passed", "Compromised", "Failed"};
+constexpr Words kDiagnoses{"Passed", "Compromised", "Failed"};
 
 std::string wordOr(TableReader& table, const char* field, Words words, const char* fallback) {
     return table.has(field) ? table.word(field, words) : fallback;
 }
 
 std::string sensors(TableReader& table, const char* field) {
-    return std::to_string(table.has(field) ? table.integer(field, 0, most_sensors) : 0);
+    return std::to_string(table.has(field) ? table.integer(field, 0, kMostSensors) : 0);
 }
 
 /** What is plugged into a slot; the same in a switch file and in a step. */
 struct Blade {
     int64_t slot;
-    std::string type, part, serial, state, admin, diagnosis, temp_sensors, voltage_sensors;
+    std::string type, part, serial, state, admin, diagnosis, tempSensors, voltageSensors;
 
     explicit Blade(TableReader& table)
-        : slot(table.integer("slot", 0, last_slot)),
+        : slot(table.integer("slot", 0, kLastSlot)),
           type(table.word("type", {"IO", "CPU", "PS", "FAN"})),
           part(table.has("part") ? table.text("part") : "PN-" + type),
           serial(table.has("serial") ? table.text("serial") : "SN-" + type + '-' + std::to_string(slot)),
-          state(wordOr(table, "state", oper_states, "Online")),
-          admin(wordOr(table, "admin", admin_states, "Online")),
-          diagnosis(wordOr(table, "diagnosis", diagnoses, "Passed")),
-          temp_sensors(sensors(table, "temp_sensors")),
-          voltage_sensors(sensors(table, "voltage_sensors")) {}
+          state(wordOr(table, "state", kBladeStates, "Online")),
+          admin(wordOr(table, "admin", kBladeAdminStates, "Online")),
+          diagnosis(wordOr(table, "diagnosis", kDiagnoses, "Passed")),
+          tempSensors(sensors(table, "temp_sensors")),
+          voltageSensors(sensors(table, "voltage_sensors")) {}
 
     void plugInto(Switch& target) const {
         target.set(slotKey(slot, "OperState"), state);
@@ -65,8 +65,8 @@ struct Blade {
         target.set(slotKey(slot, "Type"), type);
         target.set(slotKey(slot, "AdminState"), admin);
         target.set(slotKey(slot, "DiagStatus"), diagnosis);
-        target.set(slotKey(slot, "TempSensors"), temp_sensors);
-        target.set(slotKey(slot, "VoltageSensors"), voltage_sensors);
+        target.set(slotKey(slot, "TempSensors"), tempSensors);
+        target.set(slotKey(slot, "VoltageSensors"), voltageSensors);
     }
 };
 
@@ -101,7 +101,7 @@ void loadBlade(TableReader& table, Switch& target) {
     blade.plugInto(target);
 }
 
-Action readInsert(TableReader& table) {
+Action readBladeInsert(TableReader& table) {
     return [blade = Blade(table)](Switch& target) {
         requireSlot(target, blade.slot);
         if (occupied(target, blade.slot)) {
@@ -112,11 +112,11 @@ Action readInsert(TableReader& table) {
     };
 }
 
-Action readRemove(TableReader& table) {
-    const int64_t slot = table.integer("slot", 0, last_slot);
+Action readBladeRemove(TableReader& table) {
+    const int64_t slot = table.integer("slot", 0, kLastSlot);
     return [slot](Switch& target) {
         requireBlade(target, slot);
-        for (const auto& key : slot_keys) target.erase(slotKey(slot, key.name));
+        for (const auto& key : kSlotKeys) target.erase(slotKey(slot, key.name));
         target.set(slotKey(slot, "FaultList"), "");  // the slot is there still
         raiseBlade(target, VEX_EVENT_BLADE_REMOVED, slot);
     };
@@ -124,7 +124,7 @@ Action readRemove(TableReader& table) {
 
 /** The keys of the slots that the chassis has and the store has nothing of. */
 std::optional<Reading> readEmptySlot(Switch& target, const std::string& key) {
-    for (const auto& known : slot_keys) {
+    for (const auto& known : kSlotKeys) {
         const auto middle = keyMiddle(key, "Oper.Blade.", std::string(".") + known.name);
         if (!middle) continue;
         const std::optional<uint16_t> slot = keyNumber(*middle);
@@ -140,21 +140,21 @@ Area bladesArea() {
     Area made;
     made.name = "blades";
     made.sections = {{"blade", true, loadBlade}};
-    made.steps = {
-        {"blade_insert", readInsert},
-        {"blade_remove", readRemove},
-        keyStep({"blade_state",
-                 {numberField("slot", 0, last_slot), optional(wordField("state", oper_states)),
-                  optional(wordField("admin", admin_states)), optional(wordField("diagnosis", diagnoses))},
-                 {{"Oper.Blade.{slot}.OperState", "{state}"},
-                  {"Oper.Blade.{slot}.AdminState", "{admin}"},
-                  {"Oper.Blade.{slot}.DiagStatus", "{diagnosis}"}},
-                 VEX_EVENT_BLADE_STATE_CHANGE,
-                 "Blade {slot}",
-                 {nullptr, "slot"},
-                 [](const Switch& target, const StepValues& values) {
-                     requireBlade(target, std::stoll(values.at("slot")));
-                 }})};
+    made.steps = {{"blade_insert", readBladeInsert},
+                  {"blade_remove", readBladeRemove},
+                  keyStep({"blade_state",
+                           {numberField("slot", 0, kLastSlot), optional(wordField("state", kBladeStates)),
+                            optional(wordField("admin", kBladeAdminStates)),
+                            optional(wordField("diagnosis", kDiagnoses))},
+                           {{"Oper.Blade.{slot}.OperState", "{state}"},
+                            {"Oper.Blade.{slot}.AdminState", "{admin}"},
+                            {"Oper.Blade.{slot}.DiagStatus", "{diagnosis}"}},
+                           VEX_EVENT_BLADE_STATE_CHANGE,
+                           "Blade {slot}",
+                           {nullptr, "slot"},
+                           [](const Switch& target, const StepValues& values) {
+                               requireBlade(target, std::stoll(values.at("slot")));
+                           }})};
     made.read = readEmptySlot;
     return made;
 }

@@ -3,24 +3,24 @@
 namespace vexsim {
 namespace {
 
-constexpr int64_t most_units = 65535;
+constexpr int64_t kMostUnits = 65535;
 
 /** Power supplies and fans: both are counted, and each has a state word. */
 struct UnitKind {
     const char* field; /**< in [chassis] */
-    const char* count_key;
+    const char* countKey;
     const char* key; /**< followed by the unit's number, from 0 */
     const char* label;
 };
 
-constexpr UnitKind power_supply{"power_supplies", "Oper.Chassis.0.PowerSupplies",
+constexpr UnitKind kPowerSupply{"power_supplies", "Oper.Chassis.0.PowerSupplies",
                                 "Oper.Chassis.0.PowerSupply.", "Power supply"};
-constexpr UnitKind fan{"fans", "Oper.Chassis.0.Fans", "Oper.Chassis.0.Fan.", "Fan"};
+constexpr UnitKind kFan{"fans", "Oper.Chassis.0.Fans", "Oper.Chassis.0.Fan.", "Fan"};
 
-constexpr Words unit_states{"Good", "Bad", "NotInstalled", "Unknown"};
+constexpr Words kUnitStates{"Good", "Bad", "NotInstalled", "Unknown"};
 
 void setUnits(Switch& target, const UnitKind& kind, const std::vector<std::string>& states) {
-    target.set(kind.count_key, std::to_string(states.size()));
+    target.set(kind.countKey, std::to_string(states.size()));
     for (size_t i = 0; i < states.size(); ++i) target.set(kind.key + std::to_string(i), states[i]);
 }
 
@@ -28,25 +28,25 @@ void setUnits(Switch& target, const UnitKind& kind, const std::vector<std::strin
 void loadUnits(TableReader& table, Switch& target, const UnitKind& kind) {
     if (!table.has(kind.field)) return;
     if (table.isInteger(kind.field)) {
-        const auto count = static_cast<size_t>(table.integer(kind.field, 0, most_units));
+        const auto count = static_cast<size_t>(table.integer(kind.field, 0, kMostUnits));
         setUnits(target, kind, std::vector<std::string>(count, "Good"));
     } else {
-        setUnits(target, kind, table.words(kind.field, unit_states));
+        setUnits(target, kind, table.words(kind.field, kUnitStates));
     }
 }
 
-void setDefaults(Switch& target) {
-    setUnits(target, power_supply, {});
-    setUnits(target, fan, {});
+void setChassisDefaults(Switch& target) {
+    setUnits(target, kPowerSupply, {});
+    setUnits(target, kFan, {});
     target.set("Oper.Chassis.0.MaxSlots", "0");
     target.set("Oper.Switch.EnhFaultMonFeature", "False");
 }
 
 void loadChassis(TableReader& table, Switch& target) {
-    loadUnits(table, target, power_supply);
-    loadUnits(table, target, fan);
+    loadUnits(table, target, kPowerSupply);
+    loadUnits(table, target, kFan);
     if (table.has("slots")) {
-        const int64_t slots = table.integer("slots", 0, most_units);
+        const int64_t slots = table.integer("slots", 0, kMostUnits);
         target.set("Oper.Chassis.0.MaxSlots", std::to_string(slots));
         for (int64_t slot = 0; slot < slots; ++slot) {
             target.set("Oper.Blade." + std::to_string(slot) + ".FaultList", "");
@@ -66,7 +66,7 @@ void needUnit(const Switch& target, const StepValues& values) {
 
 /** Units count from 1 on the chassis' label, their keys from 0. */
 std::vector<StepField> unitFields() {
-    return {numberField("index", 1, most_units), wordField("state", unit_states)};
+    return {numberField("index", 1, kMostUnits), wordField("state", kUnitStates)};
 }
 
 }  // namespace
@@ -82,16 +82,16 @@ Area chassisArea() {
                  VEX_EVENT_CHASSIS_OPERCHANGE,
                  "Power supply {index} {state}",
                  {},
-                 needUnit<power_supply>}),
+                 needUnit<kPowerSupply>}),
         keyStep({"fan",
                  unitFields(),
                  {{"Oper.Chassis.0.Fan.{index-1}", "{state}"}},
                  VEX_EVENT_CHASSIS_OPERCHANGE,
                  "Fan {index} {state}",
                  {},
-                 needUnit<fan>}),
+                 needUnit<kFan>}),
     };
-    made.defaults = setDefaults;
+    made.defaults = setChassisDefaults;
     return made;
 }
 

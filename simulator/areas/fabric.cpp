@@ -7,23 +7,21 @@
 namespace vexsim {
 namespace {
 
-constexpr unsigned lowest_domain = 1;
-constexpr unsigned highest_domain = 239;  // FC-SW
-constexpr unsigned unreachable = 255;
-constexpr unsigned most_ports = 65535;
+constexpr unsigned kLowestDomain = 1;
+constexpr unsigned kMostRemotePorts = 65535;
 
 using Member = std::pair<unsigned, FabricSwitch>;
 
 unsigned readDomain(TableReader& table, const char* field) {
-    return static_cast<unsigned>(table.integer(field, lowest_domain, highest_domain));
+    return static_cast<unsigned>(table.integer(field, kLowestDomain, kHighestDomain));
 }
 
 /** The management server's fields, which a section and a step share. */
 void readManagement(TableReader& table, const char* status, const char* slow, FabricSwitch& made) {
     if (table.has(status)) {
-        made.management_status = static_cast<uint32_t>(table.integer(status, 0, UINT32_MAX));
+        made.managementStatus = static_cast<uint32_t>(table.integer(status, 0, UINT32_MAX));
     }
-    if (table.has(slow)) made.management_slow_s = static_cast<long>(table.integer(slow, 0, 86400));
+    if (table.has(slow)) made.managementSlowSeconds = static_cast<long>(table.integer(slow, 0, 86400));
 }
 
 Member readMember(TableReader& table) {
@@ -31,10 +29,10 @@ Member readMember(TableReader& table) {
     const unsigned domain = readDomain(table, "domain");
     made.wwn = Wwn(table.wwn("wwn"));
     made.name = table.has("name") ? table.text("name") : made.wwn.tostring();
-    if (table.has("hops")) made.hops = static_cast<unsigned>(table.integer("hops", 1, unreachable));
-    if (table.has("ports")) made.ports = static_cast<unsigned>(table.integer("ports", 0, most_ports));
-    made.port_wwns = table.texts("port_wwns");
-    made.offline = table.numbers("offline", 0, most_ports);
+    if (table.has("hops")) made.hops = static_cast<unsigned>(table.integer("hops", 1, kUnreachable));
+    if (table.has("ports")) made.ports = static_cast<unsigned>(table.integer("ports", 0, kMostRemotePorts));
+    made.portWwns = table.texts("port_wwns");
+    made.offline = table.numbers("offline", 0, kMostRemotePorts);
     readManagement(table, "management_status", "management_slow", made);
     return {domain, std::move(made)};
 }
@@ -78,13 +76,13 @@ void leave(Switch& target, unsigned domain) {
     target.part<Fabric>().switches.erase(domain);
 }
 
-constexpr const char* principal_key = "Oper.Switch.WhoIsPrincipal";
+constexpr const char* kPrincipalKey = "Oper.Switch.WhoIsPrincipal";
 
 /** A fabric chooses its principal among its switches. */
 void choosePrincipal(Switch& target, const std::string& wwn) {
     if (!isInFabric(target, Wwn(wwn)))
         throw StepError("the fabric has no switch " + wwn + " to be the principal");
-    target.set(principal_key, wwn);
+    target.set(kPrincipalKey, wwn);
 }
 
 /** A fabric that has formed anew: its switches, its paths or its principal. */
@@ -93,12 +91,12 @@ void raiseReformed(Switch& target, const std::string& text) {
     target.raise(VEX_EVENT_LSDB_CHANGE, text);
 }
 
-void setDefaults(Switch& target) {
+void setFabricDefaults(Switch& target) {
     target.set("Oper.Switch.DomainID", "1");
 }
 
 void loadFabric(TableReader& table, Switch& target) {
-    if (table.has("principal")) target.set(principal_key, table.wwn("principal"));
+    if (table.has("principal")) target.set(kPrincipalKey, table.wwn("principal"));
     for (TableReader& entry : table.tables("switch")) {
         entry.rename("[[fabric.switch]]");
         Member member = readMember(entry);
@@ -146,7 +144,7 @@ Action readDomainChange(TableReader& table) {
 
 Action readUnreachable(TableReader& table) {
     return [domain = readDomain(table, "domain")](Switch& target) {
-        memberOf(target, domain).hops = unreachable;
+        memberOf(target, domain).hops = kUnreachable;
         target.raise(VEX_EVENT_LSDB_CHANGE, "Domain " + std::to_string(domain) + " unreachable");
     };
 }
@@ -154,7 +152,7 @@ Action readUnreachable(TableReader& table) {
 Action readReachable(TableReader& table) {
     const unsigned domain = readDomain(table, "domain");
     unsigned hops = 1;
-    if (table.has("hops")) hops = static_cast<unsigned>(table.integer("hops", 1, unreachable - 1));
+    if (table.has("hops")) hops = static_cast<unsigned>(table.integer("hops", 1, kUnreachable - 1));
     return [domain, hops](Switch& target) {
         memberOf(target, domain).hops = hops;
         target.raise(VEX_EVENT_LSDB_CHANGE, "Domain " + std::to_string(domain) + " reachable");
@@ -177,7 +175,7 @@ Action readMerge(TableReader& table) {
 
 /** Switches leave together, and what stays behind has a new principal. */
 Action readSegment(TableReader& table) {
-    const std::set<unsigned> domains = table.numbers("domains", lowest_domain, highest_domain);
+    const std::set<unsigned> domains = table.numbers("domains", kLowestDomain, kHighestDomain);
     return [domains, principal = table.wwn("principal")](Switch& target) {
         for (const unsigned domain : domains) leave(target, domain);
         choosePrincipal(target, principal);
@@ -185,7 +183,7 @@ Action readSegment(TableReader& table) {
     };
 }
 
-Action readRename(TableReader& table) {
+Action readFabricRename(TableReader& table) {
     return [principal = table.wwn("principal")](Switch& target) {
         choosePrincipal(target, principal);
         target.raise(VEX_EVENT_FABRIC_CHANGE, "Principal switch " + principal);
@@ -195,7 +193,7 @@ Action readRename(TableReader& table) {
 template <bool online>
 Action readRemotePort(TableReader& table) {
     const unsigned domain = readDomain(table, "domain");
-    const auto port = static_cast<unsigned>(table.integer("port", 0, most_ports));
+    const auto port = static_cast<unsigned>(table.integer("port", 0, kMostRemotePorts));
     return [domain, port](Switch& target) {
         FabricSwitch& owner = memberOf(target, domain);
         if (online) {
@@ -215,8 +213,8 @@ Action readManagementServer(TableReader& table) {
     readManagement(table, "status", "slow", said);
     return [domain, said](Switch& target) {
         FabricSwitch& owner = memberOf(target, domain);
-        owner.management_status = said.management_status;
-        owner.management_slow_s = said.management_slow_s;
+        owner.managementStatus = said.managementStatus;
+        owner.managementSlowSeconds = said.managementSlowSeconds;
     };
 }
 
@@ -241,12 +239,12 @@ Area fabricArea() {
         {"switch_reachable", readReachable},
         {"fabric_merge", readMerge},
         {"fabric_segment", readSegment},
-        {"fabric_rename", readRename},
+        {"fabric_rename", readFabricRename},
         {"remote_port_online", readRemotePort<true>},
         {"remote_port_offline", readRemotePort<false>},
         {"management_server", readManagementServer},
     };
-    made.defaults = setDefaults;
+    made.defaults = setFabricDefaults;
     made.read = readFabricKey;
     return made;
 }

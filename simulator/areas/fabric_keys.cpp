@@ -51,9 +51,9 @@ std::optional<Reading> lsdbRecord(Switch& target, unsigned domain, std::string_v
 
 Reading portWwn(const FabricSwitch& owner, unsigned port) {
     if (owner.offline.count(port) != 0) return Reading{EndOfList, {}};
-    if (!owner.port_wwns.empty()) {
-        if (port >= owner.port_wwns.size()) return Reading{EndOfList, {}};
-        return {Ok, owner.port_wwns[port]};
+    if (!owner.portWwns.empty()) {
+        if (port >= owner.portWwns.size()) return Reading{EndOfList, {}};
+        return {Ok, owner.portWwns[port]};
     }
     if (port >= owner.ports) return Reading{EndOfList, {}};
     return {Ok, portName(owner.wwn, port).tostring()};
@@ -66,26 +66,26 @@ Reading topology(Switch& target, unsigned domain, std::string_view field) {
     if (found == switches.end()) return {EndOfList, {}};
     const FabricSwitch& owner = found->second;
     if (field == ".PortEntries") {
-        target.clock_offset += owner.management_slow_s;  // time that passes without anybody waiting
-        if (owner.management_status != 0) return {owner.management_status, {}};
-        return {Ok, std::to_string(owner.port_wwns.empty() ? owner.ports : owner.port_wwns.size())};
+        target.clockOffset += owner.managementSlowSeconds;  // time that passes without anybody waiting
+        if (owner.managementStatus != 0) return {owner.managementStatus, {}};
+        return {Ok, std::to_string(owner.portWwns.empty() ? owner.ports : owner.portWwns.size())};
     }
     if (!skip(field, ".Entry.")) return {UnknownKey, {}};
     const std::optional<unsigned> port = skipNumber(field);
     if (!port || field != ".PortWwn") return {UnknownKey, {}};
-    if (owner.management_status != 0) return {owner.management_status, {}};
+    if (owner.managementStatus != 0) return {owner.managementStatus, {}};
     return portWwn(owner, *port);
 }
 
 }  // namespace
 
-Wwn portName(const Wwn& switch_name, unsigned port) {
-    std::string text = switch_name.tostring();
+Wwn portName(const Wwn& switchName, unsigned port) {
+    std::string text = switchName.tostring();
     if (text[0] == '1') text[0] = '2';
     if (text[0] == '5') text[0] = '3';
     Wwn name(text);
-    if (text[0] != '2' && text[0] != '3') return switch_name;
-    name.Set_Port(switch_name.isCisco() ? port + 1 : port);
+    if (text[0] != '2' && text[0] != '3') return switchName;
+    name.Set_Port(switchName.isCisco() ? port + 1 : port);
     return name;
 }
 

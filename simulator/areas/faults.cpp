@@ -5,7 +5,7 @@
 namespace vexsim {
 namespace {
 
-constexpr int64_t most = std::numeric_limits<uint32_t>::max();
+constexpr int64_t kMost = std::numeric_limits<uint32_t>::max();
 
 Effect readEffect(TableReader& table) {
     Effect effect;
@@ -16,17 +16,17 @@ Effect readEffect(TableReader& table) {
         return true;
     };
     if (has("result")) effect.result = static_cast<int32_t>(table.integer("result", INT32_MIN, INT32_MAX));
-    if (has("status")) effect.status = static_cast<uint32_t>(table.integer("status", 0, most));
+    if (has("status")) effect.status = static_cast<uint32_t>(table.integer("status", 0, kMost));
     if (has("value")) effect.value = table.value("value");
     if (has("truncate"))
         effect.truncate = static_cast<size_t>(table.integer("truncate", 0, VEX_SML_VALUE_SIZE));
     if (has("unterminated")) effect.unterminated = table.flag("unterminated");
     if (has("null")) effect.null = table.flag("null");
-    if (has("handle")) effect.handle = static_cast<uint32_t>(table.integer("handle", 0, most));
-    if (table.has("delay_ms")) effect.delay_ms = table.integer("delay_ms", 1, 600'000);
-    if (table.has("uptime_s")) effect.uptime_s = table.integer("uptime_s", 1, 86400);
+    if (has("handle")) effect.handle = static_cast<uint32_t>(table.integer("handle", 0, kMost));
+    if (table.has("delay_ms")) effect.delayMs = table.integer("delay_ms", 1, 600'000);
+    if (table.has("uptime_s")) effect.uptimeSeconds = table.integer("uptime_s", 1, 86400);
     if (effects > 1) table.fail("a fault has one effect, apart from \"delay_ms\" and \"uptime_s\"");
-    if (effects == 0 && effect.delay_ms == 0 && effect.uptime_s == 0)
+    if (effects == 0 && effect.delayMs == 0 && effect.uptimeSeconds == 0)
         effect.status = effect.result = Scripted;
     return effect;
 }
@@ -34,8 +34,8 @@ Effect readEffect(TableReader& table) {
 /** Effects that the function has no place for would never show, so they are mistakes. */
 void checkEffect(TableReader& table, const std::string& function) {
     const bool reads = function == "vex_smlGet" || function == "vex_smlGetBatch" || function == "*";
-    const bool has_statuses = reads || function == "vex_smlSet" || function == "vex_smlSetBatch" ||
-                              function == "vex_enRegisterForEventList";
+    const bool hasStatuses = reads || function == "vex_smlSet" || function == "vex_smlSetBatch" ||
+                             function == "vex_enRegisterForEventList";
     const bool names = function == "vex_fzsGetActiveZonesetName" || function == "vex_fzsGetZonesetList" ||
                        function == "vex_ZonesetGetName" || function == "vex_ZoneGetName" ||
                        function == "vex_ZoneAliasGetName";
@@ -43,7 +43,7 @@ void checkEffect(TableReader& table, const std::string& function) {
         const char* field;
         bool fits;
     } effects[] = {
-        {"status", has_statuses},
+        {"status", hasStatuses},
         {"value", reads || names},
         {"truncate", reads},
         {"unterminated", reads || names},
@@ -63,8 +63,8 @@ FaultRule readRule(TableReader& table) {
         table.fail("function", "the library has no function \"" + rule.function + '"');
     }
     if (table.has("key")) rule.key = table.text("key");
-    if (table.has("skip")) rule.skip = static_cast<uint32_t>(table.integer("skip", 0, most));
-    if (table.has("times")) rule.times = static_cast<uint32_t>(table.integer("times", 0, most));
+    if (table.has("skip")) rule.skip = static_cast<uint32_t>(table.integer("skip", 0, kMost));
+    if (table.has("times")) rule.times = static_cast<uint32_t>(table.integer("times", 0, kMost));
     rule.effect = readEffect(table);
     checkEffect(table, rule.function);
     return rule;
@@ -82,7 +82,7 @@ Action readClearFaults(TableReader&) {
 void loadConnect(TableReader& table, Switch& target) {
     FaultRule rule;
     rule.function = "vex_IPConnect";
-    rule.times = static_cast<uint32_t>(table.integer("refuse", 1, most));
+    rule.times = static_cast<uint32_t>(table.integer("refuse", 1, kMost));
     rule.effect.result = table.has("result")
                              ? static_cast<int32_t>(table.integer("result", INT32_MIN, INT32_MAX))
                              : static_cast<int32_t>(Refused);

@@ -42,7 +42,7 @@ Action readNote(TableReader& table) {
 
 Action readAdvanceClock(TableReader& table) {
     const auto seconds = static_cast<long>(table.integer("seconds", 0, INT32_MAX));
-    return [seconds](Switch& target) { target.clock_offset += seconds; };
+    return [seconds](Switch& target) { target.clockOffset += seconds; };
 }
 
 /** Only its pauses count, and they are the scenario's affair. */

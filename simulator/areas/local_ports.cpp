@@ -10,7 +10,7 @@
 namespace vexsim {
 namespace {
 
-constexpr int64_t most_ports = 256;
+constexpr int64_t kMostLocalPorts = 256;
 
 std::string operKey(unsigned port, const char* field) {
     return "Oper.UserPort.0." + std::to_string(port) + '.' + field;
@@ -29,21 +29,21 @@ struct Port {
     Transceiver transceiver{3, 0x001122, {}, true, false};
 };
 
-constexpr Words oper_states{"Online", "Offline",      "Diagnostics", "Isolated", "Down",
+constexpr Words kPortStates{"Online", "Offline",      "Diagnostics", "Isolated", "Down",
                             "Downed", "NotInstalled", "PoweredOff",  "Unknown"};
 
-constexpr Words admin_states{"Online", "Offline", "Diagnostics", "Down", "Downed"};
+constexpr Words kPortAdminStates{"Online", "Offline", "Diagnostics", "Down", "Downed"};
 
-constexpr Words port_types{"G", "GL", "E", "F", "FL", "Donor", "TH", "TF", "TR", "PT", "Unknown"};
+constexpr Words kPortTypes{"G", "GL", "E", "F", "FL", "Donor", "TH", "TF", "TR", "PT", "Unknown"};
 
-constexpr Words hardware_types{"GL", "EXG", "Unknown"};
+constexpr Words kHardwareTypes{"GL", "EXG", "Unknown"};
 
 /** The fields that a table has, over those of `made`. */
 Port readPort(TableReader& table, Port made) {
-    if (table.has("state")) made.state = table.word("state", oper_states);
-    if (table.has("admin")) made.admin = table.word("admin", admin_states);
-    if (table.has("type")) made.type = table.word("type", port_types);
-    if (table.has("hardware")) made.hardware = table.word("hardware", hardware_types);
+    if (table.has("state")) made.state = table.word("state", kPortStates);
+    if (table.has("admin")) made.admin = table.word("admin", kPortAdminStates);
+    if (table.has("type")) made.type = table.word("type", kPortTypes);
+    if (table.has("hardware")) made.hardware = table.word("hardware", kHardwareTypes);
     if (std::optional<TableReader> part = table.table("transceiver")) {
         made.transceiver = readTransceiver(*part, made.transceiver);
         part->finish();
@@ -68,13 +68,13 @@ void setPortCount(Switch& target, int64_t count) {
 }
 
 /** The smallest switch that there is: one port, without a transceiver. */
-void setDefaults(Switch& target) {
+void setPortDefaults(Switch& target) {
     setPortCount(target, 1);
     setPort(target, 0, Port());
 }
 
 void loadPorts(TableReader& table, Switch& target) {
-    const auto count = static_cast<unsigned>(table.integer("count", 1, most_ports));
+    const auto count = static_cast<unsigned>(table.integer("count", 1, kMostLocalPorts));
     const Port common = readPort(table, Port());
     setPortCount(target, count);
     for (unsigned number = 0; number < count; ++number) setPort(target, number, common);
@@ -94,15 +94,15 @@ void loadPorts(TableReader& table, Switch& target) {
 }
 
 unsigned readNumber(TableReader& table) {
-    return static_cast<unsigned>(table.integer("port", 0, most_ports - 1));
+    return static_cast<unsigned>(table.integer("port", 0, kMostLocalPorts - 1));
 }
 
 void needPort(const Switch& target, unsigned port) {
     if (port >= portCount(target)) throw StepError("the switch has no port " + std::to_string(port));
 }
 
-constexpr const char* oper_state = "Oper.UserPort.0.{port}.OperState";
-constexpr const char* admin_state = "Oper.UserPort.0.{port}.AdminState";
+constexpr const char* kOperState = "Oper.UserPort.0.{port}.OperState";
+constexpr const char* kAdminState = "Oper.UserPort.0.{port}.AdminState";
 
 /** A step that changes a port; the third word of the event's source is the port's number. */
 StepKind portStep(const char* name, std::vector<StepField> fields,
@@ -111,7 +111,7 @@ StepKind portStep(const char* name, std::vector<StepField> fields,
                   const char* text =
                       "Port {port} [Oper.UserPort.0.{port}.OperState], set "
                       "[Oper.UserPort.0.{port}.AdminState]") {
-    fields.push_back(numberField("port", 0, most_ports - 1));
+    fields.push_back(numberField("port", 0, kMostLocalPorts - 1));
     return keyStep({name,
                     std::move(fields),
                     std::move(keys),
@@ -134,7 +134,7 @@ Action readPlugged(TableReader& table) {
         std::snprintf(head, sizeof head, "0;0;0;%u;1;%u;", port, transceiver.oui);
         const std::string serial = serialOf(transceiver, port);
         const std::string padding(16 - std::min<size_t>(serial.size(), 16), ' ');
-        target.raise(media_inserted,
+        target.raise(kMediaInserted,
                      head + padding + serial + ';' + std::to_string(transceiverFormat(transceiver)),
                      {{0, 0, static_cast<int32_t>(port)}});
     };
@@ -146,7 +146,7 @@ Action readPulled(TableReader& table) {
         Transceiver none;
         none.installed = false;
         setTransceiver(target, port, none);
-        target.raise(media_removed, "0;0;0;" + std::to_string(port), {{0, 0, static_cast<int32_t>(port)}});
+        target.raise(kMediaRemoved, "0;0;0;" + std::to_string(port), {{0, 0, static_cast<int32_t>(port)}});
     };
 }
 
@@ -165,24 +165,24 @@ Area localPortsArea() {
     made.name = "local ports";
     made.sections = {{"ports", false, loadPorts}};
     made.steps = {
-        portStep("port_online", {}, {{oper_state, "Online"}, {admin_state, "Online"}}),
-        portStep("port_offline", {}, {{oper_state, "Offline"}}),
+        portStep("port_online", {}, {{kOperState, "Online"}, {kAdminState, "Online"}}),
+        portStep("port_offline", {}, {{kOperState, "Offline"}}),
         portStep("port_state",
-                 {optional(wordField("state", oper_states)), optional(wordField("admin", admin_states))},
-                 {{oper_state, "{state}"}, {admin_state, "{admin}"}}),
+                 {optional(wordField("state", kPortStates)), optional(wordField("admin", kPortAdminStates))},
+                 {{kOperState, "{state}"}, {kAdminState, "{admin}"}}),
         portStep(
             "port_type",
-            {optional(wordField("type", port_types)), optional(wordField("hardware", hardware_types))},
+            {optional(wordField("type", kPortTypes)), optional(wordField("hardware", kHardwareTypes))},
             {{"Config.UserPort.0.{port}.Type", "{type}"}, {"Oper.UserPort.0.{port}.HWType", "{hardware}"}},
             VEX_EVENT_PORT_CFG_CHANGE, "Port {port} type [Config.UserPort.0.{port}.Type]"),
         // A port module is put in or taken out.
-        portStep("port_added", {orElse(wordField("state", oper_states), "Offline")},
-                 {{oper_state, "{state}"}}),
-        portStep("port_removed", {}, {{oper_state, "NotInstalled"}}),
+        portStep("port_added", {orElse(wordField("state", kPortStates), "Offline")},
+                 {{kOperState, "{state}"}}),
+        portStep("port_removed", {}, {{kOperState, "NotInstalled"}}),
         {"transceiver_plugged", readPlugged},
         {"transceiver_pulled", readPulled},
     };
-    made.defaults = setDefaults;
+    made.defaults = setPortDefaults;
     made.read = readName;
     return made;
 }

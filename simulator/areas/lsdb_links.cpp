@@ -7,11 +7,9 @@
 namespace vexsim {
 namespace {
 
-constexpr int64_t highest_domain = 239;
-
 /** One link of a record: the port that it starts at, and the domain that it leads to. */
 struct Link {
-    std::string local_port;
+    std::string localPort;
     std::string neighbor;
 };
 using Links = std::vector<Link>;
@@ -41,9 +39,8 @@ std::optional<unsigned> firstAt(Switch& target, unsigned hops) {
 
 /** Where a switch hangs in the tree that explains all distances; nullopt for the root, and out of reach. */
 std::optional<unsigned> parentOf(Switch& target, unsigned domain) {
-    constexpr unsigned unreachable = 255;
     const std::optional<unsigned> hops = hopsTo(target, domain);
-    if (!hops || *hops == 0 || *hops == unreachable) return std::nullopt;
+    if (!hops || *hops == 0 || *hops == kUnreachable) return std::nullopt;
     return firstAt(target, *hops - 1);
 }
 
@@ -87,13 +84,13 @@ std::optional<Reading> readLinks(Switch& target, const std::string& key) {
     const std::optional<uint16_t> domain = keyNumber(tail->substr(0, dot));
     if (!domain || !hopsTo(target, *domain)) return Reading{EndOfList, {}};
     const Links links = linksOf(target, *domain);
-    if (local) return readLink(links, *local, &Link::local_port);
+    if (local) return readLink(links, *local, &Link::localPort);
     if (remote) return readLink(links, *remote, &Link::neighbor);
     return Reading{Ok, std::to_string(links.size())};
 }
 
 unsigned domainOf(TableReader& table) {
-    return static_cast<unsigned>(table.integer("domain", 1, highest_domain));
+    return static_cast<unsigned>(table.integer("domain", 1, kHighestDomain));
 }
 
 Links describedLinks(TableReader& table) {

@@ -7,7 +7,7 @@
 namespace vexsim {
 namespace {
 
-constexpr int64_t last_port = 255;
+constexpr int64_t kLastPort = 255;
 
 /** A device that is logged in at a port of the simulated switch. */
 struct Device {
@@ -26,7 +26,7 @@ std::vector<Device>::iterator find(NameServer& server, const std::string& wwn) {
 }
 
 unsigned readPort(TableReader& table) {
-    return table.has("port") ? static_cast<unsigned>(table.integer("port", 0, last_port)) : 0;
+    return table.has("port") ? static_cast<unsigned>(table.integer("port", 0, kLastPort)) : 0;
 }
 
 /** One device, or several that come or go together. */
@@ -54,7 +54,7 @@ void loadDevice(TableReader& table, Switch& target) {
     for (const std::string& name : readNames(table)) logIn(target.part<NameServer>(), name, readPort(table));
 }
 
-Action readAdd(TableReader& table) {
+Action readLogIn(TableReader& table) {
     return [names = readNames(table), port = readPort(table)](Switch& target) {
         std::string text;
         for (const std::string& name : names) {
@@ -65,7 +65,7 @@ Action readAdd(TableReader& table) {
     };
 }
 
-Action readRemove(TableReader& table) {
+Action readLogOut(TableReader& table) {
     return [names = readNames(table)](Switch& target) {
         NameServer& server = target.part<NameServer>();
         std::string text;
@@ -80,7 +80,7 @@ Action readRemove(TableReader& table) {
 }
 
 /** The devices at one port: "FirstNsEntry", and "NextNsEntry.NAME" for the one after NAME. */
-std::optional<Reading> readComputed(Switch& target, const std::string& key) {
+std::optional<Reading> readEntry(Switch& target, const std::string& key) {
     const std::string prefix = "Oper.NameServerAll.";
     if (key.compare(0, prefix.size(), prefix) != 0) return std::nullopt;
     const size_t dot = key.find('.', prefix.size());
@@ -105,8 +105,8 @@ Area nameServerArea() {
     Area made;
     made.name = "name server";
     made.sections = {{"name_server", true, loadDevice}};
-    made.steps = {{"name_server_add", readAdd}, {"name_server_remove", readRemove}};
-    made.read = readComputed;
+    made.steps = {{"name_server_add", readLogIn}, {"name_server_remove", readLogOut}};
+    made.read = readEntry;
     return made;
 }
 

@@ -5,8 +5,8 @@
 namespace vexsim {
 namespace {
 
-constexpr const char* ipv4_address = "Oper.System.Eth.0.IPv4Address";
-constexpr const char* ipv6_address = "Oper.System.Eth.0.IPv6Address.0";
+constexpr const char* kIpv4Address = "Oper.System.Eth.0.IPv4Address";
+constexpr const char* kIpv6Address = "Oper.System.Eth.0.IPv6Address.0";
 
 const Fields& services() {
     static const Fields fields{{
@@ -31,14 +31,14 @@ const Fields& snmp() {
 const Fields& network() {
     static const Fields fields{{
         {"ipv4", "Config.System.IPv4Enable", Field::Flag, "True"},
-        {"ipv4_address", ipv4_address, Field::IPv4, "192.0.2.10"},
+        {"ipv4_address", kIpv4Address, Field::IPv4, "192.0.2.10"},
         {"ipv6", "Config.System.IPv6Enable", Field::Flag, "False"},
-        {"ipv6_address", ipv6_address, Field::IPv6, "2001:db8::10"},
+        {"ipv6_address", kIpv6Address, Field::IPv6, "2001:db8::10"},
     }};
     return fields;
 }
 
-void setDefaults(Switch& target) {
+void setPropertyDefaults(Switch& target) {
     for (const Fields* fields : {&services(), &snmp(), &network()}) fields->setDefaults(target);
 }
 
@@ -46,7 +46,7 @@ Action readAddress(TableReader& table) {
     const bool six = table.integer("version", 4, 6) == 6;
     if (!six && table.integer("version", 4, 6) != 4) table.fail("version", "\"version\" must be 4 or 6");
     return [six, address = table.address("address", six ? 6 : 4)](Switch& target) {
-        target.set(six ? ipv6_address : ipv4_address, address);
+        target.set(six ? kIpv6Address : kIpv4Address, address);
         target.raise(six ? VEX_EVENT_IPV6_ADDRESS_CHANGE : VEX_EVENT_IP_ADDRESS_CHANGE, address);
     };
 }
@@ -73,7 +73,7 @@ Area propertiesArea() {
                  VEX_EVENT_SERVICES_CFG_CHANGE,
                  "{name}"}),
     };
-    made.defaults = setDefaults;
+    made.defaults = setPropertyDefaults;
     return made;
 }
 

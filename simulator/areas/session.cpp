@@ -13,7 +13,7 @@ bool startsWith(const std::string& text, const std::string& prefix) {
 constexpr struct {
     const char* prefix;
     vex_eventcode_e code;
-} change_events[] = {
+} kChangeEvents[] = {
     {"Config.Services.", VEX_EVENT_SERVICES_CFG_CHANGE}, {"Config.Snmp.", VEX_EVENT_SNMP_CFG_CHANGE},
     {"Config.System.", VEX_EVENT_NETWORK_CFG_CHANGE},    {"Config.Switch.", VEX_EVENT_SWITCH_CFG_CHANGE},
     {"Config.UserPort.", VEX_EVENT_PORT_CFG_CHANGE},
@@ -32,7 +32,7 @@ void putInForce(Switch& target, const std::map<std::string, std::string>& settin
     for (const auto& [key, value] : settings) {
         if (target.value(key) == value) continue;
         target.set(key, value);
-        for (const auto& row : change_events) {
+        for (const auto& row : kChangeEvents) {
             if (startsWith(key, row.prefix)) changed.emplace(std::pair(row.code, sourceOf(key).word[2]), key);
         }
     }
@@ -48,8 +48,8 @@ void endEdit(Session& session) {
 
 uint32_t requestAdmin(Switch& target, const Command& command) {
     Session& session = target.part<Session>();
-    const bool taken = (session.admin || session.held_elsewhere) && !session.isAdmin(command.handle);
-    if (taken && !session.shared_admin) return Refused;
+    const bool taken = (session.admin || session.heldElsewhere) && !session.isAdmin(command.handle);
+    if (taken && !session.sharedAdmin) return Refused;
     session.admin = command.handle;
     return Ok;
 }
@@ -105,13 +105,13 @@ uint32_t backUp(Switch& target, const Command&) {
     for (const auto& [key, value] : target.store()) {
         if (startsWith(key, "Config.")) session.backup.emplace(key, value);
     }
-    session.has_backup = true;
+    session.hasBackup = true;
     return Ok;
 }
 
 uint32_t restore(Switch& target, const Command&) {
     Session& session = target.part<Session>();
-    if (!session.has_backup) return NoBackup;
+    if (!session.hasBackup) return NoBackup;
     if (session.edit != EditKind::None) return Busy;
     putInForce(target, session.backup);
     return Ok;
@@ -120,7 +120,7 @@ uint32_t restore(Switch& target, const Command&) {
 constexpr struct {
     const char* key;
     uint32_t (*run)(Switch&, const Command&);
-} commands[] = {
+} kCommands[] = {
     {"Cmd.Switch.ReqAdmin", requestAdmin},
     {"Cmd.Switch.RelAdmin", releaseAdmin},
     {"Cmd.Switch.CancelAdmin", releaseAdmin},
@@ -136,25 +136,25 @@ constexpr struct {
 };
 
 uint32_t runCommand(Switch& target, const Command& command) {
-    for (const auto& row : commands) {
+    for (const auto& row : kCommands) {
         if (command.key == row.key) return row.run(target, command);
     }
     return UnknownKey;
 }
 
 struct AdminChange {
-    std::optional<bool> held_elsewhere;
+    std::optional<bool> heldElsewhere;
     std::optional<bool> shared;
 
     explicit AdminChange(TableReader& table) {
-        if (table.has("held_elsewhere")) held_elsewhere = table.flag("held_elsewhere");
+        if (table.has("held_elsewhere")) heldElsewhere = table.flag("held_elsewhere");
         if (table.has("shared")) shared = table.flag("shared");
     }
 
     void operator()(Switch& target) const {
         Session& session = target.part<Session>();
-        session.held_elsewhere = held_elsewhere.value_or(session.held_elsewhere);
-        session.shared_admin = shared.value_or(session.shared_admin);
+        session.heldElsewhere = heldElsewhere.value_or(session.heldElsewhere);
+        session.sharedAdmin = shared.value_or(session.sharedAdmin);
     }
 };
 
@@ -187,7 +187,7 @@ Area sessionArea() {
     made.sections = {
         {"admin", false, [](TableReader& table, Switch& target) { AdminChange{table}(target); }}};
     made.steps = {{"admin", [](TableReader& table) -> Action { return AdminChange(table); }}};
-    made.command_prefixes = {"Cmd.Switch.", "Cmd.Cim."};
+    made.commandPrefixes = {"Cmd.Switch.", "Cmd.Cim."};
     made.command = runCommand;
     return made;
 }

@@ -46,15 +46,15 @@ const Fields& manufacturing() {
     return fields;
 }
 
-constexpr Words states{"Online", "Offline", "Diagnostics", "Downed", "Unknown"};
+constexpr Words kSwitchStates{"Online", "Offline", "Diagnostics", "Downed", "Unknown"};
 
-std::string join(const std::vector<std::string>& words) {
+std::string faultList(const std::vector<std::string>& words) {
     std::string joined;
     for (const std::string& word : words) joined += (joined.empty() ? "" : " ") + word;
     return joined;
 }
 
-void setDefaults(Switch& target) {
+void setSwitchDefaults(Switch& target) {
     for (const Fields* fields : {&identity(), &features(), &versions(), &manufacturing()}) {
         fields->setDefaults(target);
     }
@@ -68,8 +68,8 @@ void loadSwitch(TableReader& table, Switch& target) {
     identity().load(table, target);
     if (table.has("domain"))
         target.set("Oper.Switch.DomainID", std::to_string(table.integer("domain", 1, 239)));
-    if (table.has("state")) target.set("Oper.Switch.OperState", table.word("state", states));
-    target.set("Oper.Switch.FaultList", join(table.texts("faults")));
+    if (table.has("state")) target.set("Oper.Switch.OperState", table.word("state", kSwitchStates));
+    target.set("Oper.Switch.FaultList", faultList(table.texts("faults")));
 }
 
 /** Names the whole list: what it does not name has cleared. */
@@ -77,7 +77,7 @@ Action readFaultList(TableReader& table) {
     std::optional<int64_t> slot;
     if (table.has("slot")) slot = table.integer("slot", 0, 65535);
     if (!table.has("faults")) table.fail("step \"fault_list\" needs \"faults\"");
-    return [slot, faults = join(table.texts("faults"))](Switch& target) {
+    return [slot, faults = faultList(table.texts("faults"))](Switch& target) {
         const std::string key = slot ? "Oper.Blade." + std::to_string(*slot) + ".FaultList"
                                      : std::string("Oper.Switch.FaultList");
         if (!target.has(key)) throw StepError("the chassis has no slot " + std::to_string(*slot));
@@ -87,7 +87,7 @@ Action readFaultList(TableReader& table) {
     };
 }
 
-std::optional<Reading> readComputed(Switch&, const std::string& key) {
+std::optional<Reading> readNop(Switch&, const std::string& key) {
     // Asks for nothing and always succeeds: it fills a place in a batch.
     if (key == "Oper.Switch.Nop") return Reading{};
     return std::nullopt;
@@ -107,7 +107,7 @@ Area switchArea() {
     };
     made.steps = {
         keyStep({"switch_state",
-                 {wordField("state", states)},
+                 {wordField("state", kSwitchStates)},
                  {{"Oper.Switch.OperState", "{state}"}},
                  VEX_EVENT_SWITCH_STATE_CHANGE,
                  "Switch state {state}"}),
@@ -118,8 +118,8 @@ Area switchArea() {
                  VEX_EVENT_FEATURE_CHANGE,
                  "{name}"}),
     };
-    made.defaults = setDefaults;
-    made.read = readComputed;
+    made.defaults = setSwitchDefaults;
+    made.read = readNop;
     return made;
 }
 

@@ -7,8 +7,8 @@ namespace {
 
 /** The fabric's limits, all seven or none. */
 void loadLimits(TableReader& table, Switch& target) {
-    constexpr int64_t most = INT32_MAX;
-    const auto read = [&](const char* field) { return static_cast<int32_t>(table.integer(field, 0, most)); };
+    constexpr int64_t kMost = INT32_MAX;
+    const auto read = [&](const char* field) { return static_cast<int32_t>(table.integer(field, 0, kMost)); };
     vex_fzs_limits_s limits{};
     limits.max_zonesets = read("zonesets");
     limits.max_zones = read("zones");
@@ -17,7 +17,7 @@ void loadLimits(TableReader& table, Switch& target) {
     limits.max_members_per_zone = read("members_per_zone");
     limits.max_aliases = read("aliases");
     limits.max_members_per_alias = read("members_per_alias");
-    target.zoning_limits = limits;
+    target.zoningLimits = limits;
 }
 
 void expect(TableReader& table, const char* field, Status status, const std::string& what) {
@@ -92,10 +92,10 @@ ZonesetContent readActive(TableReader& table, const ZoningDatabase& configured) 
 }
 
 /**
- * A file without the section: a switch that a cache need not load, as 1 is what a cache begins with. So files
- * about other things are not full of zoning.
+ * For a file without the section: checksums of 1, with which a cache begins, so that files about other things
+ * load no zoning.
  */
-void setDefaults(Switch& target) {
+void setZoningDefaults(Switch& target) {
     target.set("Oper.Zoning.InactiveChecksum", "1");
     target.set("Oper.Zoning.ActiveChecksum", "1");
     target.set("Oper.Zoning.ActiveZoneSet", "");
@@ -165,7 +165,7 @@ Action readFabricLock(TableReader& table) {
     return [held = table.flag("held_elsewhere")](Switch& target) {
         Zoning& zoning = target.part<Zoning>();
         if (held && zoning.lock) throw StepError("the fabric's lock is held here");
-        zoning.locked_elsewhere = held;
+        zoning.lockedElsewhere = held;
     };
 }
 
@@ -180,8 +180,8 @@ Area zoningArea() {
         {"zoning_replace", readReplace},    {"zone_add", readZoneAdd},
         {"zone_remove", readZoneRemove},    {"fabric_lock", readFabricLock},
     };
-    made.defaults = setDefaults;
-    made.command_prefixes = {"Cmd.Zoning."};
+    made.defaults = setZoningDefaults;
+    made.commandPrefixes = {"Cmd.Zoning."};
     made.command = runZoningCommand;
     return made;
 }

@@ -63,9 +63,9 @@ struct Zoning {
     std::optional<ZonesetContent> active;
 
     std::optional<uint32_t> lock;       /**< the connection that holds the fabric's lock */
-    bool locked_elsewhere = false;      /**< another switch of the fabric holds it */
+    bool lockedElsewhere = false;       /**< another switch of the fabric holds it */
     std::optional<ZoningDatabase> edit; /**< the database that the lock's holder is building */
-    bool edit_failed = false;           /**< a command of the edit was refused, so it cannot be saved */
+    bool editFailed = false;            /**< a command of the edit was refused, so it cannot be saved */
 };
 
 /** Brings the checksums and the active zoneset's name among the switch's keys up to date. */

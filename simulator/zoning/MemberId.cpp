@@ -9,10 +9,10 @@
 namespace vexsim {
 namespace {
 
-constexpr const char* hex_digits = "0123456789abcdefABCDEF";
+constexpr const char* kHexDigits = "0123456789abcdefABCDEF";
 
 bool isHex(const std::string& text) {
-    return !text.empty() && text.find_first_not_of(hex_digits) == std::string::npos;
+    return !text.empty() && text.find_first_not_of(kHexDigits) == std::string::npos;
 }
 
 /** Up to 8 hexadecimal digits as a number. */

@@ -99,7 +99,7 @@ Status ZoningObjects::add(Handle zoneset, Handle container) {
     Container* const object = get<Container>(container);
     if (target == nullptr || object == nullptr) return BadArgument;
     if (object->owner != nullptr) return misuse();
-    if (!(target->*Container::list).add(object->name, container)) return Exists;
+    if (!(target->*Container::kList).add(object->name, container)) return Exists;
     object->owner = zoneset;
     return Ok;
 }
@@ -110,7 +110,7 @@ Status ZoningObjects::remove(Handle zoneset, Handle container) {
     const Container* const object = get<Container>(container);
     if (target == nullptr || object == nullptr) return BadArgument;
     if (object->owner != zoneset) return misuse();
-    (target->*Container::list).remove(object->name);
+    (target->*Container::kList).remove(object->name);
     drop(container);
     return Ok;
 }

@@ -35,11 +35,11 @@ struct ContainerObject {
 };
 
 struct ZoneObject : ContainerObject {
-    static constexpr auto list = &ZonesetObject::zones; /**< where a zoneset keeps its kind */
+    static constexpr auto kList = &ZonesetObject::zones; /**< where a zoneset keeps its kind */
 };
 
 struct AliasObject : ContainerObject {
-    static constexpr auto list = &ZonesetObject::aliases;
+    static constexpr auto kList = &ZonesetObject::aliases;
 };
 
 /**

@@ -11,7 +11,7 @@ namespace {
 Status lock(Switch& target, const Command& command) {
     Zoning& zoning = target.part<Zoning>();
     if (!target.part<Session>().isAdmin(command.handle)) return NoAdmin;
-    if (zoning.locked_elsewhere || zoning.lock.value_or(command.handle) != command.handle) return Refused;
+    if (zoning.lockedElsewhere || zoning.lock.value_or(command.handle) != command.handle) return Refused;
     zoning.lock = command.handle;
     zoning.edit.reset();  // a lock that is taken again begins anew
     return Ok;
@@ -32,7 +32,7 @@ Status edit(Switch& target, const Command& command) {
     if (zoning.lock != command.handle) return NotLocked;
     if (zoning.edit) return Busy;
     zoning.edit = zoning.configured;
-    zoning.edit_failed = false;
+    zoning.editFailed = false;
     return Ok;
 }
 
@@ -42,9 +42,9 @@ Status clear(Switch&, ZoningDatabase& database) {
 }
 
 Status save(Switch& target, ZoningDatabase& database) {
-    if (target.part<Zoning>().edit_failed) return Refused;
-    if (target.zoning_limits) {
-        const Status status = database.check(*target.zoning_limits);
+    if (target.part<Zoning>().editFailed) return Refused;
+    if (target.zoningLimits) {
+        const Status status = database.check(*target.zoningLimits);
         if (status != Ok) return status;
     }
     configureZoning(target, std::move(database));
@@ -60,7 +60,7 @@ Status cancel(Switch& target, ZoningDatabase&) {
 constexpr struct {
     const char* key;
     Status (*run)(Switch&, const Command&);
-} session_commands[] = {
+} kSessionCommands[] = {
     {"Cmd.Zoning.FabricLock.77", lock},
     {"Cmd.Zoning.FabricUnlock.77", unlock},
     {"Cmd.Zoning.EditConfig", edit},
@@ -70,7 +70,7 @@ constexpr struct {
 constexpr struct {
     const char* key;
     Status (*run)(Switch&, ZoningDatabase&);
-} edit_commands[] = {
+} kEditCommands[] = {
     {"Cmd.Zoning.ClearConfig", clear},
     {"Cmd.Zoning.SaveConfig", save},
     {"Cmd.Zoning.CancelConfig", cancel},
@@ -82,7 +82,7 @@ constexpr struct {
     const char* verb;
     Status (ZoningDatabase::*create)(const std::string& name);
     Status (ZoningDatabase::*change)(const std::string& name, const std::string& operand);
-} object_commands[] = {
+} kObjectCommands[] = {
     {"Alias", "Create", &ZoningDatabase::createAlias, nullptr},
     {"Alias", "AddZoneMember", nullptr, &ZoningDatabase::addAliasMember},
     {"Zone", "Create", &ZoningDatabase::createZone, nullptr},
@@ -107,7 +107,7 @@ std::array<std::string, 4> split(const std::string& key) {
 
 Status runOnObject(ZoningDatabase& database, const std::string& key) {
     const auto [kind, name, verb, operand] = split(key);
-    for (const auto& row : object_commands) {
+    for (const auto& row : kObjectCommands) {
         if (kind != row.kind || verb != row.verb) continue;
         if (row.change != nullptr) return (database.*row.change)(name, operand);
         return operand.empty() ? (database.*row.create)(name) : UnknownKey;
@@ -118,17 +118,17 @@ Status runOnObject(ZoningDatabase& database, const std::string& key) {
 }  // namespace
 
 uint32_t runZoningCommand(Switch& target, const Command& command) {
-    for (const auto& row : session_commands) {
+    for (const auto& row : kSessionCommands) {
         if (command.key == row.key) return row.run(target, command);
     }
     Zoning& zoning = target.part<Zoning>();
     if (!zoning.edit || zoning.lock != command.handle || !target.part<Session>().isAdmin(command.handle))
         return NotInEdit;
-    for (const auto& row : edit_commands) {
+    for (const auto& row : kEditCommands) {
         if (command.key == row.key) return row.run(target, *zoning.edit);
     }
     const Status status = runOnObject(*zoning.edit, command.key);
-    if (status != Ok) zoning.edit_failed = true;
+    if (status != Ok) zoning.editFailed = true;
     return status;
 }
 
