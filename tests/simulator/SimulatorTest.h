@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -33,23 +32,10 @@ class SimulatorTest : public ::testing::Test {
     ~SimulatorTest() override { sim.reset(); }
 
     static vex_smlrequest_s request(const std::string& key, const std::string& value = "") {
-        vex_smlrequest_s record;
-        std::memset(&record, 0x5a, sizeof record);  // what the switch leaves alone shows
+        vex_smlrequest_s record{};
         key.copy(record.key, sizeof record.key - 1);
-        record.key[key.size()] = '\0';
         value.copy(record.value, sizeof record.value - 1);
-        record.value[value.size()] = '\0';
         return record;
-    }
-
-    /** A one-record get; the record's value is bounded by its field. */
-    vex_smlrequest_s get(const std::string& key) const {
-        vex_smlrequest_s record = request(key);
-        EXPECT_EQ(vex_smlGetBatch(handle, &record, 1), 0);
-        return record;
-    }
-    static std::string valueOf(const vex_smlrequest_s& record) {
-        return {record.value, strnlen(record.value, sizeof record.value)};
     }
 
     int32_t command(const std::string& key) const { return command(handle, key); }

@@ -1,10 +1,13 @@
 #pragma once
 
-#include <map>
+#include <array>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "datacache/CacheReader.h"
+#include "host/areas.h"
 #include "tests/support/CacheTest.h"
 #include "zoning/ZoningSession.h"
 
@@ -14,36 +17,71 @@ struct Arg {
     operator char*() { return text.data(); }
 };
 
-/** What a zoneset holds, one line each: "zone NAME TYPE MEMBER,MEMBER", "alias NAME MEMBER". */
-using Contents = std::vector<std::string>;
-/** Zonesets by the key of the cache's map, or by name. */
-using Zonesets = std::map<std::string, Contents>;
+/** Two zonesets, one of them active too, three zones and two aliases; limits may follow. */
+inline const std::string kSwitch = R"(
+switch = {wwn = "1000001122AABBCC", principal = "1000001122000001"}
+[zoning]
+active = "alpha"
+alias = [{name = "a1", members = ["2000001122000001", "2000001122000002"]}, {name = "a2"}]
+zone = [{name = "z1", members = ["2000001122000003", "a1"]},
+        {name = "z2", type = "HardACL", members = ["1,2", "010203"]}, {name = "z3"}]
+zoneset = [{name = "alpha", zones = ["z1", "z2"]}, {name = "beta", zones = ["z1"]}]
+)";
 
-inline const std::string kActive = "[ActiveZoneSetKey]";
-inline const std::string kUber = "[UberZoneSetKey]";
-
-/** The limits of a switch file, and such as no test reaches. */
-std::string limitsText(const vex_fzs_limits_s& limits);
-inline const std::string kLimits = limitsText({20, 20, 400, 20, 20, 20, 20});
+/** Limits of zonesets, zones, members, zones in a zoneset, members in a zone, aliases, members in an alias.
+ */
+inline std::string limitsText(const std::array<int, 7>& most) {
+    std::ostringstream text;
+    text << "limits = {zonesets = " << most[0] << ", zones = " << most[1] << ", members = " << most[2]
+         << ", zones_per_zoneset = " << most[3] << ", members_per_zone = " << most[4]
+         << ", aliases = " << most[5] << ", members_per_alias = " << most[6] << "}\n";
+    return text.str();
+}
 
 class ZoningTest : public CacheTest {
   protected:
-    /** Two zonesets, one of them active too, three zones and two aliases. */
-    static const char* const kSwitch;
+    ~ZoningTest() override { expectNoLeak(); }
 
     /** A new cache of a new switch, loaded; forgets events, calls and log. May be called again. */
-    void start(const std::string& toml);
-    void start() { start(std::string(kSwitch) + kLimits); }
+    void start(const std::string& toml = kSwitch + limitsText({20, 20, 400, 20, 20, 20, 20})) {
+        expectNoLeak();
+        restart();
+        CacheTest::start(toml);
+    }
     /** Has the zoning area read again by one pass; returns its result. */
-    bool refresh();
+    bool refresh() {
+        cache().updateZoning();
+        pass();
+        const AccessGuard guard;
+        return peer().zoningOK;
+    }
+    void fault(const std::string& fields) { sim.run("do = 'fault'\n" + fields); }
 
     ZoningCache& zoning() { return datacache::CacheReader().zoning(); }
-    Zonesets cached();
-    /** What the switch itself holds, the configured zonesets by name and the database under kUber. */
-    Zonesets onSwitch();
-    /** Objects that the cache should hold, by what can be reached from it. */
-    vexsim::Live reachable();
-    /** Expects that these are all objects alive. */
-    void expectNoLeak();
-    std::vector<std::string> logWith(const std::string& part);
+    /** The database, as a host shows it. */
+    static std::string shown() {
+        std::ostringstream text;
+        host::printAreas(text, host::readAreas("zoning"), false);
+        return text.str();
+    }
+    /** The zonesets with their types, in the order of the walk. */
+    std::vector<std::pair<std::string, int>> walk() {
+        std::vector<std::pair<std::string, int>> found;
+        _ZoneSetTypes type{};
+        for (void* zoneset = zoning().getFirstZoneset(type); zoneset != nullptr;
+             zoneset = zoning().getNextZoneset(zoneset, type)) {
+            char name[VEX_ZONING_NAME_SIZE];
+            vex_ZonesetGetName(zoneset, name);
+            found.emplace_back(name, type);
+        }
+        return found;
+    }
+
+  private:
+    /** Ends the cache; nothing that it held is left. */
+    void expectNoLeak() {
+        delete std::exchange(DataCache::instance, nullptr);
+        const vexsim::Live live = sim.live();
+        EXPECT_EQ(live.zonesets + live.zones + live.aliases + live.members, 0U);
+    }
 };
