@@ -13,12 +13,9 @@ using ::testing::ElementsAre;
 struct Item {
     explicit Item(int number) : value(number) { ++living; }
     ~Item() { --living; }
-    Item(const Item&) = delete;
-    Item& operator=(const Item&) = delete;
     int value;
-    static int living;
+    static inline int living = 0;
 };
-int Item::living = 0;
 
 using E = Element<Item>;
 
@@ -86,22 +83,17 @@ TEST(List, FindsByIdAndCountsIdsRoundTheSentinels) {
     list.add(element(2));
     EXPECT_EQ(list.get_first()->id(), 65535);
     EXPECT_EQ(list.get_last()->id(), 2);
-    EXPECT_EQ(list.find(0), nullptr);
-    EXPECT_EQ(list.find(1), nullptr);
-    EXPECT_EQ(list.find(3), nullptr);
+    for (const int none : {0, 1, 3}) EXPECT_EQ(list.find(none), nullptr);
     EXPECT_EQ(list.remove(9), nullptr);
     const std::unique_ptr<E> removed(list.remove(65535));
     EXPECT_THAT(values(list), ElementsAre(2));
 }
 
 TEST(ListDeathTest, AnElementThatIsStillLinkedStopsTheProgram) {
+    List<E> list;
+    list.add(element(1));
     EXPECT_EXIT(
-        {
-            List<E> list;
-            list.add(element(1));
-            delete list.get_first();
-        },
-        ::testing::KilledBySignal(SIGABRT),
+        delete list.get_first(), ::testing::KilledBySignal(SIGABRT),
         "list_t:188: Element<Item>::~Element\\(\\) \\[with Item = SwitchCache\\]: Assertion `.*' failed");
 }
 

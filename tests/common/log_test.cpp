@@ -15,9 +15,9 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <limits>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "common/cim_log.h"
@@ -60,14 +60,13 @@ std::string numbers() {
     return std::to_string(getpid()) + "/" + std::to_string(syscall(SYS_gettid));
 }
 
-/** This process's descriptors that are open on a file of that name. */
-std::vector<int> descriptors_of(const std::string& path) {
+/** This process's only descriptor that is open on a file of that name; -1 when it is not one. */
+int descriptor_of(const std::string& path) {
     std::vector<int> found;
-    for (int file = 0; file < 256; ++file) {
-        std::error_code error;
+    std::error_code error;
+    for (int file = 0; file < 256; ++file)
         if (fs::read_symlink("/proc/self/fd/" + std::to_string(file), error) == path) found.push_back(file);
-    }
-    return found;
+    return found.size() == 1 ? found[0] : -1;
 }
 
 /** Runs `work` in a forked child; true when it ends by itself within 20 seconds. */
@@ -172,26 +171,24 @@ TEST_F(CimLog, RotatesAtTheLineAfterAThousand) {
 }
 
 TEST_F(CimLog, CutsLinesAt2055BytesAndShowsThemToTheObserver) {
-    struct Seen {
-        std::string line;
-        std::size_t message;
-        unsigned int level;
-    } seen{};
+    using Seen = std::tuple<std::string, std::size_t, unsigned>;
+    Seen seen;
+    const auto& [line, message, level] = seen;
     observeLog(
         [](void* context, unsigned int level, const char* line, std::size_t length, std::size_t message) {
             *static_cast<Seen*>(context) = {{line, length}, message, level};
         },
         &seen);
     cim_log(CIM_LOG_TRACE, "%s", "");
-    const std::size_t room = 2055 - seen.message;
+    const std::size_t room = 2055 - message;
     for (const std::size_t length : {room - 1, room, room + 1, std::size_t{5000}}) {
         redirectLog(main.c_str(), critical.c_str());
         const std::string text = std::string(length - 1, 'a') + '\n';
         cim_log(CIM_LOG_CRITICAL, "%s", text.c_str());
-        EXPECT_EQ(fs::file_size(main), seen.message + std::min(length, room));
+        EXPECT_EQ(fs::file_size(main), message + std::min(length, room));
         EXPECT_EQ(fs::file_size(critical), fs::file_size(main));
-        EXPECT_EQ(seen.line.substr(seen.message), text.substr(0, room));
-        EXPECT_EQ(seen.level, 4U);
+        EXPECT_EQ(line.substr(message), text.substr(0, room));
+        EXPECT_EQ(level, 4U);
     }
 }
 
@@ -203,9 +200,8 @@ TEST_F(CimLog, OpensFilesForAllUsersAndForThisProgramOnly) {
         struct stat status {};
         ASSERT_EQ(stat(path.c_str(), &status), 0);
         EXPECT_EQ(status.st_mode & 07777U, 0666U) << path;
-        ASSERT_EQ(descriptors_of(path).size(), 1U) << path;
-        const int file = descriptors_of(path)[0];
-        EXPECT_NE(fcntl(file, F_GETFD) & FD_CLOEXEC, 0) << path;
+        const int file = descriptor_of(path);
+        EXPECT_EQ(fcntl(file, F_GETFD), FD_CLOEXEC) << path;
         EXPECT_NE(fcntl(file, F_GETFL) & O_APPEND, 0) << path;
     }
 }
@@ -219,10 +215,7 @@ TEST_F(CimLog, KeepsTryingAPathItMustNotOrCannotOpen) {
         for (const bool link : {true, false}) {
             redirectLog(main.c_str(), critical.c_str());
             fs::remove(blocked);
-            if (link)
-                fs::create_symlink(victim, blocked);
-            else
-                fs::create_directory(blocked);
+            link ? fs::create_symlink(victim, blocked) : void(fs::create_directory(blocked));
             cim_log(CIM_LOG_CRITICAL, "first\n");
             errno = EXDEV;
             cim_log(CIM_LOG_CRITICAL, "second\n");
@@ -266,9 +259,8 @@ TEST_F(CimLog, ThreadsLoseNoLineAndKeepTheirOrder) {
     for (std::thread& thread : threads) thread.join();
 
     int next[kThreads] = {};
-    for (const std::string& path :
-         {generation(5), generation(4), generation(3), generation(2), generation(1), main}) {
-        for (const std::string& message : messages(path)) {
+    for (int number = 5; number >= 0; --number) {
+        for (const std::string& message : messages(number == 0 ? main : generation(number))) {
             const auto thread = static_cast<std::size_t>(message.at(0) - '0');
             ASSERT_LT(thread, std::size(next)) << message;
             ASSERT_EQ(message, std::to_string(thread) + " " + std::to_string(next[thread]++) + " end");

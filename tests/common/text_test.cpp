@@ -19,11 +19,8 @@ TEST(Text, WritesBytesAsDigits) {
     EXPECT_STREQ(text, "100000FF0AB08001");
     EXPECT_EQ(text[17], '#');
 
-    for (const int count : {0, -1, -2147483647}) {
-        std::memset(text, '#', sizeof text);
-        EXPECT_EQ(byteToStr(text, bytes, count), text);
-        EXPECT_EQ(text[0], '#') << "nothing is written for " << count;
-    }
+    for (const int count : {0, -1})
+        EXPECT_STREQ(byteToStr(text, bytes, count), "100000FF0AB08001") << "nothing is written";
     byteToStr(text, bytes, 3);
     EXPECT_STREQ(text, "100000");
 }
@@ -32,8 +29,6 @@ TEST(Text, ConvertsToUpperCaseInPlace) {
     char text[] = "10:00:aB\xe4z";
     EXPECT_EQ(toUpper(text), text);
     EXPECT_STREQ(text, "10:00:AB\xe4Z");
-    char empty[] = "";
-    EXPECT_EQ(toUpper(empty), empty);
     EXPECT_EQ(toUpper(nullptr), nullptr);
     EXPECT_STREQ(booltostr(true), "true");
     EXPECT_STREQ(booltostr(false), "false");
@@ -50,38 +45,29 @@ TEST(Text, ReadsFieldsWithTheirBound) {
 }
 
 TEST(Text, ReadsNumbersAsOnThePlatformOfRecord) {
-    const struct {
-        const char* text;
-        int32_t number;
-    } decimals[] = {{"12", 12},
-                    {" -7x", -7},
-                    {"", 0},
-                    {"x", 0},
-                    {"0x10", 0},
-                    {"2147483648", 2147483647},
-                    {"-99999999999999999999", -2147483647 - 1}};
-    for (const auto& c : decimals) EXPECT_EQ(toInt(c.text), c.number) << c.text;
+    const std::pair<const char*, int32_t> decimals[] = {
+        {"12", 12},  {" -7x", -7},
+        {"", 0},     {"x", 0},
+        {"0x10", 0}, {"2147483648", 2147483647},
+        {"-1", -1},  {"-99999999999999999999", -2147483647 - 1}};
+    for (const auto& [text, number] : decimals) EXPECT_EQ(toInt(text), number) << text;
     EXPECT_EQ(toUint16("65537"), 1);
     EXPECT_EQ(toUint8("300"), 44);
 
-    const struct {
-        const char* text;
-        int base;
-        uint32_t number;
-    } unsigneds[] = {{"1A2B", 16, 6699},
-                     {"0x1F", 0, 31},
-                     {"017", 0, 15},
-                     {"4294967295", 10, 4294967295U},
-                     {"4294967296", 10, 4294967295U},
-                     {"99999999999999999999999", 10, 4294967295U},
-                     {"-1", 10, 4294967295U},
-                     {"-2", 10, 4294967294U},
-                     {"+5", 10, 5},
-                     {"--5", 10, 0},
-                     {"  ", 10, 0},
-                     {"x", 10, 0},
-                     {"", 16, 0}};
-    for (const auto& c : unsigneds) EXPECT_EQ(strtoul32(c.text, c.base), c.number) << c.text;
+    EXPECT_EQ(strtoul32("1A2B", 16), 6699U);
+    EXPECT_EQ(strtoul32("", 16), 0U);
+    EXPECT_EQ(strtoul32("0x1F", 0), 31U);
+    EXPECT_EQ(strtoul32("017", 0), 15U);
+    const std::pair<const char*, uint32_t> unsigneds[] = {{"4294967295", 4294967295U},
+                                                          {"4294967296", 4294967295U},
+                                                          {"99999999999999999999999", 4294967295U},
+                                                          {"-1", 4294967295U},
+                                                          {"-2", 4294967294U},
+                                                          {"+5", 5},
+                                                          {"--5", 0},
+                                                          {"  ", 0},
+                                                          {"x", 0}};
+    for (const auto& [text, number] : unsigneds) EXPECT_EQ(strtoul32(text, 10), number) << text;
 }
 
 }  // namespace

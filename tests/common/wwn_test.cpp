@@ -2,34 +2,29 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 namespace {
 
+using namespace std::string_literals;
+
 TEST(Wwn, ParsesSixteenHexadecimalDigitsAndNothingElse) {
-    const struct {
-        const char* text;
-        const char* name;
-    } cases[] = {
-        {"1000001122AABBCC", "1000001122AABBCC"},        {"1000001122aabbcc", "1000001122AABBCC"},
-        {"FFFFFFFFFFFFFFFF", "FFFFFFFFFFFFFFFF"},        {"", "0000000000000000"},
-        {"1000001122AABBC", "0000000000000000"},         {"1000001122AABBCCD", "0000000000000000"},
-        {"1000001122AABBCg", "0000000000000000"},        {"x000001122AABBCC", "0000000000000000"},
-        {"0x00001122AABBCC", "0000000000000000"},        {"-000001122AABBCC", "0000000000000000"},
-        {" 000001122AABBCC", "0000000000000000"},        {"10:00:00:11:22:AA:BB:C", "0000000000000000"},
-        {"10:00:00:11:22:AA:BB:CC", "0000000000000000"}, {"10-00-00-11-22-AA-BB-CC", "0000000000000000"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Wwn(std::string(c.text)).tostring(), c.name) << c.text;
-    }
-    EXPECT_TRUE(Wwn(std::string("10000011\0AABBCC1", 16)).isNull());
+    EXPECT_EQ(Wwn("1000001122aAbBcC"s).tostring(), "1000001122AABBCC");
+    EXPECT_EQ(Wwn("FFFFFFFFFFFFFFFF"s).tostring(), "FFFFFFFFFFFFFFFF");
+    for (const std::string& none :
+         {""s, "1000001122AABBC"s, "1000001122AABBCCD"s, "1000001122AABBCg"s, "x000001122AABBCC"s,
+          "0x00001122AABBCC"s, "-000001122AABBCC"s, " 000001122AABBCC"s, "10:00:00:11:22:AA:BB:C"s,
+          "10:00:00:11:22:AA:BB:CC"s, "10000011\0AABBCC1"s})
+        EXPECT_TRUE(Wwn(none).isNull()) << none;
     EXPECT_TRUE(Wwn().isNull());
-    EXPECT_FALSE(Wwn(std::string("0000000000000001")).isNull());
+    EXPECT_FALSE(Wwn("0000000000000001"s).isNull());
 }
 
 TEST(Wwn, PlacesThePortByFormat) {
     const struct {
-        const char* before;
+        std::string before;
         unsigned port;
-        const char* after;
+        std::string after;
         unsigned read;
     } cases[] = {
         {"2000001122AABBCC", 0x123, "2123001122AABBCC", 0x123},
@@ -41,28 +36,26 @@ TEST(Wwn, PlacesThePortByFormat) {
         {"5000001122AABBCC", 0x123, "5000001122AABBCC", 4096},
     };
     for (const auto& c : cases) {
-        Wwn name{std::string(c.before)};
+        Wwn name(c.before);
         name.Set_Port(c.port);
         EXPECT_EQ(name.tostring(), c.after) << c.before;
         unsigned port = 4096;
         name.Get_Port(port);
         EXPECT_EQ(port, c.read) << c.before;
 
-        Wwn halves{std::string(c.after)};
         unsigned upper = 99;
         unsigned lower = 99;
-        halves.Get_Port(upper, lower);
+        name.Get_Port(upper, lower);
         EXPECT_EQ(upper, c.read == 4096 ? 99 : c.read >> 6) << c.before;
         EXPECT_EQ(lower, c.read == 4096 ? 99 : c.read & 63) << c.before;
-        halves.Set_Port(upper + 64, lower + 64);  // wider halves are cut
-        EXPECT_EQ(halves.tostring(), c.after) << c.before;
+        name.Set_Port(upper + 64, lower + 64);  // wider halves are cut
+        EXPECT_EQ(name.tostring(), c.after) << c.before;
     }
 }
 
 TEST(Wwn, SharesABaseWithinOneSwitch) {
     const struct {
-        const char* one;
-        const char* other;
+        std::string one, other;
         bool same;
     } cases[] = {
         {"2001001122AABBCC", "2ABC001122AABBCC", true},  {"2001001122AABBCC", "2001001122AABBCD", false},
@@ -72,36 +65,30 @@ TEST(Wwn, SharesABaseWithinOneSwitch) {
         {"0000000000000000", "0000000000000000", false}, {"6000001122AABBCC", "6000001122AABBCC", false},
         {"2001001122AABBCC", "2001001222AABBCC", false},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Wwn(std::string(c.one)).Same_Base(Wwn(std::string(c.other))), c.same)
-            << c.one << ' ' << c.other;
-    }
+    for (const auto& c : cases) EXPECT_EQ(Wwn(c.one).Same_Base(Wwn(c.other)), c.same) << c.one << c.other;
 }
 
-TEST(Wwn, TurnsPortNamesIntoSwitchNames) {
-    const struct {
-        const char* port;
-        const char* switchName;
-    } cases[] = {
+TEST(Wwn, MakesSwitchNamesOfPortNames) {
+    const std::map<std::string, std::string> cases = {
         {"2ABC000DECAABBCC", "2000000DECAABBCC"},  // Cisco keeps NAA 2
         {"2ABC001122AABBCC", "1000001122AABBCC"}, {"3ABCDEF122AABBCC", "5000000122AABBCC"},
         {"1ABC001122AABBCC", "1ABC001122AABBCC"}, {"5ABC001122AABBCC", "5ABC001122AABBCC"},
     };
-    for (const auto& c : cases) {
-        Wwn name{std::string(c.port)};
+    for (const auto& [port, switchName] : cases) {
+        Wwn name(port);
         EXPECT_EQ(&name.convertToSwitchName(), &name);
-        EXPECT_EQ(name.tostring(), c.switchName) << c.port;
+        EXPECT_EQ(name.tostring(), switchName) << port;
     }
 }
 
 TEST(Wwn, MakesFabricPortNames) {
-    Wwn name{std::string("1000001122AABBCC")};
+    Wwn name("1000001122AABBCC"s);
     EXPECT_EQ(name.Make_Fabric_Port_Wwn(0x04, 0x23), 1);
     EXPECT_EQ(name.tostring(), "2123001122AABBCC");
     EXPECT_EQ(name.Make_Fabric_Port_Wwn(0, 1), 1);
     EXPECT_EQ(name.tostring(), "2001001122AABBCC");
 
-    Wwn registered{std::string("5000001122AABBCC")};
+    Wwn registered("5000001122AABBCC"s);
     EXPECT_EQ(registered.Make_Fabric_Port_Wwn(4, 23), 0);
     EXPECT_EQ(registered.tostring(), "5000001122AABBCC");
     EXPECT_EQ(registered.Make_Fabric_Port_Wwn_Null_Mac(0x3F, 0x3F), 1);
@@ -111,11 +98,11 @@ TEST(Wwn, MakesFabricPortNames) {
 }
 
 TEST(Wwn, KnowsTwoCompanies) {
-    EXPECT_TRUE(Wwn(std::string("2001080088AABBCC")).isMcDATA());
-    EXPECT_FALSE(Wwn(std::string("2001080089AABBCC")).isMcDATA());
-    EXPECT_TRUE(Wwn(std::string("5001000DECAABBCC")).isCisco());
-    EXPECT_FALSE(Wwn(std::string("5001000DEDAABBCC")).isCisco());
-    EXPECT_FALSE(Wwn(std::string("5000010DECAABBCC")).isCisco());
+    EXPECT_TRUE(Wwn("2001080088AABBCC"s).isMcDATA());
+    EXPECT_FALSE(Wwn("2001080089AABBCC"s).isMcDATA());
+    EXPECT_TRUE(Wwn("5001000DECAABBCC"s).isCisco());
+    EXPECT_FALSE(Wwn("5001000DEDAABBCC"s).isCisco());
+    EXPECT_FALSE(Wwn("5000010DECAABBCC"s).isCisco());
 }
 
 }  // namespace

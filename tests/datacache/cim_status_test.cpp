@@ -3,17 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include "datacache/DataCache.h"
-
-using namespace datacache;
-
 namespace {
 
 TEST(CimStatus, OfTheSwitchEndsWithItsFaults) {
     const struct {
         const char* state;
-        StatusList faults;
-        StatusList status;
+        StatusList faults, status;
     } cases[] = {
         {"Online", {}, {2}},
         {"Online", {0, 0}, {2, 0, 0}},
@@ -33,8 +28,7 @@ TEST(CimStatus, OfTheSwitchEndsWithItsFaults) {
 
 TEST(CimStatus, OfPortsAndBladesDifferWhereTheyAreDown) {
     const struct {
-        const char* oper;
-        const char* admin;
+        const char *oper, *admin;
         unsigned short port;
         StatusList blade;
     } cases[] = {
@@ -69,12 +63,7 @@ TEST(CimStatus, CodesOfWords) {
         {"G", 2},      {"GL", 3},     {"E", 4},      {"F", 5},      {"FL", 6}, {"Donor", 16000},
         {"TH", 16001}, {"TF", 16002}, {"TR", 16003}, {"PT", 16004}, {"g", 0},  {"", 0}};
     for (const auto& [word, code] : types) EXPECT_EQ(cimPortType(word), code) << word;
-    EXPECT_EQ(cimPortHardwareType("GL"), 1);
-    EXPECT_EQ(cimPortHardwareType("EXG"), 2);
     EXPECT_EQ(cimPortHardwareType("E"), 0);
-    EXPECT_EQ(hardwareStatus("Good"), 1);
-    EXPECT_EQ(hardwareStatus("Bad"), 2);
-    EXPECT_EQ(hardwareStatus("NotInstalled"), 3);
     EXPECT_EQ(hardwareStatus("good"), 0);
     EXPECT_EQ(CachePeer::hardwareStatus(nullptr), 0);
 }

@@ -17,80 +17,62 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-struct Alarm {
-    const char* name;
-    std::string text;
-    const char* description;  ///< null: out of range
-};
-
-std::string overheatOf(const std::string& text) {
-    return overheatDescription(text);
-}
-std::string highOf(const std::string& text) {
-    return voltageDescription(text, true);
-}
-std::string lowOf(const std::string& text) {
-    return voltageDescription(text, false);
-}
-
-void check(std::string (*describe)(const std::string&), const std::vector<Alarm>& alarms) {
-    for (const Alarm& alarm : alarms) {
-        SCOPED_TRACE(alarm.name);
-        try {
-            EXPECT_EQ(describe(alarm.text), alarm.description == nullptr ? "(throws)" : alarm.description);
-        } catch (const std::out_of_range& error) {
-            EXPECT_EQ(alarm.description, nullptr);
-            EXPECT_STREQ(error.what(), "basic_string::substr");
-        }
+/** What `describe` gives, or the text of its out-of-range error in parentheses. */
+template <typename Describe>
+std::string told(Describe describe) {
+    try {
+        return describe();
+    } catch (const std::out_of_range& error) {
+        return '(' + std::string(error.what()) + ')';
     }
 }
 
-const std::string kHead17(17, 'x');  // puts a name at position 32, whose end is then a blank
-const std::string kLongHot = " temp sensor reading is out of range, it is too high";
+const std::string kThrows = "(basic_string::substr)";
 
 TEST(EventTexts, FindsTheHotSensor) {
-    check(
-        overheatOf,
-        {
-            {"name up to a blank", kHead17 + "Temp overheat, CPU above 80", "CPU sensor"},
-            {"blank nowhere behind", kHead17 + "Temp overheat, CPU", "unknown"},
-            {"end goes by position, not by blank", "Temp overheat, CPU hot\x0f and more text beyond 32\x0f!",
-             "CPU hot\x0f and more text beyond 32 sensor"},
-            {"negative length: the rest", std::string(51, 'B') + "Temp overheat, CPU", "CPU sensor"},
-            {"the short wording wins", kHead17 + "Temp overheat, CPU" + kLongHot, "CPU sensor"},
-            {"long wording", "Alarm (12.3) the inlet" + kLongHot, "inlet sensor"},
-            {"last parenthesis counts", "(1) the a (2) the inlet" + kLongHot, "inlet sensor"},
-            {"no parenthesis", "the inlet" + kLongHot, "unknown"},
-            {"parenthesis behind the phrase: the rest", "a" + kLongHot + ") the z", "z sensor"},
-            {"name would begin at the end", "a" + kLongHot + ")12345", " sensor"},
-            {"name would begin beyond the end", "a" + kLongHot + ")1234", nullptr},
-            {"neither", "Temperature", "unknown"},
-            {"empty", "", "unknown"},
-        });
+    const std::string head(17, 'x');  // puts a name at position 32, whose end is then a blank
+    const std::string hot = " temp sensor reading is out of range, it is too high";
+    const std::pair<std::string, std::string> alarms[] = {
+        {head + "Temp overheat, CPU above 80", "CPU sensor"},
+        {head + "Temp overheat, CPU", "unknown"},  // no blank behind
+        // The end goes by position, not by blank.
+        {"Temp overheat, CPU hot\x0f and more text beyond 32\x0f!",
+         "CPU hot\x0f and more text beyond 32 sensor"},
+        {std::string(51, 'B') + "Temp overheat, CPU", "CPU sensor"},  // negative length: the rest
+        {head + "Temp overheat, CPU" + hot, "CPU sensor"},            // the short wording wins
+        {"Alarm (12.3) the inlet" + hot, "inlet sensor"},
+        {"(1) the a (2) the inlet" + hot, "inlet sensor"},
+        {"the inlet" + hot, "unknown"},
+        {"a" + hot + ") the z", "z sensor"},  // parenthesis behind the phrase: the rest
+        {"a" + hot + ")12345", " sensor"},    // the name would begin at the end, and beyond it
+        {"a" + hot + ")1234", kThrows},
+        {"Temperature", "unknown"},
+    };
+    for (const auto& [text, description] : alarms)
+        EXPECT_EQ(told([&text = text] { return overheatDescription(text); }), description) << text;
 }
 
 TEST(EventTexts, FindsTheVoltageSensor) {
     const std::string high = " voltage supply is out of range, it is too high";
     const std::string low = " voltage supply is out of range, it is too low";
-    const std::vector<Alarm> either = {
-        {"bracket", "x [3.3V] [12V voltage sensor shows 13 V", "12V sensor"},
-        {"no bracket", "12V voltage sensor shows 13 V (1) the x" + high, "unknown"},
-        {"bracket behind: the rest", "12V voltage sensor shows [13 V", "13 V sensor"},
-        {"bracket at the end", "12V voltage sensor shows [", " sensor"},
-        {"neither", "voltage", "unknown"},
+    const struct {
+        std::string text, ifHigh, ifLow;
+    } alarms[] = {
+        {"x [3.3V] [12V voltage sensor shows 13 V", "12V sensor", "12V sensor"},
+        {"12V voltage sensor shows 13 V (1) the x" + high, "unknown", "unknown"},
+        {"12V voltage sensor shows [13 V", "13 V sensor", "13 V sensor"},
+        {"12V voltage sensor shows [", " sensor", " sensor"},
+        {"(1) the 12V" + high, "12V sensor", "unknown"},
+        {"(1) the 12V" + low, "unknown", "12V sensor"},
+        {high + ")", kThrows, "unknown"},
     };
-    check(highOf, either);
-    check(lowOf, either);
-    check(highOf, {{"long wording", "(1) the 12V" + high, "12V sensor"},
-                   {"the other direction", "(1) the 12V" + low, "unknown"},
-                   {"beyond the end", high + ")", nullptr}});
-    check(lowOf, {{"long wording", "(1) the 12V" + low, "12V sensor"},
-                  {"the other direction", "(1) the 12V" + high, "unknown"},
-                  {"no parenthesis", "the 12V" + low, "unknown"},
-                  {"beyond the end", low + ")12", nullptr}});
+    for (const auto& alarm : alarms) {
+        EXPECT_EQ(told([&] { return voltageDescription(alarm.text, true); }), alarm.ifHigh) << alarm.text;
+        EXPECT_EQ(told([&] { return voltageDescription(alarm.text, false); }), alarm.ifLow) << alarm.text;
+    }
 }
 
-TEST(EventTexts, ReadsMediaInserted) {
+TEST(EventTexts, ReadsMedia) {
     const MediaInserted media = parseMediaInserted("1;2;3; 4;-5;+6; ABCDEFGHIJ123456;255 and more");
     EXPECT_EQ(media.items, 8);
     EXPECT_EQ(media.port, 4);
@@ -99,41 +81,21 @@ TEST(EventTexts, ReadsMediaInserted) {
     EXPECT_EQ(media.vendorSN, "ABCDEFGHIJ123456");
     EXPECT_EQ(media.format, 255);
 
-    const MediaInserted large = parseMediaInserted("1;2;3;99999999999;1;-99999999999;0123456789ABCDEF;1");
-    EXPECT_EQ(large.items, 8);
-    EXPECT_EQ(large.port, 2147483647);
-    EXPECT_EQ(large.vendorOUI, -2147483647 - 1);
-
-    const struct {
-        const char* text;
-        int items;
-    } kCounts[] = {
+    EXPECT_EQ(parseMediaInserted("1;2;3;99999999999").port, 2147483647);
+    const std::pair<const char*, int> counts[] = {
         {"", -1},
-        {" \t", -1},
-        {"x", 0},
-        {"-", 0},
-        {";", 0},
-        {"1", 1},
-        {"1 ;2", 1},
         {"1;2;3", 3},
-        {"1;2;3;4;5;6;", 6},
         {"1;2;3;4;5;6;   ", 6},
         {"1;2;3;4;5;6;SHORT;8", 7},              // the serial number takes the ';' and all behind it
-        {"1;2;3;4;5;6;SHORT           ;8", 7},   // blanks behind it are no ';'
         {"1;2;3;4;5;6;01234567890123456;8", 7},  // 17 characters
-        {"1;2;3;4;5;6;0123456789ABCDEF;", 7},
         {"1;2;3;4;5;6;0123456789ABCDEF;x", 7},
         {"1;2;3;4;5;6;           SHORT;x;8", 7},  // blanks in front count for nothing: SHORT;x;8
     };
-    for (const auto& count : kCounts)
-        EXPECT_EQ(parseMediaInserted(count.text).items, count.items) << count.text;
-}
+    for (const auto& [text, items] : counts) EXPECT_EQ(parseMediaInserted(text).items, items) << text;
 
-TEST(EventTexts, ReadsMediaRemoved) {
-    EXPECT_EQ(parseMediaRemoved("1;2;0;17").port, 17);
+    EXPECT_EQ(parseMediaRemoved("1;2;0;17;5").port, 17);
     EXPECT_EQ(parseMediaRemoved("1;2;0;17;5").items, 4);
     EXPECT_EQ(parseMediaRemoved("1;2;3").items, 3);
-    EXPECT_EQ(parseMediaRemoved("").items, -1);
 }
 
 /** The scan counts what the C library counts, whatever the text. */
@@ -172,16 +134,11 @@ std::vector<std::string> entries(const std::string& text) {
 }
 
 TEST(EventTexts, WalksNameServerEntries) {
-    EXPECT_THAT(entries("x,y,200000051E000001"), ElementsAre("200000051E000001"));
-    EXPECT_THAT(entries("x,y,A;x,y,B"), ElementsAre("A", "B"));
-    EXPECT_THAT(entries("x,y,A;"), ElementsAre("A"));
+    EXPECT_THAT(entries("x,y,A;x,y,B;"), ElementsAre("A", "B"));
     EXPECT_THAT(entries(",,A;,,;,,C"), ElementsAre("A", "", "C"));
-    EXPECT_THAT(entries("x,y,A,more;x,y,B"), ElementsAre("A,more", "B"))
-        << "further fields belong to the third";
+    EXPECT_THAT(entries("x,y,A,more;x,y,B"), ElementsAre("A,more", "B")) << "more fields belong to the third";
     EXPECT_THAT(entries("x,y,A;x,y"), ElementsAre("A")) << "an entry of two fields ends the list";
-    EXPECT_THAT(entries("x,y"), IsEmpty());
     EXPECT_THAT(entries("x;y;z"), IsEmpty());
-    EXPECT_THAT(entries(""), IsEmpty());
     EXPECT_THAT(entries("x;y,z,A"), ElementsAre("A")) << "a ';' in front of the commas is part of a field";
 }
 

@@ -1,6 +1,5 @@
 // The cache with its real threads: start-up, retries, wake-ups, and the whole path from switch event to host
 // event.
-#include <pthread.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,9 +7,9 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 
 #include "datacache/event_text.h"
-#include "tests/support/CachePeer.h"
 #include "tests/support/CacheTest.h"
 
 namespace {
@@ -29,15 +28,7 @@ extern "C" unsigned sleep(unsigned seconds) {
 
 namespace {
 
-constexpr const char* kSwitch = R"(
-[switch]
-wwn = "1000001122AABBCC"
-[chassis]
-power_supplies = ["Good", "Good"]
-)";
-
-constexpr const char* kPowerSupplyPulled =
-    "[[step]]\ndo = \"power_supply\"\nindex = 2\nstate = \"NotInstalled\"\n";
+const std::string kSwitch = "switch = {wwn = '1000001122AABBCC'}\nchassis = {power_supplies = 2}\n";
 
 /** Collects events from the evaluation thread; a gate can hold that thread inside the callback. */
 struct Host {
@@ -45,7 +36,6 @@ struct Host {
     std::condition_variable changed;
     std::vector<std::string> lines;
     bool gateShut = false;
-    size_t stackBytes = 0;
 
     void receive(const DataCacheEvent& event) {
         // The first load of the zoning is always an event; these tests are not about it.
@@ -54,12 +44,8 @@ struct Host {
         // The callback may use the cache: the lock is recursive.
         const std::string name = DataCache::getInstance()->getRootSwitchWwn();
         DataCache::releaseInstance();
-        pthread_attr_t attributes;
-        pthread_getattr_np(pthread_self(), &attributes);
         std::unique_lock<std::mutex> guard(mutex);
-        pthread_attr_getstacksize(&attributes, &stackBytes);
-        pthread_attr_destroy(&attributes);
-        lines.push_back(datacache::eventText(event) + " seen on " + name);
+        lines.push_back(eventText(event) + " seen on " + name);
         changed.notify_all();
         changed.wait(guard, [this] { return !gateShut; });
     }
@@ -111,6 +97,10 @@ class Lifecycle : public ::testing::Test {
         ASSERT_TRUE(host().await(1));
         EXPECT_THAT(host().take(), ElementsAre(kComplete)) << "the first pass runs at once";
     }
+    void fault(const std::string& fields) {
+        sim.run("step = [{do = 'fault', function = 'vex_smlGetBatch', key = " + fields + "}]");
+    }
+    static constexpr const char* kNews = "step = [{do = 'switch_state', state = 'Online'}]";
     vexsim::Simulator& sim = vexsim::Simulator::instance();
     LogCapture capture;
 };
@@ -123,29 +113,12 @@ TEST_F(Lifecycle, InstanceIsNullBeforeInit) {
 }
 
 TEST_F(Lifecycle, ConnectsUntilItSucceeds) {
-    sim.loadSwitchText(std::string(kSwitch) + R"(
-        [zoning.limits]
-        zonesets = 1
-        zones = 1
-        members = 1
-        zones_per_zoneset = 1
-        members_per_zone = 1
-        aliases = 1
-        members_per_alias = 1
-    )");
-    sim.run(R"(
-        [[step]]
-        do = "fault"
-        function = "vex_IPConnect"
-        times = 2
-        result = 7
-        [[step]]
-        do = "fault"
-        function = "vex_IPConnect"
-        skip = 2
-        times = 1
-        handle = 0
-    )");
+    sim.loadSwitchText(kSwitch +
+                       "zoning = {limits = {zonesets = 1, zones = 1, members = 1, zones_per_zoneset = 1, "
+                       "members_per_zone = 1, aliases = 1, members_per_alias = 1}}");
+    sim.run(
+        "step = [{do = 'fault', function = 'vex_IPConnect', times = 2, result = 7}, "
+        "{do = 'fault', function = 'vex_IPConnect', skip = 2, times = 1, handle = 0}]");
     EXPECT_TRUE(DataCache::init());
     EXPECT_EQ(slept, (std::vector<unsigned>{10, 10})) << "a success without a handle is tried again at once";
     const std::string failed =
@@ -155,15 +128,11 @@ TEST_F(Lifecycle, ConnectsUntilItSucceeds) {
                             failed, failed, "2 DCACHE: vexlib connection established",
                             "2 DCACHE: zsl = 0, zl = 0, al = 0, zml = 0", "2 DCACHE: Zoning limits loaded"));
     EXPECT_NE(hSwitch, 0U);
-    EXPECT_EQ(CachePeer(*DataCache::instance).handle(), hSwitch);
-    EXPECT_EQ(sim.transcript()[0].function, "vex_IPConnect");
-    EXPECT_EQ(sim.transcript()[0].detail, "localhost,cim,");
-
     DataCache* const first = DataCache::instance;
-    sim.run("[[step]]\ndo = \"fault\"\nfunction = \"vex_fzsGetZoningLimitations\"\nresult = 1\n");
+    const uint32_t handle = hSwitch;
     EXPECT_TRUE(DataCache::init());
     EXPECT_EQ(DataCache::instance, first) << "a second call keeps the instance and its connection";
-    EXPECT_EQ(capture.take().back(), "2 DCACHE: Zoning limits failed to load");
+    EXPECT_EQ(hSwitch, handle);
 }
 
 TEST_F(Lifecycle, CoalescesWakeUps) {
@@ -180,21 +149,18 @@ TEST_F(Lifecycle, CoalescesWakeUps) {
 }
 
 TEST_F(Lifecycle, FailedPassIsReportedAndRetriedByTheNextEvent) {
-    sim.run(
-        "[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\nkey = \"Oper.Chassis.*\"\nresult = 4\n");
+    fault("'Oper.Chassis.*', result = 4");
     DataCache::init();
     DataCache::start([](DataCacheEvent* event) { host().receive(*event); });
     EXPECT_TRUE(eventually([&] {
-        bool reported = false;
-        for (const std::string& line : capture.take()) {
-            reported |= line == "2 DCACHE: (EVAL) Cache update failed or incomplete";
-        }
-        return reported;
+        const std::vector<std::string> lines = capture.take();
+        return std::count(lines.begin(), lines.end(), "2 DCACHE: (EVAL) Cache update failed or incomplete") !=
+               0;
     }));
     EXPECT_FALSE(DataCache::getInstance()->isCacheReady());
     DataCache::releaseInstance();
     EXPECT_TRUE(host().take().empty());
-    sim.run("[[step]]\ndo = \"switch_state\"\nstate = \"Online\"\n");
+    sim.run(kNews);
     ASSERT_TRUE(host().await(1));
     EXPECT_EQ(host().take()[0], kComplete);
 }
@@ -202,26 +168,24 @@ TEST_F(Lifecycle, FailedPassIsReportedAndRetriedByTheNextEvent) {
 TEST_F(Lifecycle, HealthAnswersWhileAPassHangsInTheSwitch) {
     run();
     EXPECT_TRUE(eventually([] { return DataCache::idle(); }));
-    sim.run(
-        "[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\nkey = \"Oper.Chassis.*\"\ndelay_ms = "
-        "3000\n");
+    fault("'Oper.Chassis.*', delay_ms = 3000");
     DataCache::refreshNow();
     ASSERT_TRUE(eventually([] {
-        const datacache::PassHealth passes = DataCache::health().passes;
-        return passes.running && passes.inArea && passes.area == datacache::CacheArea::Chassis;
+        const PassHealth passes = DataCache::health().passes;
+        return passes.running && passes.inArea && passes.area == CacheArea::Chassis;
     }));
-    sim.run("[[step]]\ndo = \"switch_state\"\nstate = \"Online\"\n");  // its notification waits for the lock
+    sim.run(kNews);  // its notification waits for the lock
     EXPECT_TRUE(eventually([] {
-        const datacache::EventHealth events = DataCache::health().events;
+        const EventHealth events = DataCache::health().events;
         return events.received > events.queued + events.dropped;
     }));
     std::vector<std::chrono::nanoseconds> times(51);
     for (auto& time : times) {
         const auto begin = std::chrono::steady_clock::now();
-        const datacache::Health health = DataCache::health();
+        const Health health = DataCache::health();
         time = std::chrono::steady_clock::now() - begin;
         ASSERT_TRUE(health.passes.running);
-        EXPECT_TRUE(health[datacache::CacheArea::Chassis].marked);
+        EXPECT_TRUE(health[CacheArea::Chassis].marked);
         EXPECT_FALSE(DataCache::idle());
     }
     std::nth_element(times.begin(), times.begin() + 25, times.end());
@@ -230,10 +194,8 @@ TEST_F(Lifecycle, HealthAnswersWhileAPassHangsInTheSwitch) {
 
 TEST_F(Lifecycle, RetryIntervalMendsAnAreaWithoutAnEvent) {
     run();
-    const auto good = [] { return DataCache::health()[datacache::CacheArea::Chassis].upToDate; };
-    sim.run(
-        "[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\nkey = \"Oper.Chassis.0.Fans\"\ntimes = "
-        "2\n");
+    const auto good = [] { return DataCache::health()[CacheArea::Chassis].upToDate; };
+    fault("'Oper.Chassis.0.Fans', times = 2");
     DataCache::refreshNow();
     ASSERT_TRUE(eventually([&] { return !good() && DataCache::idle(); }));
     const uint32_t passes = DataCache::health().passes.count;
@@ -249,33 +211,26 @@ TEST_F(Lifecycle, RetryIntervalMendsAnAreaWithoutAnEvent) {
 TEST_F(Lifecycle, HostThreadsReadWhileTheSwitchChanges) {
     run();
     std::atomic<bool> stop{false};
-    std::vector<pthread_t> readers(3);
-    for (pthread_t& reader : readers) {
-        pthread_create(
-            &reader, nullptr,
-            [](void* flag) -> void* {
-                while (!static_cast<std::atomic<bool>*>(flag)->load()) {
-                    DataCache* cache = DataCache::getInstance();
-                    const bool consistent = cache->getSwitchFaults().size() == 2 && cache->isCacheReady() &&
-                                            DataCache::health().connection.connected;
-                    DataCache::releaseInstance();
-                    if (!consistent) return flag;
-                }
-                return nullptr;
-            },
-            &stop);
+    std::atomic<bool> consistent{true};
+    std::vector<std::thread> readers(3);
+    for (std::thread& reader : readers) {
+        reader = std::thread([&] {
+            while (!stop) {
+                DataCache* const cache = DataCache::getInstance();
+                if (cache->getSwitchFaults().size() != 2 || !cache->isCacheReady()) consistent = false;
+                DataCache::releaseInstance();
+                if (!DataCache::health().connection.connected) consistent = false;
+            }
+        });
     }
     for (int i = 0; i < 50; ++i) {
-        sim.run("[[step]]\ndo = \"power_supply\"\nindex = 1\nstate = \"" +
-                std::string(i % 2 == 0 ? "Bad" : "Good") + "\"\n");
+        sim.run("step = [{do = 'power_supply', index = 1, state = '" +
+                std::string(i % 2 == 0 ? "Bad" : "Good") + "'}]");
     }
     sim.waitDelivered();
     stop = true;
-    for (const pthread_t reader : readers) {
-        void* broken = nullptr;
-        pthread_join(reader, &broken);
-        EXPECT_EQ(broken, nullptr);
-    }
+    for (std::thread& reader : readers) reader.join();
+    EXPECT_TRUE(consistent);
 }
 
 }  // namespace

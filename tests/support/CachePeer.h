@@ -19,37 +19,25 @@ class CachePeer {
           fabricUpdate(cache._fabricUpdate),
           accountsUpdate(cache._accountsUpdate),
           zoningUpdate(cache._zoningUpdate),
-          accountsOK(cache._accountsOK),
-          bladesOK(cache._bladesOK),
-          fabricOK(cache._fabricOK),
           zoningOK(cache._zoningOK),
-          switchState(cache._switchState),
           chassisState(cache._chassisState),
           bladeSlotCount(cache.bladeSlotCount),
           bladeState(cache._bladeState),
           localPortRefresh(cache._localPortRefresh),
           portState(cache._portState),
           transceivers(cache._transceivers),
-          accounts(cache._accounts),
-          prevAccounts(cache._prevAccounts),
-          fabric(cache._fabric),
-          mserverSwitch(cache._mserverSwitch) {}
+          prevAccounts(cache._prevAccounts) {}
 
-    int getSwitchInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getSwitchInfo(); }
     int getChassisInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getChassisInfo(); }
     bool getBladeInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getBladeInfo(); }
     bool getPortInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getPortInfo(); }
     bool getFabricInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getFabricInfo(); }
     void dispatch(vex_event_s* event) DC_NO_THREAD_SAFETY_ANALYSIS { _cache._vexlibNotificationCB(event); }
-    uint32_t handle() const { return _cache._handle; }
 
     static const char* tagToString(int code) { return DataCache::_tagToString(code); }
     static HardwareStatus hardwareStatus(char* state) { return DataCache::_smlConvToHardwareStatus(state); }
     static std::vector<std::string> parseSMLList(const std::string& list) {
         return DataCache::_parseSMLList(list);
-    }
-    static bool fabricContainsWWN(const std::vector<Wwn>& names, Wwn name) {
-        return DataCache::_fabricContainsWWN(names, name);
     }
     static std::string sanitizedMediaVendorSN(const char* text) {
         return DataCache::_sanitizedMediaVendorSN(text);
@@ -63,15 +51,12 @@ class CachePeer {
     std::deque<vex_event_s*>& eventQueue;
     bool &switchUpdate, &chassisUpdate, &bladesUpdate, &portsUpdate, &fabricUpdate, &accountsUpdate,
         &zoningUpdate;
-    bool &accountsOK, &bladesOK, &fabricOK, &zoningOK;
-    SwitchState& switchState;
+    bool& zoningOK;
     ChassisState& chassisState;
     uint16_t& bladeSlotCount;
     BladeState& bladeState;
     std::bitset<kPortRows>& localPortRefresh;
     PortState& portState;
     TransceiverState& transceivers;
-    std::vector<std::string>&accounts, &prevAccounts;
-    FabricCache& fabric;
-    Element<SwitchCache>*& mserverSwitch;
+    std::vector<std::string>& prevAccounts;
 };

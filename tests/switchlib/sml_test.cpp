@@ -13,15 +13,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr const char* kSwitch = R"(
-[switch]
-wwn = "1000001122AABBCC"
-[sml]
-"Oper.Test.A" = "alpha"
-"Oper.Test.Number" = " 42x"
-"Config.Test.A" = "old"
-)";
-
 struct GroupDeleter {
     void operator()(vex_smlmsggroup_s* group) const { vex_smlFreeMsgGroup(group); }
 };
@@ -37,9 +28,20 @@ vex_smlrequest_s request(const char* key, const char* value = "") {
 class Sml : public CacheTest {
   protected:
     Sml() {
-        load(kSwitch);
-        calls();
-        log();
+        start(
+            "switch = {wwn = '1000001122AABBCC'}\n[sml]\n'Oper.Test.A' = 'alpha'\n"
+            "'Oper.Test.Number' = ' 42x'\n'Config.Test.A' = 'old'\n");
+    }
+    void fault(const std::string& fields) { sim.run("step = [{do = 'fault', function = " + fields + "}]"); }
+    /** The keys that a transaction sends when the one that ends in `failing` fails; it gives `result`. */
+    std::vector<std::string> sentBy(int32_t (*transaction)(uint32_t, vex_smlrequest_s*, int),
+                                    const std::string& failing, int32_t result) {
+        if (!failing.empty()) fault("'vex_smlSet', key = '*" + failing + "', result = 11");
+        vex_smlrequest_s record = request("Config.Test.A", "new");
+        EXPECT_EQ(transaction(hSwitch, &record, 1), result) << failing;
+        std::vector<std::string> keys;
+        for (const std::string& call : calls()) keys.push_back(call.substr(call.rfind('.') + 1));
+        return keys;
     }
 };
 
@@ -74,7 +76,7 @@ TEST_F(Sml, GroupKeepsLongKeysTerminatedAndRefusesImpossibleSizes) {
     std::free(records);
 }
 
-TEST_F(Sml, GroupResultPrefersAFailedRecord) {
+TEST_F(Sml, GroupGivesResultsOfItsRecordsOnly) {
     const Group group(vex_smlAllocMsgGroup(0));
     vex_smlAddMsgGroupV(group.get(), "Oper.Test.A");
     EXPECT_EQ(vex_smlGetMsgGroup(group.get()), 0);
@@ -89,11 +91,6 @@ TEST_F(Sml, GroupResultPrefersAFailedRecord) {
         EXPECT_EQ(kept, untouched);
     }
 
-    sim.run("[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\nresult = 77\ntimes = 1\n");
-    EXPECT_EQ(vex_smlGetMsgGroup(group.get()), 77) << "no record failed: the call's own result";
-    vex_smlAddMsgGroupV(group.get(), "Oper.Test.Unknown");
-    EXPECT_EQ(vex_smlGetMsgGroup(group.get()), 1);
-    EXPECT_NE(vex_smlGetResult(group.get(), 1, &value), 0U);
     vex_smlResetMsgGroup(group.get());
     EXPECT_EQ(vex_smlGetMsgGroup(group.get()), 0) << "an empty group has no failed record";
 }
@@ -117,36 +114,20 @@ TEST_F(Sml, ReportsTheFirstFailedRecordUnlessItIsAnEnd) {
                 ElementsAre("2 DCACHE: sml command='" + std::string(256, '%') + "', smlerror='0xffffffff'"));
 }
 
-TEST_F(Sml, SingleKeysLogWhatFailsExceptTheExpected) {
+TEST_F(Sml, SingleKeysAreFormattedAndCut) {
     char* value = nullptr;
     uint32_t extra = 0;
-    EXPECT_EQ(vex_smlGetV(hSwitch, &value, &extra, "Oper.%s.%c", "Test", 'A'), 0);
-    EXPECT_STREQ(value, "alpha");
-    vex_libFreeMemory(value);
-    EXPECT_THAT(log(), ElementsAre("2 DCACHE: vex_smlGet 'Oper.Test.A'"));
-
-    const std::string fault = "[[step]]\ndo = \"fault\"\ntimes = 1\nfunction = ";
-    sim.run(fault + "\"vex_smlGet\"\nresult = 103\n");
-    EXPECT_EQ(vex_smlGetV(hSwitch, &value, &extra, "Oper.Test.A"), 103);
-    EXPECT_THAT(log(), ElementsAre("2 DCACHE: vex_smlGet 'Oper.Test.A'"));
-
-    sim.run(fault + "\"vex_smlGet\"\nresult = 255\n");
-    EXPECT_EQ(vex_smlGetV(hSwitch, &value, &extra, "Oper.Test.%%"), 255);
-    EXPECT_THAT(log(), ElementsAre("2 DCACHE: vex_smlGet 'Oper.Test.%'",
-                                   "4 CRIT:NORV_Vex_Lib:vex_smlGetV[50] vex_smlGet 'Oper.Test.%' failed, "
-                                   "sw_ret = 0xff"));
-
     void* reply = nullptr;
-    sim.run(fault + "\"vex_smlSet\"\nresult = -5\n");
-    EXPECT_EQ(vex_smlSetV(hSwitch, &reply, "Cmd.Switch.%s", "ReqAdmin"), -5);
-    EXPECT_THAT(log(),
-                ElementsAre("2 DCACHE: vex_smlSet 'Cmd.Switch.ReqAdmin'",
-                            "4 CRIT:NORV_Vex_Lib:vex_smlSetV[78] vex_smlSet 'Cmd.Switch.ReqAdmin' failed, "
-                            "sw_ret = -5"));
-    sim.run(fault + "\"vex_smlSet\"\nresult = 103\n");
-    EXPECT_EQ(vex_smlSetV(hSwitch, &reply, "%s", std::string(400, 'k').c_str()), 103);
-    EXPECT_EQ(log().size(), 2U) << "103 is expected of reads only";
-    EXPECT_EQ(calls().back(), "vex_smlSet " + std::string(255, 'k'));
+    const std::string longText(400, 'k');
+    vex_smlGetV(hSwitch, &value, &extra, "Oper.%s.%%%c", "Test", 'A');
+    vex_smlGetV(hSwitch, &value, &extra, "%s", longText.c_str());
+    vex_smlSetV(hSwitch, &reply, "%s.%d", "Cmd", -1);
+    fault("'vex_smlSet', result = 103");
+    EXPECT_EQ(vex_smlSetV(hSwitch, &reply, "%s", longText.c_str()), 103);
+    EXPECT_THAT(log().back(), ::testing::HasSubstr("failed, sw_ret = 103")) << "expected of reads only";
+    const std::string cut(255, 'k');
+    EXPECT_THAT(calls(), ElementsAre("vex_smlGet Oper.Test.%A", "vex_smlGet " + cut, "vex_smlSet Cmd.-1",
+                                     "vex_smlSet " + cut));
 }
 
 TEST_F(Sml, BatchReadsBoundedValues) {
@@ -157,82 +138,23 @@ TEST_F(Sml, BatchReadsBoundedValues) {
     EXPECT_EQ(batch.text(text), "alpha");
     EXPECT_EQ(batch.number(number), 42);
     EXPECT_EQ(batch.number(text), 0);
-    sim.run(
-        "[[step]]\ndo = \"fault\"\nfunction = \"vex_smlGetBatch\"\nkey = \"Oper.Test.A\"\nunterminated = "
-        "true\n");
+    fault("'vex_smlGetBatch', key = 'Oper.Test.A', unterminated = true");
     ASSERT_TRUE(batch.read(hSwitch));
     EXPECT_EQ(batch.text(text).size(), 256U);
 }
 
-/** A transaction with the step that fails: what it sends, and what it returns. */
-struct Transaction {
-    const char* failing;  ///< key glob; null for none
-    const char* failingToo;
-    int32_t result;
-    std::vector<std::string> sent;
-};
-
-class Transactions : public Sml {
-  protected:
-    void check(int32_t (*transaction)(uint32_t, vex_smlrequest_s*, int),
-               const std::vector<Transaction>& cases) {
-        for (const Transaction& c : cases) {
-            sim.run("[[step]]\ndo = \"clear_faults\"\n");
-            int32_t status = 11;
-            for (const char* key : {c.failing, c.failingToo}) {
-                if (key == nullptr) continue;
-                const bool batch = std::string(key) == "batch";
-                sim.run("[[step]]\ndo = \"fault\"\nfunction = \"" +
-                        std::string(batch ? "vex_smlSetBatch" : "vex_smlSet") + "\"\nresult = " +
-                        std::to_string(status++) + (batch ? "\n" : "\nkey = \"" + std::string(key) + "\"\n"));
-            }
-            vex_smlrequest_s record = request("Config.Test.A", "new");
-            const std::string what =
-                std::string(c.failing ? c.failing : "none") + " " + (c.failingToo ? c.failingToo : "");
-            EXPECT_EQ(transaction(hSwitch, &record, 1), c.result) << what;
-            EXPECT_EQ(sent(), c.sent) << what;
-            sim.run("[[step]]\ndo = \"clear_faults\"\n");
-            void* reply = nullptr;
-            vex_smlSet(hSwitch, "Cmd.Switch.RelAdmin", &reply);  // a release that failed leaves admin held
-            calls();
-        }
-    }
-
-    std::vector<std::string> sent() {
-        std::vector<std::string> keys;
-        for (const std::string& call : calls()) keys.push_back(call.substr(call.find(' ') + 1));
-        return keys;
-    }
-};
-
-TEST_F(Transactions, SwitchConfigurationAlwaysReleasesAdmin) {
-    const std::string req = "Cmd.Switch.ReqAdmin", edit = "Cmd.Switch.EditConfig",
-                      save = "Cmd.Switch.SaveConfig", act = "Cmd.Switch.ActConfig",
-                      cancel = "Cmd.Switch.CancelConfig", rel = "Cmd.Switch.RelAdmin", set = "Config.Test.A";
-    check(vex_smlBatchSet, {
-                               {nullptr, nullptr, 0, {req, edit, set, save, act, rel}},
-                               {"*ReqAdmin", nullptr, 11, {req}},
-                               {"*EditConfig", nullptr, 11, {req, edit, rel}},
-                               {"*EditConfig", "*RelAdmin", 12, {req, edit, rel}},
-                               {"batch", nullptr, 11, {req, edit, set, cancel, rel}},
-                               {"batch", "*CancelConfig", 12, {req, edit, set, cancel, rel}},
-                               {"batch", "*RelAdmin", 12, {req, edit, set, cancel, rel}},
-                               {"*SaveConfig", nullptr, 11, {req, edit, set, save, cancel, rel}},
-                               {"*ActConfig", nullptr, 11, {req, edit, set, save, act, rel}},
-                               {"*ActConfig", "*RelAdmin", 12, {req, edit, set, save, act, rel}},
-                           });
+TEST_F(Sml, TransactionsSendTheirCommandsInOrder) {
+    EXPECT_THAT(sentBy(vex_smlBatchSet, "", 0),
+                ElementsAre("ReqAdmin", "EditConfig", "A", "SaveConfig", "ActConfig", "RelAdmin"));
     EXPECT_EQ(sim.get("Config.Test.A"), "new");
-}
-
-TEST_F(Transactions, CimConfigurationHasNoActivation) {
-    const std::string req = "Cmd.Switch.ReqAdmin", edit = "Cmd.Cim.EditConfig", save = "Cmd.Cim.SaveConfig",
-                      cancel = "Cmd.Cim.CancelConfig", rel = "Cmd.Switch.RelAdmin", set = "Config.Test.A";
-    check(vex_smlBatchCimSet, {
-                                  {nullptr, nullptr, 0, {req, edit, set, save, rel}},
-                                  {"*RelAdmin", nullptr, 11, {req, edit, set, save, rel}},
-                                  {"*EditConfig", nullptr, 11, {req, edit, rel}},
-                                  {"*SaveConfig", "*CancelConfig", 12, {req, edit, set, save, cancel, rel}},
-                              });
+    EXPECT_THAT(sentBy(vex_smlBatchSet, "SaveConfig", 11),
+                ElementsAre("ReqAdmin", "EditConfig", "A", "SaveConfig", "CancelConfig", "RelAdmin"));
+    EXPECT_THAT(sentBy(vex_smlBatchSet, "ActConfig", 11),
+                ElementsAre("ReqAdmin", "EditConfig", "A", "SaveConfig", "ActConfig", "RelAdmin"));
+    EXPECT_THAT(sentBy(vex_smlBatchCimSet, "", 0),
+                ElementsAre("ReqAdmin", "EditConfig", "A", "SaveConfig", "RelAdmin"));
+    EXPECT_THAT(sentBy(vex_smlBatchCimSet, "Cmd.Cim.SaveConfig", 11),
+                ElementsAre("ReqAdmin", "EditConfig", "A", "SaveConfig", "CancelConfig", "RelAdmin"));
 }
 
 }  // namespace
