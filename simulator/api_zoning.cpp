@@ -167,8 +167,8 @@ int32_t deleteMember(const char* function, void* container, void* member) {
 // ---- The fabric's zoning ----
 
 DC_EXPORT int32_t vex_fzsGetZoningLimitations(uint32_t handle, vex_fzs_limits_s* limits) {
-    ApiCall call("vex_fzsGetZoningLimitations", {});
-    if (call.misused(limits == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_fzsGetZoningLimitations", {}, handle);
+    if (call.misused(limits == nullptr)) return call.refusal();
     const std::optional<vex_fzs_limits_s>& known = call.device().zoning_limits;
     if (!known) return call.done(UnknownKey);
     *limits = *known;
@@ -176,35 +176,35 @@ DC_EXPORT int32_t vex_fzsGetZoningLimitations(uint32_t handle, vex_fzs_limits_s*
 }
 
 DC_EXPORT int32_t vex_fzsGetActiveZonesetName(uint32_t handle, char* name) {
-    ApiCall call("vex_fzsGetActiveZonesetName", {});
-    if (call.misused(name == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_fzsGetActiveZonesetName", {}, handle);
+    if (call.misused(name == nullptr)) return call.refusal();
     const std::optional<ZonesetContent>& active = call.device().part<Zoning>().active;
     return active ? giveName(call, active->name, name) : call.done(Absent);
 }
 
 DC_EXPORT int32_t vex_fzsGetActiveZoneset(uint32_t handle, void** zoneset) {
-    ApiCall call("vex_fzsGetActiveZoneset", {});
-    if (call.misused(zoneset == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_fzsGetActiveZoneset", {}, handle);
+    if (call.misused(notEmpty(zoneset))) return call.refusal();
     return giveZoneset(call, call.device().part<Zoning>().active, Absent, zoneset);
 }
 
 DC_EXPORT int32_t vex_fzsGetZoneset(uint32_t handle, const char* name, void** zoneset) {
-    ApiCall call("vex_fzsGetZoneset", {textOf(name)});
-    if (call.misused(name == nullptr || zoneset == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_fzsGetZoneset", {textOf(name)}, handle);
+    if (call.misused(name == nullptr || notEmpty(zoneset))) return call.refusal();
     return giveZoneset(call, collect(call.device().part<Zoning>().configured, name), NoSuchName, zoneset);
 }
 
 DC_EXPORT int32_t vex_fzsGetAllZonesAndAliases(uint32_t handle, const char* name, void** zoneset) {
-    ApiCall call("vex_fzsGetAllZonesAndAliases", {textOf(name)});
-    if (call.misused(name == nullptr || zoneset == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_fzsGetAllZonesAndAliases", {textOf(name)}, handle);
+    if (call.misused(name == nullptr || notEmpty(zoneset))) return call.refusal();
     const ZoningDatabase& database = call.device().part<Zoning>().configured;
     return giveZoneset(call, ZonesetContent{name, database.zones, database.aliases}, Ok, zoneset);
 }
 
 DC_EXPORT int32_t vex_fzsGetZonesetList(uint32_t handle, int32_t* count,
                                         char (**names)[VEX_ZONING_NAME_SIZE]) {
-    ApiCall call("vex_fzsGetZonesetList", {});
-    if (call.misused(count == nullptr || names == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_fzsGetZonesetList", {}, handle);
+    if (call.misused(count == nullptr || names == nullptr)) return call.refusal();
     using Field = char[name_size];
     // The library's until the next call. Never freed at exit, when threads may still call.
     static auto& list = *new std::unique_ptr<Field[]>;

@@ -120,7 +120,7 @@ TEST_F(Sml, SingleKeysLogWhatFailsExceptTheExpected) {
     uint32_t extra = 0;
     EXPECT_EQ(vex_smlGetV(hSwitch, &value, &extra, "Oper.%s.%c", "Test", 'A'), 0);
     EXPECT_STREQ(value, "alpha");
-    vex_libFreeMemory(value);
+    vex_libFreeMemory(std::exchange(value, nullptr));
     EXPECT_THAT(log(), ElementsAre("2 DCACHE: vex_smlGet 'Oper.Test.A'"));
 
     const std::string fault = "[[step]]\ndo = \"fault\"\ntimes = 1\nfunction = ";
