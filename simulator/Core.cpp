@@ -10,6 +10,18 @@ namespace {
 
 thread_local bool inCall = false;
 
+/** From here on the thread is inside a call, and what it does is the switch's. */
+Core& enter() {
+    inCall = true;
+    return Core::instance();
+}
+
+std::vector<std::string> copyOf(std::initializer_list<const char*> texts) {
+    std::vector<std::string> copies;
+    for (const char* text : texts) copies.emplace_back(text == nullptr ? "" : text);
+    return copies;
+}
+
 }  // namespace
 
 Core& Core::instance() {
@@ -37,7 +49,7 @@ void Core::sendOutbox() {
 
 ApiCall::ApiCall(const char* function, std::vector<std::string> keys,
                  std::optional<uint32_t> handle) DC_NO_THREAD_SAFETY_ANALYSIS
-    : _core(Core::instance()),
+    : _core(enter()),
       _lock(_core.mutex),
       _function(function),
       _keys(std::move(keys)),
@@ -45,7 +57,6 @@ ApiCall::ApiCall(const char* function, std::vector<std::string> keys,
       _effect(_hits.onCall()),
       _handle(handle.value_or(0)) {
     assert(isFunction(_function));  // or no fault rule could name it
-    inCall = true;
     _core.device.clock_offset += static_cast<long>(_effect.uptime_s);
     if (_effect.delay_ms > 0) {
         _lock.unlock();
@@ -57,6 +68,10 @@ ApiCall::ApiCall(const char* function, std::vector<std::string> keys,
         if (!refused()) _effect.result = static_cast<int32_t>(BadHandle);
     }
 }
+
+ApiCall::ApiCall(const char* function, std::initializer_list<const char*> texts,
+                 std::optional<uint32_t> handle)
+    : ApiCall(function, (enter(), copyOf(texts)), handle) {}
 
 ApiCall::~ApiCall() {
     inCall = false;

@@ -59,6 +59,9 @@ class DC_SCOPED_CAPABILITY ApiCall {
      * A `handle` that no connection has is a misuse, and refused. */
     ApiCall(const char* function, std::vector<std::string> keys, std::optional<uint32_t> handle = {})
         DC_ACQUIRE(Core::instance().mutex);
+    /** The same for texts of the caller's; a null counts as an empty one. */
+    ApiCall(const char* function, std::initializer_list<const char*> texts,
+            std::optional<uint32_t> handle = {}) DC_ACQUIRE(Core::instance().mutex);
     ~ApiCall() DC_RELEASE();
     ApiCall(const ApiCall&) = delete;
     ApiCall& operator=(const ApiCall&) = delete;

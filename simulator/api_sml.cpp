@@ -83,7 +83,7 @@ DC_EXPORT int32_t vex_smlSetBatch(uint32_t handle, vex_smlrequest_s* records, in
 }
 
 DC_EXPORT int32_t vex_smlGet(uint32_t handle, const char* key, char** value, uint32_t* extra) {
-    ApiCall call("vex_smlGet", {key == nullptr ? "" : key}, handle);
+    ApiCall call("vex_smlGet", {key}, handle);
     if (call.misused(key == nullptr || notEmpty(value) || extra == nullptr)) return call.refusal();
     if (call.nulled()) {
         *value = nullptr;
@@ -103,7 +103,7 @@ DC_EXPORT int32_t vex_smlGet(uint32_t handle, const char* key, char** value, uin
 }
 
 DC_EXPORT int32_t vex_smlSet(uint32_t handle, const char* key, void** reply) {
-    ApiCall call("vex_smlSet", {key == nullptr ? "" : key}, handle);
+    ApiCall call("vex_smlSet", {key}, handle);
     if (call.misused(key == nullptr || notEmpty(reply))) return call.refusal();
     // A plain setting has its value behind the key: "Config.Services.SSHEnable.True".
     const uint32_t status = writeKey(call, splitOperand(call.device(), {key, {}, call.keys(), 0, handle}));

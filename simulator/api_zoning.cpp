@@ -18,11 +18,6 @@ namespace {
 
 constexpr size_t name_size = VEX_ZONING_NAME_SIZE;
 
-/** A text from a caller; none is an empty one. */
-std::string textOf(const char* given) {
-    return given == nullptr ? std::string() : std::string(given);
-}
-
 /** Fills a name's field; faults on the name as a key change what the caller gets. */
 void writeName(ApiCall& call, const std::string& name, char* field) {
     const Effect effect = call.faultless() ? Effect() : call.onKey(name);
@@ -47,7 +42,7 @@ int32_t giveZoneset(ApiCall& call, const std::optional<ZonesetContent>& content,
 
 template <class Object>
 void* create(const char* function, const char* name) {
-    ApiCall call(function, {textOf(name)});
+    ApiCall call(function, {name});
     if (call.misused(name == nullptr) || call.nulled() || !isZoningName(name))
         return call.doneHandle(nullptr);
     Object object;
@@ -94,7 +89,7 @@ void* listContainers(const char* function, void* zoneset, int32_t index) {
 
 template <class Container>
 void* findContainer(const char* function, void* zoneset, const char* name) {
-    ApiCall call(function, {textOf(name)});
+    ApiCall call(function, {name});
     if (call.misused(name == nullptr) || call.nulled()) return call.doneHandle(nullptr);
     ZonesetObject* const object = call.zoning().get<ZonesetObject>(zoneset);
     const Handle* const found = object == nullptr ? nullptr : (object->*Container::list).find(name);
@@ -189,13 +184,13 @@ DC_EXPORT int32_t vex_fzsGetActiveZoneset(uint32_t handle, void** zoneset) {
 }
 
 DC_EXPORT int32_t vex_fzsGetZoneset(uint32_t handle, const char* name, void** zoneset) {
-    ApiCall call("vex_fzsGetZoneset", {textOf(name)}, handle);
+    ApiCall call("vex_fzsGetZoneset", {name}, handle);
     if (call.misused(name == nullptr || notEmpty(zoneset))) return call.refusal();
     return giveZoneset(call, collect(call.device().part<Zoning>().configured, name), NoSuchName, zoneset);
 }
 
 DC_EXPORT int32_t vex_fzsGetAllZonesAndAliases(uint32_t handle, const char* name, void** zoneset) {
-    ApiCall call("vex_fzsGetAllZonesAndAliases", {textOf(name)}, handle);
+    ApiCall call("vex_fzsGetAllZonesAndAliases", {name}, handle);
     if (call.misused(name == nullptr || notEmpty(zoneset))) return call.refusal();
     const ZoningDatabase& database = call.device().part<Zoning>().configured;
     return giveZoneset(call, ZonesetContent{name, database.zones, database.aliases}, Ok, zoneset);
@@ -228,7 +223,7 @@ DC_EXPORT int32_t vex_ZonesetDestroy(void** zoneset) {
 }
 
 DC_EXPORT int32_t vex_ZonesetTestName(const char* name) {
-    ApiCall call("vex_ZonesetTestName", {textOf(name)});
+    ApiCall call("vex_ZonesetTestName", {name});
     if (call.misused(name == nullptr)) return call.refusal();
     return call.done(isZoningName(name) ? Ok : BadName);
 }
@@ -284,7 +279,7 @@ DC_EXPORT void* vex_ZoneCreate(const char* name) {
 }
 
 DC_EXPORT void* vex_ZoneCreateCopy(void* zone, const char* name) {
-    ApiCall call("vex_ZoneCreateCopy", {textOf(name)});
+    ApiCall call("vex_ZoneCreateCopy", {name});
     if (call.misused(name == nullptr) || call.nulled()) return call.doneHandle(nullptr);
     if (!isZoningName(name) && !isTemporaryName(name)) return call.doneHandle(nullptr);
     return call.doneHandle(call.zoning().copy(zone, name));
@@ -299,7 +294,7 @@ DC_EXPORT int32_t vex_ZoneGetName(void* zone, char* name) {
 }
 
 DC_EXPORT int32_t vex_ZoneSetName(void* zone, const char* name) {
-    ApiCall call("vex_ZoneSetName", {textOf(name)});
+    ApiCall call("vex_ZoneSetName", {name});
     if (call.misused(name == nullptr)) return call.refusal();
     return call.done(isZoningName(name) ? call.zoning().rename(zone, name) : BadName);
 }
@@ -406,7 +401,7 @@ DC_EXPORT int32_t vex_MemberGetAttr(void* member, vex_fzs_zonemember_type_e* typ
 
 DC_EXPORT int32_t vex_strToMemberIdentifier(const char* text, vex_fzs_zonemember_type_e type,
                                             vex_memberid_u* id) {
-    ApiCall call("vex_strToMemberIdentifier", {textOf(text)});
+    ApiCall call("vex_strToMemberIdentifier", {text});
     if (call.misused(text == nullptr || id == nullptr)) return call.refusal();
     const std::optional<MemberId> member = parseMember(text, type);
     if (!member) return call.done(BadMember);
