@@ -86,6 +86,8 @@ TEST(List, FindsByIdAndCountsIdsRoundTheSentinels) {
     list.add(element(2));
     EXPECT_EQ(list.get_first()->id(), 65535);
     EXPECT_EQ(list.get_last()->id(), 2);
+    EXPECT_EQ(list.find(65535), list.get_first());
+    EXPECT_EQ(list.find(2), list.get_last());
     EXPECT_EQ(list.find(0), nullptr);
     EXPECT_EQ(list.find(1), nullptr);
     EXPECT_EQ(list.find(3), nullptr);

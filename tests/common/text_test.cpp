@@ -24,6 +24,9 @@ TEST(Text, WritesBytesAsDigits) {
     }
     byteToStr(text, bytes, 3);
     EXPECT_STREQ(text, "100000");
+    char longer[21];
+    EXPECT_STREQ(byteToStr(longer, reinterpret_cast<const unsigned char*>("0123456789"), 10),
+                 "30313233343536373839");
 }
 
 TEST(Text, ConvertsToUpperCaseInPlace) {

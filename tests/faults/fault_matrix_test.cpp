@@ -815,6 +815,7 @@ TEST_F(FaultMatrix, GroupsWithoutMemory) {
         Allocations memory;
         memory.failAfter(next);
         vex_smlmsggroup_s* const group = vex_smlAllocMsgGroup(1);
+        if (memory.count() == 0) GTEST_SKIP() << "the library was not linked into the program";
         EXPECT_EQ(group == nullptr, next < 2);
         EXPECT_EQ(memory.live(), group == nullptr ? 0U : 2U);
         if (group == nullptr) continue;
