@@ -6,6 +6,24 @@
 #include <utility>
 
 namespace vexsim {
+namespace {
+
+thread_local bool inCall = false;
+
+/** From here on the thread is inside a call, and what it does is the switch's. */
+Core& enter() {
+    inCall = true;
+    return Core::instance();
+}
+
+std::vector<std::string> copyOf(std::initializer_list<const char*> texts) {
+    std::vector<std::string> copies;
+    for (const char* text : texts) copies.emplace_back(text == nullptr ? "" : text);
+    return copies;
+}
+
+}  // namespace
+
 Core& Core::instance() {
     // Never destroyed: threads of the library and of the simulator run until the process is gone.
     static Core* const core = new Core;
@@ -29,13 +47,15 @@ void Core::sendOutbox() {
     for (Event& event : outbox.events) notifier.raise(std::move(event));
 }
 
-ApiCall::ApiCall(const char* function, std::vector<std::string> keys) DC_NO_THREAD_SAFETY_ANALYSIS
-    : _core(Core::instance()),
+ApiCall::ApiCall(const char* function, std::vector<std::string> keys,
+                 std::optional<uint32_t> handle) DC_NO_THREAD_SAFETY_ANALYSIS
+    : _core(enter()),
       _lock(_core.mutex),
       _function(function),
       _keys(std::move(keys)),
       _hits(_core.device.faults.hit(function, _keys)),
-      _effect(_hits.onCall()) {
+      _effect(_hits.onCall()),
+      _handle(handle.value_or(0)) {
     assert(isFunction(_function));  // or no fault rule could name it
     _core.device.clockOffset += static_cast<long>(_effect.uptimeSeconds);
     if (_effect.delayMs > 0) {
@@ -43,13 +63,30 @@ ApiCall::ApiCall(const char* function, std::vector<std::string> keys) DC_NO_THRE
         std::this_thread::sleep_for(std::chrono::milliseconds(_effect.delayMs));
         _lock.lock();
     }
+    if (handle && _core.handles.count(*handle) == 0) {
+        ++_core.misuse;
+        if (!refused()) _effect.result = static_cast<int32_t>(BadHandle);
+    }
 }
 
-ApiCall::~ApiCall() = default;
+ApiCall::ApiCall(const char* function, std::initializer_list<const char*> texts,
+                 std::optional<uint32_t> handle)
+    : ApiCall(function, (enter(), copyOf(texts)), handle) {}
 
-bool ApiCall::refused(uint32_t handle) DC_NO_THREAD_SAFETY_ANALYSIS {
-    if (!refused() && _core.handles.count(handle) == 0) _effect.result = static_cast<int32_t>(BadHandle);
-    return refused();
+ApiCall::~ApiCall() {
+    inCall = false;
+}
+
+bool ApiCall::serving() {
+    return inCall;
+}
+
+uint32_t ApiCall::connect() DC_NO_THREAD_SAFETY_ANALYSIS {
+    uint32_t& next = _core.nextHandle;
+    while (!_effect.handle && _core.handles.count(next) != 0) ++next;
+    const uint32_t handle = _effect.handle ? *_effect.handle : next++;
+    if (handle != 0) _core.handles.insert(handle);
+    return handle;
 }
 
 void ApiCall::countMisuse() DC_NO_THREAD_SAFETY_ANALYSIS {
@@ -58,13 +95,13 @@ void ApiCall::countMisuse() DC_NO_THREAD_SAFETY_ANALYSIS {
 }
 
 int32_t ApiCall::done(int32_t result) DC_NO_THREAD_SAFETY_ANALYSIS {
-    _core.transcript.call(_function, _keys, result);
+    _core.transcript.call(_function, _keys, result, _handle);
     _core.sendOutbox();
     return result;
 }
 
 void* ApiCall::doneHandle(void* handle) DC_NO_THREAD_SAFETY_ANALYSIS {
-    _core.transcript.call(_function, _keys, handle == nullptr ? 1 : 0);
+    _core.transcript.call(_function, _keys, handle == nullptr ? 1 : 0, _handle);
     _core.sendOutbox();
     return handle;
 }

@@ -30,8 +30,9 @@ struct Core {
 
     Mutex mutex;
     Switch device DC_GUARDED_BY(mutex);
-    std::set<uint32_t> handles DC_GUARDED_BY(mutex); /**< connections handed out */
-    size_t misuse DC_GUARDED_BY(mutex) = 0;          /**< see Live */
+    std::set<uint32_t> handles DC_GUARDED_BY(mutex);        /**< connections handed out */
+    uint32_t nextHandle DC_GUARDED_BY(mutex) = 0x5e000001; /**< never one that was handed out before */
+    size_t misuse DC_GUARDED_BY(mutex) = 0;                 /**< see Live */
     ZoningObjects zoning DC_GUARDED_BY(mutex){misuse};
 
     Transcript transcript;
@@ -47,16 +48,20 @@ struct Core {
  * One call of the library, from entry to return: takes the lock, waits as long as faults delay it, says what
  * faults do to it, and records it.
  *
- *     ApiCall call("vex_fzsGetZoneset", {name});
- *     if (call.misused(name == nullptr) || call.refused(handle)) return call.refusal();
+ *     ApiCall call("vex_fzsGetZoneset", {name}, handle);
+ *     if (call.misused(name == nullptr)) return call.refusal();
  *     ... call.device() ...
  *     return call.done(0);
  */
 class DC_SCOPED_CAPABILITY ApiCall {
   public:
     /** `keys` are what fault rules match with their key pattern; joined by "," they are the recorded detail.
-     */
-    ApiCall(const char* function, std::vector<std::string> keys) DC_ACQUIRE(Core::instance().mutex);
+     * A `handle` that no connection has is a misuse, and refused. */
+    ApiCall(const char* function, std::vector<std::string> keys, std::optional<uint32_t> handle = {})
+        DC_ACQUIRE(Core::instance().mutex);
+    /** The same for texts of the caller's; a null counts as an empty one. */
+    ApiCall(const char* function, std::initializer_list<const char*> texts,
+            std::optional<uint32_t> handle = {}) DC_ACQUIRE(Core::instance().mutex);
     ~ApiCall() DC_RELEASE();
     ApiCall(const ApiCall&) = delete;
     ApiCall& operator=(const ApiCall&) = delete;
@@ -69,21 +74,18 @@ class DC_SCOPED_CAPABILITY ApiCall {
         if (wrong) countMisuse();
         return wrong || refused();
     }
-    /** The same, and true for a handle that no connection has. */
-    bool refused(uint32_t handle);
     int32_t refusal() { return done(*_effect.result); }
 
     /** True when a fault makes the call return no handle or no text; ask before making one. */
     bool nulled() const { return _effect.null; }
-    /** The fault that gives a connection its handle. */
-    std::optional<uint32_t> scriptedHandle() const { return _effect.handle; }
     /** Faults on one of the keys; with faultless() there are none on any. */
     Effect onKey(const std::string& key) const { return _hits.onKey(key); }
     bool faultless() const { return _hits.none(); }
 
     const std::vector<std::string>& keys() const { return _keys; }
     Switch& device() { return _core.device; }
-    std::set<uint32_t>& handles() { return _core.handles; }
+    /** Takes a new connection's handle, or the one that a fault gives it; 0 stands for none. */
+    uint32_t connect();
     ZoningObjects& zoning() { return _core.zoning; }
 
     /** Adds to what is recorded; for what is known only inside the call, so faults do not match it. */
@@ -95,6 +97,9 @@ class DC_SCOPED_CAPABILITY ApiCall {
     /** The same for a call that returns a handle. */
     void* doneHandle(void* handle);
 
+    /** Whether the thread is inside a call. */
+    static bool serving();
+
   private:
     void countMisuse();
 
@@ -104,6 +109,13 @@ class DC_SCOPED_CAPABILITY ApiCall {
     std::vector<std::string> _keys;
     Hits _hits;
     Effect _effect;
+    uint32_t _handle; /**< the connection, 0 for calls that name none */
 };
+
+/** A slot for what is handed out must be there, and null: what it held would be lost. */
+template <class Memory>
+bool notEmpty(Memory** slot) {
+    return slot == nullptr || *slot != nullptr;
+}
 
 }  // namespace vexsim

@@ -140,6 +140,10 @@ void Simulator::writeTranscript(const std::string& path) {
     core().transcript.writeTo(path);
 }
 
+bool Simulator::serving() {
+    return ApiCall::serving();
+}
+
 Live Simulator::live() const {
     Live live;
     {

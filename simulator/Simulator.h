@@ -32,6 +32,7 @@ struct Call {
     std::string function; /**< "vex_smlGetBatch" */
     std::string detail;   /**< arguments in short: keys joined by "," for SML calls, names for zoning calls */
     int64_t result = 0;   /**< status returned; for calls that return a handle 0 for a handle, 1 for null */
+    uint32_t handle = 0;  /**< the connection that the caller named; 0 for calls that name none */
 };
 
 /** How notifications reach the registered callback. */
@@ -47,9 +48,9 @@ struct Live {
     size_t zones = 0;
     size_t aliases = 0;
     size_t members = 0;
-    /** Calls that would bring a real library down: a null that the interface does not allow, a zoning handle
-     * that is none, an object given or destroyed twice, memory released that nobody handed out. Always an
-     * error. */
+    /** Calls that would bring a real library down: a null that the interface does not allow, a slot for what
+     * is handed out that is not null, a connection that is none, a zoning handle that is none, an object
+     * given or destroyed twice, memory released that nobody handed out. Always an error. */
     size_t misuse = 0;
 };
 
@@ -118,6 +119,10 @@ class DC_EXPORT Simulator {
     void writeTranscript(const std::string& path);
 
     Live live() const;
+
+    /** Whether the calling thread is inside a call of vexlib: what happens there is not the library under
+     * test's. */
+    static bool serving();
 
     /** Moves uptime() forward. */
     void advanceClock(long seconds);

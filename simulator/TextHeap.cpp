@@ -14,11 +14,12 @@ char* TextHeap::give(const std::string& text) {
     return static_cast<char*>(memory);
 }
 
-bool TextHeap::take(void* memory) {
+std::optional<std::string> TextHeap::take(void* memory) {
     const Lock lock(_mutex);
-    if (_texts.erase(memory) == 0 && _earlier.erase(memory) == 0) return false;
+    if (_texts.erase(memory) == 0 && _earlier.erase(memory) == 0) return std::nullopt;
+    std::string text = static_cast<const char*>(memory);
     std::free(memory);
-    return true;
+    return text;
 }
 
 size_t TextHeap::live() const {

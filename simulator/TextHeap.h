@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <unordered_set>
 
@@ -14,8 +15,8 @@ class TextHeap {
     /** A copy on the C heap, which its receiver releases with vex_libFreeMemory; null when memory is short.
      */
     char* give(const std::string& text) DC_EXCLUDES(_mutex);
-    /** Frees what give() returned; false, and nothing freed, for any other pointer. */
-    bool take(void* memory) DC_EXCLUDES(_mutex);
+    /** Frees what give() returned, and tells it; nothing for any other pointer, which is left alone. */
+    std::optional<std::string> take(void* memory) DC_EXCLUDES(_mutex);
 
     size_t live() const DC_EXCLUDES(_mutex);
     /** Counts from 0 again; texts handed out before can still be released. */

@@ -19,18 +19,19 @@ std::string join(const std::vector<std::string>& keys) {
 
 }  // namespace
 
-void Transcript::call(const char* function, const std::vector<std::string>& keys, int64_t result) {
+void Transcript::call(const char* function, const std::vector<std::string>& keys, int64_t result,
+                      uint32_t handle) {
     const Lock lock(_mutex);
     if (!_keep && !_file.is_open()) return;
     std::string detail = join(keys);
     if (_file.is_open()) writeLine(function, detail + " = " + std::to_string(result));
-    if (_keep) _calls.push_back({function, std::move(detail), result});
+    if (_keep) _calls.push_back({function, std::move(detail), result, handle});
 }
 
 void Transcript::note(const std::string& text) {
     const Lock lock(_mutex);
     if (_file.is_open()) writeLine("note", text);
-    if (_keep) _calls.push_back({"note", text, 0});
+    if (_keep) _calls.push_back({"note", text});
 }
 
 void Transcript::remark(const std::string& kind, const std::string& text) {

@@ -20,7 +20,8 @@ namespace vexsim {
 class Transcript {
   public:
     /** `keys`, joined by ",", are the call's detail. */
-    void call(const char* function, const std::vector<std::string>& keys, int64_t result) DC_EXCLUDES(_mutex);
+    void call(const char* function, const std::vector<std::string>& keys, int64_t result, uint32_t handle)
+        DC_EXCLUDES(_mutex);
     void note(const std::string& text) DC_EXCLUDES(_mutex);
     /** Only to the file: what the switch did by itself. */
     void remark(const std::string& kind, const std::string& text) DC_EXCLUDES(_mutex);

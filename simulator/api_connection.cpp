@@ -8,8 +8,6 @@ using namespace vexsim;
 
 namespace {
 
-constexpr uint32_t kFirstHandle = 0x5e000001;
-
 std::string text(const char* given) {
     return given == nullptr ? "(null)" : given;
 }
@@ -20,16 +18,7 @@ DC_EXPORT int32_t vex_IPConnect(const char* host, const char* client, const char
     ApiCall call("vex_IPConnect", {text(host), text(client), text(options)});
     if (call.misused(host == nullptr || client == nullptr || options == nullptr || handle == nullptr))
         return call.refusal();
-    if (const std::optional<uint32_t> scripted = call.scriptedHandle()) {
-        if (*scripted != 0) call.handles().insert(*scripted);
-        *handle = *scripted;
-        return call.done(Ok);
-    }
-    const std::set<uint32_t>& handles = call.handles();
-    uint32_t next = kFirstHandle;
-    while (handles.count(next) != 0) ++next;
-    call.handles().insert(next);
-    *handle = next;
+    *handle = call.connect();
     return call.done(Ok);
 }
 
@@ -37,9 +26,8 @@ DC_EXPORT int32_t vex_enRegisterForEventList(uint32_t handle, vex_notification_c
                                              vex_eventreg_s* list, int32_t count) {
     std::vector<std::string> keys;
     for (int32_t i = 0; list != nullptr && i < count; ++i) keys.push_back(std::to_string(list[i].code));
-    ApiCall call("vex_enRegisterForEventList", std::move(keys));
-    if (call.misused(callback == nullptr || list == nullptr || count < 0) || call.refused(handle))
-        return call.refusal();
+    ApiCall call("vex_enRegisterForEventList", std::move(keys), handle);
+    if (call.misused(callback == nullptr || list == nullptr || count < 0)) return call.refusal();
     std::set<int32_t> codes;
     for (int32_t i = 0; i < count; ++i) {
         const uint32_t status = call.onKey(std::to_string(list[i].code)).status.value_or(Ok);
@@ -53,7 +41,10 @@ DC_EXPORT int32_t vex_enRegisterForEventList(uint32_t handle, vex_notification_c
 DC_EXPORT int32_t vex_libFreeMemory(void* memory) {
     ApiCall call("vex_libFreeMemory", {});
     if (call.refused()) return call.refusal();
-    return call.misused(!Core::instance().texts.take(memory)) ? call.refusal() : call.done(Ok);
+    const std::optional<std::string> text = Core::instance().texts.take(memory);
+    if (call.misused(!text)) return call.refusal();
+    call.about(*text);
+    return call.done(Ok);
 }
 
 DC_EXPORT void uptime(long* seconds) {

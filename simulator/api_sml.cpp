@@ -61,8 +61,8 @@ uint32_t writeKey(ApiCall& call, const Command& command) {
 }  // namespace
 
 DC_EXPORT int32_t vex_smlGetBatch(uint32_t handle, vex_smlrequest_s* records, int32_t count) {
-    ApiCall call("vex_smlGetBatch", keysOf(records, count));
-    if (call.misused(notAList(records, count)) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_smlGetBatch", keysOf(records, count), handle);
+    if (call.misused(notAList(records, count))) return call.refusal();
     for (int32_t i = 0; i < count; ++i) {
         Effect effect;
         const Reading reading = readKey(call, call.keys()[static_cast<size_t>(i)], effect);
@@ -72,8 +72,8 @@ DC_EXPORT int32_t vex_smlGetBatch(uint32_t handle, vex_smlrequest_s* records, in
 }
 
 DC_EXPORT int32_t vex_smlSetBatch(uint32_t handle, vex_smlrequest_s* records, int32_t count) {
-    ApiCall call("vex_smlSetBatch", keysOf(records, count));
-    if (call.misused(notAList(records, count)) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_smlSetBatch", keysOf(records, count), handle);
+    if (call.misused(notAList(records, count))) return call.refusal();
     for (int32_t i = 0; i < count; ++i) {
         const auto index = static_cast<size_t>(i);
         const std::string value = bounded(records[i].value, VEX_SML_VALUE_SIZE);
@@ -83,9 +83,8 @@ DC_EXPORT int32_t vex_smlSetBatch(uint32_t handle, vex_smlrequest_s* records, in
 }
 
 DC_EXPORT int32_t vex_smlGet(uint32_t handle, const char* key, char** value, uint32_t* extra) {
-    ApiCall call("vex_smlGet", {key == nullptr ? "" : key});
-    if (call.misused(key == nullptr || value == nullptr || extra == nullptr) || call.refused(handle))
-        return call.refusal();
+    ApiCall call("vex_smlGet", {key}, handle);
+    if (call.misused(key == nullptr || notEmpty(value) || extra == nullptr)) return call.refusal();
     if (call.nulled()) {
         *value = nullptr;
         return call.done(Ok);
@@ -104,8 +103,8 @@ DC_EXPORT int32_t vex_smlGet(uint32_t handle, const char* key, char** value, uin
 }
 
 DC_EXPORT int32_t vex_smlSet(uint32_t handle, const char* key, void** reply) {
-    ApiCall call("vex_smlSet", {key == nullptr ? "" : key});
-    if (call.misused(key == nullptr || reply == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_smlSet", {key}, handle);
+    if (call.misused(key == nullptr || notEmpty(reply))) return call.refusal();
     // A plain setting has its value behind the key: "Config.Services.SSHEnable.True".
     const uint32_t status = writeKey(call, splitOperand(call.device(), {key, {}, call.keys(), 0, handle}));
     *reply = nullptr;

@@ -18,11 +18,6 @@ namespace {
 
 constexpr size_t kNameSize = VEX_ZONING_NAME_SIZE;
 
-/** A text from a caller; none is an empty one. */
-std::string textOf(const char* given) {
-    return given == nullptr ? std::string() : std::string(given);
-}
-
 /** Fills a name's field; faults on the name as a key change what the caller gets. */
 void writeName(ApiCall& call, const std::string& name, char* field) {
     const Effect effect = call.faultless() ? Effect() : call.onKey(name);
@@ -47,7 +42,7 @@ int32_t giveZoneset(ApiCall& call, const std::optional<ZonesetContent>& content,
 
 template <class Object>
 void* create(const char* function, const char* name) {
-    ApiCall call(function, {textOf(name)});
+    ApiCall call(function, {name});
     if (call.misused(name == nullptr) || call.nulled() || !isZoningName(name))
         return call.doneHandle(nullptr);
     Object object;
@@ -94,7 +89,7 @@ void* listContainers(const char* function, void* zoneset, int32_t index) {
 
 template <class Container>
 void* findContainer(const char* function, void* zoneset, const char* name) {
-    ApiCall call(function, {textOf(name)});
+    ApiCall call(function, {name});
     if (call.misused(name == nullptr) || call.nulled()) return call.doneHandle(nullptr);
     ZonesetObject* const object = call.zoning().get<ZonesetObject>(zoneset);
     const Handle* const found = object == nullptr ? nullptr : (object->*Container::kList).find(name);
@@ -167,8 +162,8 @@ int32_t deleteMember(const char* function, void* container, void* member) {
 // ---- The fabric's zoning ----
 
 DC_EXPORT int32_t vex_fzsGetZoningLimitations(uint32_t handle, vex_fzs_limits_s* limits) {
-    ApiCall call("vex_fzsGetZoningLimitations", {});
-    if (call.misused(limits == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_fzsGetZoningLimitations", {}, handle);
+    if (call.misused(limits == nullptr)) return call.refusal();
     const std::optional<vex_fzs_limits_s>& known = call.device().zoningLimits;
     if (!known) return call.done(UnknownKey);
     *limits = *known;
@@ -176,35 +171,35 @@ DC_EXPORT int32_t vex_fzsGetZoningLimitations(uint32_t handle, vex_fzs_limits_s*
 }
 
 DC_EXPORT int32_t vex_fzsGetActiveZonesetName(uint32_t handle, char* name) {
-    ApiCall call("vex_fzsGetActiveZonesetName", {});
-    if (call.misused(name == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_fzsGetActiveZonesetName", {}, handle);
+    if (call.misused(name == nullptr)) return call.refusal();
     const std::optional<ZonesetContent>& active = call.device().part<Zoning>().active;
     return active ? giveName(call, active->name, name) : call.done(Absent);
 }
 
 DC_EXPORT int32_t vex_fzsGetActiveZoneset(uint32_t handle, void** zoneset) {
-    ApiCall call("vex_fzsGetActiveZoneset", {});
-    if (call.misused(zoneset == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_fzsGetActiveZoneset", {}, handle);
+    if (call.misused(notEmpty(zoneset))) return call.refusal();
     return giveZoneset(call, call.device().part<Zoning>().active, Absent, zoneset);
 }
 
 DC_EXPORT int32_t vex_fzsGetZoneset(uint32_t handle, const char* name, void** zoneset) {
-    ApiCall call("vex_fzsGetZoneset", {textOf(name)});
-    if (call.misused(name == nullptr || zoneset == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_fzsGetZoneset", {name}, handle);
+    if (call.misused(name == nullptr || notEmpty(zoneset))) return call.refusal();
     return giveZoneset(call, collect(call.device().part<Zoning>().configured, name), NoSuchName, zoneset);
 }
 
 DC_EXPORT int32_t vex_fzsGetAllZonesAndAliases(uint32_t handle, const char* name, void** zoneset) {
-    ApiCall call("vex_fzsGetAllZonesAndAliases", {textOf(name)});
-    if (call.misused(name == nullptr || zoneset == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_fzsGetAllZonesAndAliases", {name}, handle);
+    if (call.misused(name == nullptr || notEmpty(zoneset))) return call.refusal();
     const ZoningDatabase& database = call.device().part<Zoning>().configured;
     return giveZoneset(call, ZonesetContent{name, database.zones, database.aliases}, Ok, zoneset);
 }
 
 DC_EXPORT int32_t vex_fzsGetZonesetList(uint32_t handle, int32_t* count,
                                         char (**names)[VEX_ZONING_NAME_SIZE]) {
-    ApiCall call("vex_fzsGetZonesetList", {});
-    if (call.misused(count == nullptr || names == nullptr) || call.refused(handle)) return call.refusal();
+    ApiCall call("vex_fzsGetZonesetList", {}, handle);
+    if (call.misused(count == nullptr || names == nullptr)) return call.refusal();
     using Field = char[kNameSize];
     // The library's until the next call. Never freed at exit, when threads may still call.
     static auto& list = *new std::unique_ptr<Field[]>;
@@ -228,7 +223,7 @@ DC_EXPORT int32_t vex_ZonesetDestroy(void** zoneset) {
 }
 
 DC_EXPORT int32_t vex_ZonesetTestName(const char* name) {
-    ApiCall call("vex_ZonesetTestName", {textOf(name)});
+    ApiCall call("vex_ZonesetTestName", {name});
     if (call.misused(name == nullptr)) return call.refusal();
     return call.done(isZoningName(name) ? Ok : BadName);
 }
@@ -284,7 +279,7 @@ DC_EXPORT void* vex_ZoneCreate(const char* name) {
 }
 
 DC_EXPORT void* vex_ZoneCreateCopy(void* zone, const char* name) {
-    ApiCall call("vex_ZoneCreateCopy", {textOf(name)});
+    ApiCall call("vex_ZoneCreateCopy", {name});
     if (call.misused(name == nullptr) || call.nulled()) return call.doneHandle(nullptr);
     if (!isZoningName(name) && !isTemporaryName(name)) return call.doneHandle(nullptr);
     return call.doneHandle(call.zoning().copy(zone, name));
@@ -299,7 +294,7 @@ DC_EXPORT int32_t vex_ZoneGetName(void* zone, char* name) {
 }
 
 DC_EXPORT int32_t vex_ZoneSetName(void* zone, const char* name) {
-    ApiCall call("vex_ZoneSetName", {textOf(name)});
+    ApiCall call("vex_ZoneSetName", {name});
     if (call.misused(name == nullptr)) return call.refusal();
     return call.done(isZoningName(name) ? call.zoning().rename(zone, name) : BadName);
 }
@@ -406,7 +401,7 @@ DC_EXPORT int32_t vex_MemberGetAttr(void* member, vex_fzs_zonemember_type_e* typ
 
 DC_EXPORT int32_t vex_strToMemberIdentifier(const char* text, vex_fzs_zonemember_type_e type,
                                             vex_memberid_u* id) {
-    ApiCall call("vex_strToMemberIdentifier", {textOf(text)});
+    ApiCall call("vex_strToMemberIdentifier", {text});
     if (call.misused(text == nullptr || id == nullptr)) return call.refusal();
     const std::optional<MemberId> member = parseMember(text, type);
     if (!member) return call.done(BadMember);

@@ -8,7 +8,8 @@
  * Conventions: a function that returns a status returns 0 for success. A function that returns a handle
  * returns null for "none" or for failure. No argument may be null, the context of a callback and an empty
  * list apart: the library reads and writes without asking. Texts are NUL-terminated, but a caller must not
- * rely on that for anything that the library fills in: read every field with its bound.
+ * rely on that for anything that the library fills in: read every field with its bound. A slot for a text, a
+ * reply or a zoneset that the library hands out is null at the call.
  */
 #ifndef VEXLIB_VEXLIB_H
 #define VEXLIB_VEXLIB_H

@@ -44,6 +44,13 @@ struct ZoneSet {
     _ZoneSetTypes type = ZONESET_INACTIVE;
 };
 
+namespace datacache {
+
+/** Zonesets by key; looking for one takes no memory. */
+using ZoneSetMap = std::map<std::string, ZoneSet, std::less<>>;
+
+}  // namespace datacache
+
 /**
  * The fabric's zoning database, as objects of the switch library, and its edits.
  *
@@ -193,6 +200,9 @@ class DC_EXPORT ZoningCache {
      * somebody added another one of its type, or null, in its place.
      */
     DC_HIDDEN void _dropEntry(_ZoneSetTypes type) DC_REQUIRES(access_lock);
+    /** Takes a zoneset over, or destroys it where the cache has no place for it (a name that is taken) or no
+     * memory. Returns whether it was taken. */
+    DC_HIDDEN bool _addOrDestroy(void* zoneset, _ZoneSetTypes type) DC_REQUIRES(access_lock);
     /** Has the next refresh load the configured part, whatever its checksum. */
     DC_HIDDEN void _markForReload() DC_REQUIRES(access_lock);
     /** Marks it for reload and asks the cache's owner to refresh: a session's edits are sent, or given up. */
@@ -212,9 +222,9 @@ class DC_EXPORT ZoningCache {
     uint32_t _prevActiveChecksum DC_GUARDED_BY(access_lock) = 1;  ///< of what is loaded; differs, so that the
     std::string _prevActiveZonesetName DC_GUARDED_BY(access_lock);  ///< first refresh loads
     uint32_t _prevInactiveChecksum DC_GUARDED_BY(access_lock) = 1;
-    std::string _lockId DC_GUARDED_BY(access_lock);                       ///< the client that holds the lock
-    std::map<std::string, ZoneSet> _zonesets DC_GUARDED_BY(access_lock);  ///< owns the handles
-    int32_t _zonesetCount DC_GUARDED_BY(access_lock) = 0;                 ///< inactive zonesets
+    std::string _lockId DC_GUARDED_BY(access_lock);              ///< the client that holds the lock
+    datacache::ZoneSetMap _zonesets DC_GUARDED_BY(access_lock);  ///< owns the handles
+    int32_t _zonesetCount DC_GUARDED_BY(access_lock) = 0;        ///< inactive zonesets
     int32_t _zoneCount DC_GUARDED_BY(access_lock) = 0;
     int32_t _aliasCount DC_GUARDED_BY(access_lock) = 0;
     int32_t _memberCount DC_GUARDED_BY(access_lock) = 0;

@@ -1,3 +1,5 @@
+#include <new>
+
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
 
@@ -29,7 +31,7 @@ void destroy(ZoneSet& entry) {
 }
 
 /** Removes the entry of that key, if there is one. */
-void drop(std::map<std::string, ZoneSet>& zonesets, const std::string& key) {
+void drop(datacache::ZoneSetMap& zonesets, std::string_view key) {
     const auto entry = zonesets.find(key);
     if (entry == zonesets.end()) return;
     destroy(entry->second);
@@ -48,13 +50,26 @@ int ZoningCache::addZoneset(void* handle, _ZoneSetTypes type) {
     const AccessGuard guard;
     std::string key;
     if (!keyOf(handle, type, key)) return -1;
-    // Required: before the test for a duplicate, so the last one added is the current one even when it is
-    // refused.
+    const bool added =
+        _zonesets.emplace(key, ZoneSet{handle, type}).second;  // nothing changes without memory
+    // Required: even when it is refused, the last one added is the current one.
     if (type == ZONESET_UBER) _uberZoneset = handle;
     if (type == ZONESET_ACTIVE) _activeZoneset = handle;
-    if (!_zonesets.emplace(key, ZoneSet{handle, type}).second) return -1;
+    if (!added) return -1;
     updateZoningCounts();
     return 0;
+}
+
+bool ZoningCache::_addOrDestroy(void* zoneset, _ZoneSetTypes type) {
+    bool added = false;
+    try {
+        added = addZoneset(zoneset, type) == 0;
+    } catch (const std::bad_alloc&) {
+        vex_ZonesetDestroy(&zoneset);
+        throw;
+    }
+    if (!added) vex_ZonesetDestroy(&zoneset);
+    return added;
 }
 
 int ZoningCache::delZoneset(void* handle, _ZoneSetTypes type) {

@@ -1,4 +1,3 @@
-#include <map>
 #include <string>
 
 #include "common/cim_log.h"
@@ -39,7 +38,7 @@ constexpr EditRule kRemoveMember              = {false, true,   true,  false};
 struct Database {
     ZoningCache& cache;
     void* uber;
-    const std::map<std::string, ZoneSet>& zonesets;
+    const datacache::ZoneSetMap& zonesets;
     ZoningFailure& failure;
 };
 
@@ -223,8 +222,7 @@ uint32_t ZoningCache::createZoneset(char* name) {
     if (tested != 0) return failed(_failure, "vex_ZonesetTestName", tested, ZONING_INVALID);
     void* zoneset = vex_ZonesetCreate(given(name));
     if (zoneset == nullptr) return failed(_failure, "vex_ZonesetCreate");
-    if (addZoneset(zoneset, ZONESET_INACTIVE) == 0) return ZONING_DONE;
-    vex_ZonesetDestroy(&zoneset);
+    if (_addOrDestroy(zoneset, ZONESET_INACTIVE)) return ZONING_DONE;
     return failed(_failure, "vex_ZonesetGetName");
 }
 

@@ -1,6 +1,6 @@
 #include <algorithm>
+#include <cstring>
 
-#include "common/bounded_text.h"
 #include "common/cim_log.h"
 #include "switchlib/NORV_Vex_Lib.h"
 #include "zoning/ZoningCache.h"
@@ -24,7 +24,9 @@ int32_t membersThroughAliases(void* uber, void* zone, int32_t members) {
         vex_memberid_u id{};
         if (member == nullptr || vex_MemberGetAttr(member, &type, &id) != 0 || type != VEX_ZMT_ALIAS)
             continue;
-        void* alias = vex_ZonesetFindAlias(uber, std::string(boundedText(id.alias)).c_str());
+        char name[sizeof id.alias + 1] = {};  // terminated, and without memory that may be short
+        std::memcpy(name, id.alias, sizeof id.alias);
+        void* alias = vex_ZonesetFindAlias(uber, name);
         if (alias != nullptr) sum = plus(sum, vex_ZoneAliasGetMemberCount(alias));
     }
     return sum;

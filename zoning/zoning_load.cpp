@@ -26,12 +26,6 @@ void* readZoneset(const char* name, const char* about, Call call) {
     return zoneset;
 }
 
-/** Hands a zoneset to the cache, or destroys it where the cache has no place for it (a name that is taken).
- */
-void give(ZoningCache& cache, void* zoneset, _ZoneSetTypes type) {
-    if (cache.addZoneset(zoneset, type) != 0) vex_ZonesetDestroy(&zoneset);
-}
-
 }  // namespace
 
 void ZoningCache::_loadActive(uint32_t handle) {
@@ -46,7 +40,7 @@ void ZoningCache::_loadActive(uint32_t handle) {
         return;
     }
     cim_log(CIM_LOG_TRACE, "DCACHE: Active zoneset added, %lds\n", watch.seconds());
-    give(*this, zoneset, ZONESET_ACTIVE);
+    _addOrDestroy(zoneset, ZONESET_ACTIVE);
 }
 
 void ZoningCache::_markForReload() {
@@ -86,7 +80,7 @@ bool ZoningCache::_loadConfigured(uint32_t handle) {
             cim_log(CIM_LOG_TRACE, "DCACHE: vex_fzsGetZoneset failed\n");
             return false;
         }
-        give(*this, zoneset, ZONESET_INACTIVE);
+        _addOrDestroy(zoneset, ZONESET_INACTIVE);
         cim_log(CIM_LOG_TRACE, "DCACHE: Inactive zoneset '%s' added, %lds\n", name.c_str(), watch.seconds());
     }
     const Stopwatch watch;
@@ -98,7 +92,7 @@ bool ZoningCache::_loadConfigured(uint32_t handle) {
         return false;
     }
     _dropEntry(ZONESET_UBER);  // where a zoneset of that very name took its place
-    give(*this, uber, ZONESET_UBER);
+    _addOrDestroy(uber, ZONESET_UBER);
     cim_log(CIM_LOG_TRACE, "DCACHE: Uber zoneset added, %lds\n", watch.seconds());
     _configuredDue = false;
     return true;

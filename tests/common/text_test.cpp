@@ -23,6 +23,9 @@ TEST(Text, WritesBytesAsDigits) {
         EXPECT_STREQ(byteToStr(text, bytes, count), "100000FF0AB08001") << "nothing is written";
     byteToStr(text, bytes, 3);
     EXPECT_STREQ(text, "100000");
+    char longer[21];
+    EXPECT_STREQ(byteToStr(longer, reinterpret_cast<const unsigned char*>("0123456789"), 10),
+                 "30313233343536373839");
 }
 
 TEST(Text, ConvertsToUpperCaseInPlace) {

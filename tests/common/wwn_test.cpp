@@ -63,7 +63,8 @@ TEST(Wwn, SharesABaseWithinOneSwitch) {
         {"3001001122AABBCC", "3FFFFFF122AABBCC", true},  {"3001001122AABBCC", "3001001222AABBCC", false},
         {"5001001122AABBCC", "5FFFFFF122AABBCC", true},  {"4000001122AABBCC", "4000001122AABBCC", false},
         {"0000000000000000", "0000000000000000", false}, {"6000001122AABBCC", "6000001122AABBCC", false},
-        {"2001001122AABBCC", "2001001222AABBCC", false},
+        {"2001001122AABBCC", "2001001222AABBCC", false}, {"3001001122AABBCC", "5001001122AABBCC", false},
+        {"5001001122AABBCC", "3001001122AABBCC", false}, {"1001001122AABBCC", "2001001122AABBCC", false},
     };
     for (const auto& c : cases) EXPECT_EQ(Wwn(c.one).Same_Base(Wwn(c.other)), c.same) << c.one << c.other;
 }

@@ -49,6 +49,8 @@ TEST_F(SimulatorTest, WhatWouldCrashARealLibraryIsCounted) {
         vex_enRegisterForEventList(handle, nullptr, nullptr, nullptr, 1) != 0,
         vex_smlGet(handle, "A.1", &value, nullptr) != 0,
         vex_smlSet(handle, "Cmd.Switch.ReqAdmin", nullptr) != 0,
+        vex_smlSet(handle, "Cmd.Switch.ReqAdmin", &zone) != 0,  // the slot is not null
+        vex_smlGetBatch(handle + 1, nullptr, 0) != 0,
         vex_libFreeMemory(nullptr) != 0,
         vex_ZonesetGetZoneCount(nullptr) == 0,
         vex_ZoneFindMember(zone, VEX_ZMT_WWN, nullptr) == nullptr,

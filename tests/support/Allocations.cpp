@@ -2,6 +2,16 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
+
+#include "simulator/Simulator.h"
+
+// What is linked into the test program asks these for memory; see the link options of test_support.
+extern "C" {
+void* __real_calloc(size_t count, size_t size);
+void* __real_realloc(void* block, size_t size);
+void __real_free(void* block);
+}
 
 namespace {
 
@@ -9,12 +19,27 @@ constexpr size_t kNever = static_cast<size_t>(-1);
 
 thread_local bool counting = false;
 thread_local size_t counted = 0;
+thread_local size_t freed = 0;
 thread_local size_t failing = kNever;
 
+/** What the simulated switch needs is not the library's. */
+bool watched() {
+    return counting && !vexsim::Simulator::serving();
+}
+
+bool fails() {
+    return watched() && counted++ == failing;
+}
+
 void* allocate(size_t size) {
-    if (counting && counted++ == failing) throw std::bad_alloc();
+    if (fails()) throw std::bad_alloc();
     if (void* block = std::malloc(size == 0 ? 1 : size)) return block;
     throw std::bad_alloc();
+}
+
+void release(void* block) noexcept {
+    if (block != nullptr && watched()) ++freed;
+    __real_free(block);
 }
 
 }  // namespace
@@ -24,14 +49,28 @@ void* operator new(size_t size) {
     return allocate(size);
 }
 void operator delete(void* block) noexcept {
-    std::free(block);
+    release(block);
 }
 void operator delete(void* block, size_t) noexcept {
-    std::free(block);
+    release(block);
+}
+
+extern "C" {
+void* __wrap_calloc(size_t count, size_t size) {
+    return fails() ? nullptr : __real_calloc(count, size);
+}
+void* __wrap_realloc(void* block, size_t size) {
+    if (fails()) return nullptr;
+    if (block != nullptr && watched()) ++freed;
+    return __real_realloc(block, size);
+}
+void __wrap_free(void* block) {
+    release(block);
+}
 }
 
 Allocations::Allocations() {
-    counted = 0;
+    counted = freed = 0;
     failing = kNever;
     counting = true;
 }
@@ -40,8 +79,18 @@ Allocations::~Allocations() {
     counting = false;
 }
 
+Allocations::Pause::Pause() : _counting(std::exchange(counting, false)) {}
+
+Allocations::Pause::~Pause() {
+    counting = _counting;
+}
+
 size_t Allocations::count() const {
     return counted;
+}
+
+size_t Allocations::live() const {
+    return counted - (failing < counted ? 1 : 0) - freed;
 }
 
 void Allocations::failAfter(size_t more) {

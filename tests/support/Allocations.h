@@ -2,7 +2,10 @@
 
 #include <cstddef>
 
-/** What the calling thread asks of operator new while an object lives; one at a time a thread. */
+/**
+ * What the calling thread asks of operator new, calloc and realloc while an object lives, the calls of the
+ * simulated switch apart; one at a time a thread.
+ */
 class Allocations {
   public:
     Allocations();
@@ -12,6 +15,20 @@ class Allocations {
 
     /** Since the object was made. */
     size_t count() const;
-    /** Has the allocation after `more` more ones throw std::bad_alloc, once. */
+    /** Of these, the blocks that were not freed. */
+    size_t live() const;
+    /** Has the allocation after `more` more ones fail, once: by std::bad_alloc, or by null. */
     void failAfter(size_t more);
+
+    /** While it lives the thread's allocations are those of the test and not watched. */
+    class Pause {
+      public:
+        Pause();
+        ~Pause();
+        Pause(const Pause&) = delete;
+        Pause& operator=(const Pause&) = delete;
+
+      private:
+        const bool _counting;
+    };
 };

@@ -5,6 +5,7 @@
 
 #include "datacache/event_text.h"
 #include "switchlib/NORV_Vex_Lib.h"
+#include "tests/support/Allocations.h"
 
 namespace {
 
@@ -14,6 +15,7 @@ std::vector<std::string>& received() {
 }
 
 void record(DataCacheEvent* event) {
+    const Allocations::Pause own;
     received().push_back(datacache::eventText(*event));
 }
 

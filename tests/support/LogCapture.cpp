@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "common/log_hooks.h"
+#include "tests/support/Allocations.h"
 
 using namespace datacache;
 
@@ -16,6 +17,7 @@ std::mutex linesMutex;
 std::vector<std::string> lines;
 
 void capture(void*, unsigned int level, const char* line, size_t length, size_t message) {
+    const Allocations::Pause own;
     std::string text(line + message, length - message);
     if (!text.empty() && text.back() == '\n') text.pop_back();
     const std::lock_guard<std::mutex> guard(linesMutex);
