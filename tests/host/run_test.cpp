@@ -3,48 +3,28 @@
 #include <chrono>
 #include <csignal>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <thread>
 
 using ::testing::AllOf;
 using ::testing::Contains;
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
-
-namespace {
-
-bool ends(const std::string& line, const std::string& end) {
-    return line.size() >= end.size() && line.compare(line.size() - end.size(), end.size(), end) == 0;
-}
-
-/** The time that every line of an event begins with. */
-std::string withoutTime(const std::string& line) {
-    static const std::regex time("\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d  ");
-    return std::regex_search(line, time, std::regex_constants::match_continuous) ? line.substr(14) : "";
-}
-
-}  // namespace
+using ::testing::MatchesRegex;
 
 TEST_F(HostTest, RunPrintsEventsAndThenTheState) {
     Tool tool(HOST_TOOL, {"run", "--switch", switchFile, "--scenario", scenario});
     EXPECT_EQ(tool.finish(), 0) << tool.errors;
-    std::vector<std::string> events;
-    for (const std::string& line : tool.output) events.push_back(withoutTime(line));
-    EXPECT_THAT(
-        events,
-        ::testing::IsSupersetOf(
-            {std::string("DCEventPowerSupplyRemove wwn=1000001122334455 index=1 count=0"),
-             std::string("DCEventUserAcctAdd wwn=1000001122334455 userName=\"guest\""),
-             std::string("DCEventSwitchStatusChange wwn=1000001122334455 principalWwn=1000001122334455 "
-                         "previousStatus=[2] currentStatus=[10,0,0]")}));
-    EXPECT_THAT(tool.output, ::testing::IsSupersetOf({std::string("  domain                1"),
-                                                      std::string("        1  3 not installed")}));
     EXPECT_EQ(tool.errors, "");
+    EXPECT_THAT(
+        joined(tool.output),
+        ContainsRegex("\n[0-9:]{8}\\.[0-9]{3}  DCEventPowerSupplyRemove wwn=[0-9]{16} index=1 count=0\n"
+                      ".* DCEventSwitchStatusChange .* currentStatus=\\[10,0,0\\]\n"
+                      ".*\nSwitch\n.*  domain                3\n.*\n        1  3 not installed\n"));
 }
 
 TEST_F(HostTest, JsonIsOneObjectALine) {
     Tool tool(HOST_TOOL, {"run", "--json", "--switch", switchFile, "--scenario", scenario});
     EXPECT_EQ(tool.finish(), 0) << tool.errors;
-    const std::regex time("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}[+-]\\d\\d:\\d\\d");
     bool pulled = false;
     for (const std::string& line : tool.output) {
         const nlohmann::json object = nlohmann::json::parse(line);
@@ -52,7 +32,8 @@ TEST_F(HostTest, JsonIsOneObjectALine) {
             if (object["area"] != "chassis") continue;
             EXPECT_EQ(object["powerSupplies"][0]["status"]["code"], 3);
         } else {
-            EXPECT_TRUE(std::regex_match(object.at("time").get<std::string>(), time)) << line;
+            EXPECT_THAT(object.at("time").get<std::string>(),
+                        MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}\\.[0-9]{3}[+-][0-9]{2}:[0-9]{2}"));
             pulled = pulled || (object.at("class") == "DCEventPowerSupplyRemove" && object.at("index") == 1);
         }
     }
@@ -62,7 +43,7 @@ TEST_F(HostTest, JsonIsOneObjectALine) {
 TEST_F(HostTest, AnInterruptEndsARunWithTheState) {
     Tool tool(HOST_TOOL, {"run", "--switch", switchFile});
     std::string line;
-    while (tool.readLine(line) && !ends(line, "DCEventDataCacheUpdateComplete")) {
+    while (tool.readLine(line) && line.find("DCEventDataCacheUpdateComplete") == std::string::npos) {
     }
     tool.signal(SIGTERM);
     EXPECT_EQ(tool.finish(), 128 + SIGTERM) << tool.errors;
@@ -77,9 +58,7 @@ TEST_F(HostTest, AnInterruptIsAnsweredAtOnceInEveryPhase) {
         std::vector<std::string> arguments;
         std::string undone;
     } cases[] = {
-        {"vex_IPConnect", {"show", "ports"}, "connecting to the switch\n"},
         {"vex_IPConnect", {"run"}, "connecting to the switch\n"},
-        {"vex_smlGetBatch", {"graph"}, "reading the switch\n"},
         {"vex_smlGetBatch", {"run"}, "reading the switch, and showing the state\n"},
         {"vex_smlGet", {"show", "properties"}, "showing properties\n"},
         {"vex_smlSet",
@@ -96,8 +75,8 @@ TEST_F(HostTest, AnInterruptIsAnsweredAtOnceInEveryPhase) {
     std::vector<std::unique_ptr<Tool>> tools;
     for (size_t i = 0; i < std::size(cases); ++i) {
         std::vector<std::string> arguments = cases[i].arguments;
-        const std::string file =
-            writeFile("hang" + std::to_string(i) + ".toml", fullText + faultOn(cases[i].function, "*", hang));
+        const std::string file = writeFile("hang" + std::to_string(i) + ".toml",
+                                           switchText + faultOn(cases[i].function, "*", hang));
         arguments.insert(arguments.end(), {"--switch", file});
         tools.push_back(std::make_unique<Tool>(HOST_TOOL, arguments));
     }
@@ -112,29 +91,13 @@ TEST_F(HostTest, AnInterruptIsAnsweredAtOnceInEveryPhase) {
 }
 
 TEST_F(HostTest, RunTellsLossAndReturnOfReadiness) {
-    const std::string lost = R"(
-[[step]]
-do = "fault"
-function = "vex_smlGetBatch"
-key = "Oper.Chassis.0.Fans"
-times = 0
-status = 1
-[[step]]
-do = "power_supply"
-index = 1
-state = "NotInstalled"
-)";
-    const std::string found = R"(
-[[step]]
-do = "clear_faults"
-after = "1s"
-[[step]]
-do = "power_supply"
-index = 1
-state = "Good"
-)";
+    const std::string lost = R"(step = [
+{do = "fault", function = "vex_smlGetBatch", key = "Oper.Chassis.0.Fans", times = 0, status = 1},
+{do = "power_supply", index = 1, state = "NotInstalled"})";
+    const std::string found =
+        R"(, {do = "clear_faults", after = "1s"}, {do = "power_supply", index = 1, state = "Good"})";
     for (const bool comesBack : {true, false}) {
-        const std::string steps = writeFile("loss.toml", lost + (comesBack ? found : ""));
+        const std::string steps = writeFile("loss.toml", lost + (comesBack ? found : "") + ']');
         Tool run(HOST_TOOL, {"run", "--switch", switchFile, "--scenario", steps});
         EXPECT_EQ(run.finish(), comesBack ? 0 : 1);
         EXPECT_THAT(run.errors, HasSubstr("not ready: chassis is not up to date"));
