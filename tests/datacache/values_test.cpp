@@ -1,7 +1,10 @@
-#include "datacache/cim_status.h"
-#include "tests/support/CachePeer.h"
-
+// What the switch says, turned into what hosts read: functions without state.
 #include <gtest/gtest.h>
+
+#include "datacache/accounts_load.h"
+#include "datacache/cim_status.h"
+#include "datacache/transceivers.h"
+#include "tests/support/CachePeer.h"
 
 namespace {
 
@@ -66,6 +69,63 @@ TEST(CimStatus, CodesOfWords) {
     EXPECT_EQ(cimPortHardwareType("E"), 0);
     EXPECT_EQ(hardwareStatus("good"), 0);
     EXPECT_EQ(CachePeer::hardwareStatus(nullptr), 0);
+}
+
+TEST(AccountChanges, CountOccurrences) {
+    using Names = std::vector<std::string>;
+    const struct {
+        Names before, now, added, removed;
+    } cases[] = {
+        {{"a", "b"}, {"b", "a"}, {}, {}},
+        {{"a"}, {"a", "a"}, {"a"}, {}},
+        {{"a", "b", "a"}, {"a"}, {}, {"b", "a"}},
+        {{"a", "b", "a", "c"}, {"a", "d", "a", "a"}, {"d", "a"}, {"b", "c"}},
+        {{"Admin", "a "}, {"admin", "a"}, {"admin", "a"}, {"Admin", "a "}},
+        {{"a", ""}, {""}, {}, {"a"}},
+        {{"a"}, {}, {}, {"a"}},
+    };
+    for (const auto& row : cases) {
+        const AccountChanges changes = compareAccounts(row.before, row.now);
+        EXPECT_EQ(changes.added, row.added) << ::testing::PrintToString(row.before);
+        EXPECT_EQ(changes.removed, row.removed) << ::testing::PrintToString(row.before);
+    }
+}
+
+TEST(FabricLists, SplitsAtCommas) {
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {"", {}},      {"7", {"7"}},         {"1,2", {"1", "2"}}, {"1,2,", {"1", "2", ""}},
+        {",1", {"1"}}, {"1,,2", {"1", "2"}}, {",", {""}},         {" 1 , 2", {" 1 ", " 2"}},
+    };
+    for (const auto& [text, fields] : cases) EXPECT_EQ(CachePeer::parseSMLList(text), fields) << text;
+}
+
+TEST(MediaData, CleansSerialNumbers) {
+    const std::pair<const char*, const char*> serials[] = {
+        {"", ""},
+        {"    ", ""},
+        {"A B C", "A B C"},
+        {"AB  12   ", "AB _12"},
+        {"A    B", "A ___B"},
+        {"  A", " _A"},
+        {"A  B  C", "A _B _C"},
+        {"0123456789ABCDE  ", "0123456789ABCDE"},     // 17 characters
+        {"0123456789ABCDEFGH", "0123456789ABCDEFG"},  // 18
+        {"0123456789ABCDE   ", "0123456789ABCDE _"},  // 18: the cut leaves spaces that stay
+        {"                  ", " ________________"},  // 18
+    };
+    for (const auto& [text, clean] : serials) EXPECT_EQ(sanitizedSerial(text), clean) << text;
+    EXPECT_EQ(CachePeer::sanitizedMediaVendorSN("A  B"), "A _B");
+    EXPECT_EQ(CachePeer::sanitizedMediaVendorSN(nullptr), "");
+}
+
+TEST(MediaData, ReadsFormatAndVendor) {
+    EXPECT_EQ(mediaFormatOf("0304"), MEDIA_SFP);
+    EXPECT_EQ(mediaFormatOf("0B04"), MEDIA_UNKNOWN) << "read as a decimal number";
+    EXPECT_EQ(mediaFormatOf("1104"), MEDIA_OTHER);
+    EXPECT_EQ(mediaFormatOf(""), MEDIA_UNKNOWN);
+    EXPECT_EQ(mediaFormatOf("3"), MEDIA_SFP);
+    EXPECT_EQ(vendorOUIOf("0123456789ABCDEF"), "ABCDEF");
+    EXPECT_EQ(vendorOUIOf("0123456789ABCDE"), "000000") << "too short";
 }
 
 }  // namespace
