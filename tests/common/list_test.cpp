@@ -83,7 +83,8 @@ TEST(List, FindsByIdAndCountsIdsRoundTheSentinels) {
     list.add(element(2));
     EXPECT_EQ(list.get_first()->id(), 65535);
     EXPECT_EQ(list.get_last()->id(), 2);
-    for (const int none : {0, 1, 3}) EXPECT_EQ(list.find(none), nullptr);
+    for (const auto none : std::initializer_list<unsigned short>{0, 1, 3})
+        EXPECT_EQ(list.find(none), nullptr);
     EXPECT_EQ(list.remove(9), nullptr);
     const std::unique_ptr<E> removed(list.remove(65535));
     EXPECT_THAT(values(list), ElementsAre(2));

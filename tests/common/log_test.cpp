@@ -173,22 +173,22 @@ TEST_F(CimLog, RotatesAtTheLineAfterAThousand) {
 TEST_F(CimLog, CutsLinesAt2055BytesAndShowsThemToTheObserver) {
     using Seen = std::tuple<std::string, std::size_t, unsigned>;
     Seen seen;
-    const auto& [line, message, level] = seen;
+    const auto& [shown, start, severity] = seen;
     observeLog(
         [](void* context, unsigned int level, const char* line, std::size_t length, std::size_t message) {
             *static_cast<Seen*>(context) = {{line, length}, message, level};
         },
         &seen);
     cim_log(CIM_LOG_TRACE, "%s", "");
-    const std::size_t room = 2055 - message;
+    const std::size_t room = 2055 - start;
     for (const std::size_t length : {room - 1, room, room + 1, std::size_t{5000}}) {
         redirectLog(main.c_str(), critical.c_str());
         const std::string text = std::string(length - 1, 'a') + '\n';
         cim_log(CIM_LOG_CRITICAL, "%s", text.c_str());
-        EXPECT_EQ(fs::file_size(main), message + std::min(length, room));
+        EXPECT_EQ(fs::file_size(main), start + std::min(length, room));
         EXPECT_EQ(fs::file_size(critical), fs::file_size(main));
-        EXPECT_EQ(line.substr(message), text.substr(0, room));
-        EXPECT_EQ(level, 4U);
+        EXPECT_EQ(shown.substr(start), text.substr(0, room));
+        EXPECT_EQ(severity, 4U);
     }
 }
 

@@ -61,7 +61,8 @@ TEST_F(FabricRecords, WalksEndWhereTheyCannotGoOn) {
     EXPECT_EQ(first->getNextPort(PortCache(Wwn(std::string("2999999999999999")), 1)).getWwn(),
               "2009001122000002")
         << "the name of the port before does not matter";
-    for (const uint8_t last : {3, 7}) EXPECT_TRUE(first->getNextPort(PortCache(Wwn(), last)).isNull());
+    for (const auto last : std::initializer_list<uint8_t>{3, 7})
+        EXPECT_TRUE(first->getNextPort(PortCache(Wwn(), last)).isNull());
     // Indexes that come twice: the walk goes by the first of them.
     EXPECT_EQ(second->getNextPort(PortCache(Wwn(), 0)).getWwn(), "3000002000000003");
     first->_port_count = 1;

@@ -6,6 +6,7 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 constexpr uint16_t kUnknown = 65535;
 
@@ -52,6 +53,30 @@ TEST_F(FabricTest, TakesDomainsAsTheyAreWritten) {
     }
     EXPECT_THAT(members,
                 ElementsAre("1 " + kPlain, "2 " + kRemote, "44 1000001122000008", "0 1000001122000009"));
+}
+
+TEST_F(FabricTest, WhatALoadThatFailsMissedIsToldByTheNext) {
+    startFabric("ports = 2");
+    sim.run("step = [{do = 'fabric_rename', principal = '" + kRemote + "'}]");
+    for (const char* key : {"LsdbRecordList.255', result = 9", "LsdbRecordList.255', value = ''",
+                            "LsdbRecord.2.WWN', result = 9"}) {
+        sim.run(std::string("step = [{do = 'fault', function = 'vex_smlGetBatch', key = 'Oper.Eport.") + key +
+                "}]");
+        reload();
+        EXPECT_EQ(fabric().getFabricWwn(), kPlain) << key;
+        EXPECT_THAT(events(), IsEmpty()) << key;
+    }
+    EXPECT_TRUE(reload());
+    EXPECT_EQ(events().size(), 4U) << "the fabric that goes and the one that comes with its two switches";
+}
+
+TEST_F(FabricTest, TellsWhenTheListOfDomainsIsFull) {
+    startFabric("");
+    for (const size_t length : {251U, 252U}) {
+        sim.set("Oper.Eport.LsdbRecordList.255", std::string(length, '7'));
+        reload();
+        EXPECT_EQ(DataCache::health().capacity.domainListFull, length == 252);
+    }
 }
 
 TEST_F(FabricTest, ATransparentSwitchHasNoFabric) {
@@ -120,6 +145,7 @@ TEST_F(FabricTest, AServerIsAskedUntilItTimesOut) {
     step("step = [{do = 'switch_domain', domain = 2, to = 9}]");
     EXPECT_THAT(log(),
                 Contains("2 DCACHE: _load_mserver_ports - skip " + kRemote + " due to mserver err timeout"));
+    EXPECT_EQ(DataCache::health().capacity.switchesGivenUp, 1U);
     EXPECT_EQ(remote()._port_count, 0);
     // Only a new record starts afresh.
     step("step = [{do = 'switch_leave', domain = 9}]");

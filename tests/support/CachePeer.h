@@ -20,12 +20,10 @@ class CachePeer {
           accountsUpdate(cache._accountsUpdate),
           zoningUpdate(cache._zoningUpdate),
           zoningOK(cache._zoningOK),
-          chassisState(cache._chassisState),
           bladeSlotCount(cache.bladeSlotCount),
           bladeState(cache._bladeState),
           localPortRefresh(cache._localPortRefresh),
           portState(cache._portState),
-          transceivers(cache._transceivers),
           prevAccounts(cache._prevAccounts) {}
 
     int getChassisInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getChassisInfo(); }
@@ -52,11 +50,9 @@ class CachePeer {
     bool &switchUpdate, &chassisUpdate, &bladesUpdate, &portsUpdate, &fabricUpdate, &accountsUpdate,
         &zoningUpdate;
     bool& zoningOK;
-    ChassisState& chassisState;
     uint16_t& bladeSlotCount;
     BladeState& bladeState;
     std::bitset<kPortRows>& localPortRefresh;
     PortState& portState;
-    TransceiverState& transceivers;
     std::vector<std::string>& prevAccounts;
 };
