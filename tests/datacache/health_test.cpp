@@ -45,10 +45,10 @@ class HealthTest : public CacheTest {
 TEST_F(HealthTest, TellsOfValuesThatAreNone) {
     const struct {
         CacheArea area;
-        const char* key;
+        const char *key, *function;
         int line;
-    } cases[] = {{CacheArea::Switch, "Oper.Switch.WWN", 1364},
-                 {CacheArea::Ports, "Oper.Switch.MaxPorts", 1630}};
+    } cases[] = {{CacheArea::Switch, "Oper.Switch.WWN", "_getSwitchInfo", 1364},
+                 {CacheArea::Ports, "Oper.Switch.MaxPorts", "_getPortInfo", 1630}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.key);
         fault("'" + std::string(c.key) + "', value = '0'");
@@ -56,6 +56,7 @@ TEST_F(HealthTest, TellsOfValuesThatAreNone) {
         const ReadFailure failure = DataCache::health()[c.area].lastFailure;
         EXPECT_EQ(failure.fault, ReadFault::BadValue);
         EXPECT_STREQ(failure.key, c.key);
+        EXPECT_STREQ(failure.function, c.function);
         EXPECT_EQ(failure.line, c.line);
         reread();
         EXPECT_THAT(stale(), ElementsAre("accounts"));
