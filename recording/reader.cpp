@@ -70,6 +70,27 @@ struct ShapeOf<Row, Kinds<Kind...>> {
             ++name;
         };
         (takeBack(Kind{}), ...);
+        checkNames(record);
+    }
+
+  private:
+    /** Whoever is told of so many names reads so many. */
+    static void checkNames(const Record& record) {
+        int64_t count = 0;
+        const Names* names = nullptr;
+        size_t index = 0;
+        const auto look = [&](auto kind) {
+            const Value& value = record.handedBack[index++];
+            if constexpr (std::is_same_v<decltype(kind), NameCount>) {
+                if (const auto* const number = std::get_if<int64_t>(&value)) count = *number;
+            } else if constexpr (std::is_same_v<decltype(kind), NameList>) {
+                names = std::get_if<Names>(&value);
+            }
+        };
+        (look(Kind{}), ...);
+        if (names != nullptr && static_cast<int64_t>(names->size()) != std::max<int64_t>(count, 0)) {
+            throw BadValue("back.names has not as many entries as back.count says");
+        }
     }
 
     static const Json& fieldOf(const Json& object, const char* name) {
@@ -188,13 +209,22 @@ struct Reader::Lines {
         ++number;
         text.clear();
         std::streambuf& bytes = *file.rdbuf();
-        int byte = bytes.sbumpc();
+        int byte = first();
         for (; byte != std::char_traits<char>::eof() && byte != '\n'; byte = bytes.sbumpc()) {
             if (text.size() == kLongestLine) throw BadValue("the line is too long");
             text += static_cast<char>(byte);
         }
         ended = byte == '\n';
         return ended || !text.empty();
+    }
+
+    /** The next byte of a file that may be none at all, but a folder. */
+    int first() {
+        try {
+            return file.rdbuf()->sbumpc();
+        } catch (const std::ios_base::failure&) {
+            throw BadValue("the file cannot be read");
+        }
     }
 
     std::ifstream file;
