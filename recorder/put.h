@@ -17,6 +17,8 @@
 
 namespace vexrecord {
 
+using datacache::boundedText;
+
 /** What the arguments of one call need to know of each other. */
 struct CallParts {
     bool masked = false;

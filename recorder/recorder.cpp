@@ -6,6 +6,7 @@
 
 #include <dlfcn.h>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -193,6 +194,13 @@ void putEvent(Line& line, const vex_event_s* event, const Registration& registra
     putPointer(line, user);
 }
 
+/** How often this thread has waited for something; what preempts it does not count. */
+int64_t waits() {
+    rusage usage{};
+    getrusage(RUSAGE_THREAD, &usage);
+    return usage.ru_nvcsw;
+}
+
 void deliver(void* context, vex_event_s* event, void* user) {
     const Registration& registration = *static_cast<Registration*>(context);
     Thread& thread = currentThread;
@@ -205,11 +213,14 @@ void deliver(void* context, vex_event_s* event, void* user) {
     }
     Record record(thisThread());
     putEvent(record.line, event, registration, user);
+    const int64_t waited = waits();
     record.begin();
     errno = before;
     registration.callback(registration.context, event, user);
     const ErrnoKeeper keeper;
     record.end();
+    record.line.raw(",\"waited\":");
+    record.line.number(waits() - waited);
     record.write();
 }
 

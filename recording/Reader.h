@@ -111,7 +111,8 @@ struct Record {
     Value result;                  /**< int64_t, Address, or monostate */
 
     std::optional<Event> event;
-    Address context; /**< that the callback was registered with */
+    Address context;     /**< that the callback was registered with */
+    uint64_t waited = 0; /**< how often the callback waited for something, such as a lock */
 
     uint64_t limit = 0; /**< End: the bytes that the file may have */
     uint64_t lost = 0;  /**< End: records that are missing, as memory was short */

@@ -156,6 +156,7 @@ void readRecord(const Json& line, Record& record) {
     record.kind = Record::Kind::Notification;
     const Json& event = field(line, "event");
     if (!event.is_null()) record.event = eventOf(event);
+    record.waited = counterOf(line, "waited");
     record.context = about("context", [&] { return addressOf(field(line, "context")); });
 }
 

@@ -225,20 +225,38 @@ void Replay::registered(vex_notification_cb callback, void* context) {
     std::thread([this] { run(); }).detach();
 }
 
+/** Our own thread does not know what the host does; it waits until nothing has come for a moment. */
+bool Replay::isQuiet() const {
+    return Clock::now() - _lastStep >= kPause;
+}
+
 /** Whether the recorded time of a notification has come. */
 bool Replay::isDue(size_t place) const {
-    if (!(_mode.speed > 0)) return _mode.driven || Clock::now() - _lastStep >= kPause;
+    if (!(_mode.speed > 0)) return _mode.driven || isQuiet();
     const std::chrono::duration<double, std::nano> after(static_cast<double>(step(place).record->time) /
                                                          _mode.speed);
     return Clock::now() - _began >= after;
+}
+
+/** Whether the next notification's place may be before the step that is next. */
+bool Replay::hasPlace(size_t notification) const {
+    if (notification == _first) return true;
+    const Record& behind = *step(_first).record;
+    const Record& record = *step(notification).record;
+    if (record.time > behind.time || (record.waited != 0 && behind.thread == kMainThread)) return false;
+    return _mode.driven || isQuiet();
 }
 
 int32_t Replay::look(uint64_t& place) const {
     place = _first;
     if (_script == nullptr) return VEXREPLAY_CALL;
     if (_first == _used.size()) return VEXREPLAY_OVER;
-    if (isNotification(_first)) return isDue(_first) ? VEXREPLAY_NOTIFICATION : VEXREPLAY_CALL;
-    return step(_first).record->thread == kMainThread ? VEXREPLAY_MAIN : VEXREPLAY_CALL;
+    if (_notification < _used.size() && hasPlace(_notification) && isDue(_notification)) {
+        place = _notification;
+        return VEXREPLAY_NOTIFICATION;
+    }
+    const bool main = !isNotification(_first) && step(_first).record->thread == kMainThread;
+    return main ? VEXREPLAY_MAIN : VEXREPLAY_CALL;
 }
 
 int32_t Replay::next(uint64_t& place) {
@@ -246,15 +264,37 @@ int32_t Replay::next(uint64_t& place) {
     return look(place);
 }
 
+bool Replay::mentions(uint64_t place, const std::string& text) {
+    const Lock lock(_mutex);
+    return place < _used.size() && step(place).call.find(text) != std::string::npos;
+}
+
+/** When the next call that is not the main thread's began, or ended; the end of time where there is none. */
+uint64_t Replay::nextCall(bool ends) const {
+    for (size_t i = _first; i < _used.size(); ++i) {
+        const Record& record = *step(i).record;
+        if (_used[i] || isNotification(i) || record.thread == kMainThread) continue;
+        return record.time + (ends ? record.took : 0);
+    }
+    return UINT64_MAX;
+}
+
+/** The next notification, and those that came so close behind it that they were taken up together: what
+ * they set going had not begun, or, where they did not wait for it to end, cannot have had the cache. */
 std::vector<size_t> Replay::takeGroup() {
     std::vector<size_t> group;
     uint64_t place = 0;
     if (look(place) != VEXREPLAY_NOTIFICATION) return group;
-    for (size_t i = _first; i < _used.size() && isNotification(i) && !_used[i]; ++i) {
-        if (!group.empty()) {
-            const Record& before = *step(group.back()).record;
-            if (step(i).record->time > before.time + before.took + kTogether) break;
-        }
+    group.push_back(place);
+    const uint64_t begins = nextCall(false);
+    const uint64_t ends = nextCall(true);
+    for (size_t i = place + 1; i < _used.size(); ++i) {
+        const Record& before = *step(group.back()).record;
+        const Record& record = *step(i).record;
+        if (record.time > before.time + before.took + kTogether) break;
+        if (!isNotification(i) || _used[i]) continue;
+        const uint64_t end = record.time + record.took;
+        if (record.time >= begins || (end > ends && record.waited != 0)) break;
         group.push_back(i);
     }
     return group;
@@ -310,8 +350,8 @@ void Replay::run() {
         deliver();
         Lock lock(_mutex);
         if (_first == _used.size()) break;
-        if (!_mode.strict && _notification < _used.size() && isDue(_notification) &&
-            Clock::now() - _lastStep >= kPatience) {
+        const bool lost = Clock::now() - _lastStep >= kPatience;
+        if (!_mode.strict && lost && _notification < _used.size() && isDue(_notification)) {
             while (_first < _notification) consume(_first);
         }
         lock.waitUntil(_changed, Clock::now() + milliseconds(10));

@@ -29,9 +29,12 @@ struct Mode {
  * notifications come.
  *
  * The steps are those of all threads in the order in which they returned. A notification's place is behind
- * the calls that returned before it: it is delivered when they have been made. Strictly, a thread's next call
- * is compared with the next one of the recorded thread that it plays. Otherwise a call is looked for between
- * the notification before and the one behind, and then anywhere: the nearest in time answers.
+ * the calls that returned before it; or earlier, behind those that began before it: its callback may have
+ * returned late, when what it set going was at work already. It comes when nothing else can.
+ *
+ * Strictly, a thread's next call is compared with the next one of the recorded thread that it plays.
+ * Otherwise a call is looked for between the notification before and the one behind, and then anywhere: the
+ * nearest in time answers.
  *
  * The callback is called with no lock held.
  */
@@ -54,6 +57,7 @@ class Replay {
     int32_t next(uint64_t& place) DC_EXCLUDES(_mutex);
     void deliver() DC_EXCLUDES(_mutex);
     void skip(uint64_t place) DC_EXCLUDES(_mutex);
+    bool mentions(uint64_t place, const std::string& text) DC_EXCLUDES(_mutex);
 
     /** Tells of something odd on standard error, once. */
     void tell(const std::string& what) DC_EXCLUDES(_mutex);
@@ -81,6 +85,9 @@ class Replay {
     uint64_t choosePart(const std::string& call) DC_REQUIRES(_mutex);
     [[noreturn]] void differs(const std::string& where, const std::string& what) DC_REQUIRES(_mutex);
     bool isDue(size_t place) const DC_REQUIRES(_mutex);
+    bool hasPlace(size_t notification) const DC_REQUIRES(_mutex);
+    bool isQuiet() const DC_REQUIRES(_mutex);
+    uint64_t nextCall(bool ends) const DC_REQUIRES(_mutex);
     int32_t look(uint64_t& place) const DC_REQUIRES(_mutex);
     std::vector<size_t> takeGroup() DC_REQUIRES(_mutex);
     void deliverOne(size_t place) DC_EXCLUDES(_mutex);

@@ -17,6 +17,7 @@
 
 namespace vexreplay {
 
+using datacache::boundedText;
 using recording::Value;
 
 /** What the arguments of one call need to know of each other. */

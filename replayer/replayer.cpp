@@ -143,6 +143,10 @@ int32_t vexreplay_next(uint64_t* place) {
     return next;
 }
 
+int32_t vexreplay_mentions(uint64_t place, const char* text) {
+    return Replay::instance().mentions(place, text) ? 1 : 0;
+}
+
 void vexreplay_deliver(void) {
     Replay::instance().deliver();
 }

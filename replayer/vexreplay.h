@@ -28,8 +28,12 @@ enum {
  */
 DC_EXPORT int32_t vexreplay_open(const char* path, int32_t strict, double speed, char* error, size_t size);
 
-/** What is next, and where in the recording that is. */
+/** What is next, and where in the recording that is; null where nobody wants it. A notification can be
+ * delivered when nothing that listens is at work, which the caller knows. */
 DC_EXPORT int32_t vexreplay_next(uint64_t* place);
+
+/** Whether the call at `place` has this text among its arguments. */
+DC_EXPORT int32_t vexreplay_mentions(uint64_t place, const char* text);
 
 /**
  * Delivers the notification that can be delivered now, and those that came right behind it, to the registered
