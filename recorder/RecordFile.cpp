@@ -56,24 +56,43 @@ RecordFile& RecordFile::instance() {
 
 RecordFile::RecordFile() {
     _settings.path = variable("VEXRECORD_FILE");
+    const std::string why = readSettings();
+    if (_settings.path.empty()) return;
+    _state = UNOPENED;
+    if (!why.empty()) giveUp(why);
+}
+
+/** What the environment says beside the file; says what is wrong with it. */
+std::string RecordFile::readSettings() {
     _settings.masked = std::strcmp(variable("VEXRECORD_MASK"), "1") == 0;
     const char* const limit = variable("VEXRECORD_LIMIT");
     char* end = nullptr;
     errno = 0;
     _settings.limit = std::strtoull(limit, &end, 10);
-    const bool good = *limit == '\0' || (errno == 0 && *limit >= '0' && *limit <= '9' && *end == '\0' &&
-                                         (_settings.limit == 0 || _settings.limit >= kSmallestLimit));
-    if (_settings.path.empty()) return;
-    _state = UNOPENED;
-    if (!good) giveUp("VEXRECORD_LIMIT is no number of bytes from " + std::to_string(kSmallestLimit));
+    if (*limit == '\0') return "";
+    const bool number = errno == 0 && *limit >= '0' && *limit <= '9' && *end == '\0';
+    if (number && (_settings.limit == 0 || _settings.limit >= kSmallestLimit)) return "";
+    return "VEXRECORD_LIMIT is no number of bytes from " + std::to_string(kSmallestLimit);
 }
 
 std::string RecordFile::start(const std::string& path) {
+    restart();
     _settings.path = path;
+    const std::string why = readSettings();
+    if (!why.empty()) return why;
     const int error = make(path, O_TRUNC);
-    if (error == 0) return "";
-    giveUp("");
-    return path + ": " + std::strerror(error);
+    return error == 0 ? "" : path + ": " + std::strerror(error);
+}
+
+/** Back to no file. */
+void RecordFile::restart() {
+    if (_file != -1) close(_file);
+    _file = -1;
+    _state = CLOSED;
+    _next = 1;
+    _lost = 0;
+    _writers = 0;
+    _full = _ended = false;
 }
 
 void RecordFile::giveUp(const std::string& why) {
@@ -175,16 +194,11 @@ void RecordFile::put(std::string_view text) {
 }
 
 void RecordFile::forked() {
-    if (_file != -1) {
-        close(_file);
-        _file = -1;
-        _child = true;
-    }
-    if (_state != CLOSED || _ended) _state = UNOPENED;
-    _next = 1;
-    _lost = 0;
-    _writers = 0;
-    _full = _ended = false;
+    const bool recorded = _file != -1;
+    const bool wants = _state != CLOSED || _ended;
+    restart();
+    _child = _child || recorded;
+    if (wants) _state = UNOPENED;
 }
 
 }  // namespace vexrecord

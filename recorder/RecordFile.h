@@ -52,6 +52,8 @@ class RecordFile {
     enum State { CLOSED, UNOPENED, OPENING, OPEN };
 
     RecordFile();
+    std::string readSettings();
+    void restart();
     int make(const std::string& path, int how);
     bool makeBeside();
     void giveUp(const std::string& why);

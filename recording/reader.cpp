@@ -120,19 +120,20 @@ const Shape& shapeOf(const std::string& name) {
 Event eventOf(const Json& value) {
     Event event;
     event.code =
-        static_cast<int32_t>(about("event.code", [&] { return numberOf<int32_t>(field(value, "code")); }));
+        static_cast<int32_t>(about("event", [&] { return numberOf<int32_t>(field(value, "code")); }));
     const Json& source = field(value, "source");
     if (!source.is_array() || source.size() != 3) throw BadValue("event.source has not three words");
     for (size_t i = 0; i < 3; ++i) {
         event.source.word[i] =
             static_cast<int32_t>(about("event.source", [&] { return numberOf<int32_t>(source[i]); }));
     }
-    event.text = about("event.text", [&] { return bytesOf(field(value, "text"), VEX_EVENT_TEXT_SIZE); });
+    event.text = about("event", [&] { return bytesOf(field(value, "text"), VEX_EVENT_TEXT_SIZE); });
     return event;
 }
 
 uint64_t counterOf(const Json& line, const char* name) {
-    return about(name, [&] { return unsignedOf(field(line, name)); });
+    const Json& value = field(line, name);
+    return about(name, [&] { return unsignedOf(value); });
 }
 
 void readRecord(const Json& line, Record& record) {
@@ -157,23 +158,23 @@ void readRecord(const Json& line, Record& record) {
     const Json& event = field(line, "event");
     if (!event.is_null()) record.event = eventOf(event);
     record.waited = counterOf(line, "waited");
-    record.context = about("context", [&] { return addressOf(field(line, "context")); });
+    record.context = about("context:", [&] { return addressOf(field(line, "context")); });
 }
 
 Header headerOf(const Json& line) {
     if (line.value("recording", Json()) != "vexlib") throw BadValue("this is no recording of vexlib");
     Header header;
     header.version =
-        static_cast<int>(about("version", [&] { return numberOf<int>(field(line, "version")); }));
+        static_cast<int>(about("version:", [&] { return numberOf<int>(field(line, "version")); }));
     if (header.version != kFormatVersion) {
         throw BadValue("a recording of version " + std::to_string(header.version) +
                        ", and this program reads " + std::to_string(kFormatVersion));
     }
-    header.platform = about("platform", [&] { return bytesOf(field(line, "platform"), 64); });
+    header.platform = about("platform:", [&] { return bytesOf(field(line, "platform"), 64); });
     header.wordSize =
-        static_cast<int>(about("wordSize", [&] { return numberOf(field(line, "wordSize"), 8, 128); }));
+        static_cast<int>(about("wordSize:", [&] { return numberOf(field(line, "wordSize"), 8, 128); }));
     header.bigEndian = field(line, "byteOrder") == "big";
-    header.time = about("time", [&] { return bytesOf(field(line, "time"), 64); });
+    header.time = about("time:", [&] { return bytesOf(field(line, "time"), 64); });
     header.masked = field(line, "masked") == true;
     return header;
 }

@@ -69,6 +69,7 @@ void Replay::open(const std::string& path, Mode mode) {
     _mode = mode;
     ++_generation;
     _used.assign(_script->steps().size(), false);
+    _taken = _used;
     _first = _notification = 0;
     _now = 0;
     _began = _lastStep = Clock::now();
@@ -117,6 +118,8 @@ void Replay::consume(size_t place) {
 }
 
 const Record* Replay::answer(const std::string& call) {
+    const Record* record = nullptr;
+    std::vector<size_t> behind;
     {
         Lock lock(_mutex);
         if (_script == nullptr) {
@@ -124,11 +127,13 @@ const Record* Replay::answer(const std::string& call) {
             openFromEnvironment();
             lock.lock();
         }
-        if (_mode.strict) return step(strictAnswer(call)).record;
-        const std::optional<size_t> place = lenientAnswer(call);
-        if (place) return step(*place).record;
+        const std::optional<size_t> place = _mode.strict ? strictAnswer(call) : lenientAnswer(call);
+        if (!place) return nullptr;
+        record = step(*place).record;
+        behind = takeBehind(*record);
     }
-    return nullptr;
+    for (const size_t place : behind) deliverOne(place);
+    return record;
 }
 
 // ---- Strictly ----
@@ -155,7 +160,7 @@ uint64_t Replay::choosePart(const std::string& call) {
     return chosen->first;
 }
 
-size_t Replay::strictAnswer(const std::string& call) {
+std::optional<size_t> Replay::strictAnswer(const std::string& call) {
     if (currentPart.generation != _generation) currentPart = {_generation, choosePart(call)};
     Part& part = _parts[currentPart.thread];
     const std::string thread = " of thread " + std::to_string(currentPart.thread);
@@ -247,11 +252,12 @@ bool Replay::hasPlace(size_t notification) const {
     return _mode.driven || isQuiet();
 }
 
-int32_t Replay::look(uint64_t& place) const {
+int32_t Replay::look(size_t& place) const {
     place = _first;
     if (_script == nullptr) return VEXREPLAY_CALL;
     if (_first == _used.size()) return VEXREPLAY_OVER;
-    if (_notification < _used.size() && hasPlace(_notification) && isDue(_notification)) {
+    if (_notification < _used.size() && !_taken[_notification] && hasPlace(_notification) &&
+        isDue(_notification)) {
         place = _notification;
         return VEXREPLAY_NOTIFICATION;
     }
@@ -259,52 +265,58 @@ int32_t Replay::look(uint64_t& place) const {
     return main ? VEXREPLAY_MAIN : VEXREPLAY_CALL;
 }
 
-int32_t Replay::next(uint64_t& place) {
+int32_t Replay::next(size_t& place) {
     const Lock lock(_mutex);
     return look(place);
 }
 
-bool Replay::mentions(uint64_t place, const std::string& text) {
+bool Replay::mentions(size_t place, const std::string& text) {
     const Lock lock(_mutex);
     return place < _used.size() && step(place).call.find(text) != std::string::npos;
 }
 
-/** When the next call that is not the main thread's began, or ended; the end of time where there is none. */
-uint64_t Replay::nextCall(bool ends) const {
-    for (size_t i = _first; i < _used.size(); ++i) {
-        const Record& record = *step(i).record;
-        if (_used[i] || isNotification(i) || record.thread == kMainThread) continue;
-        return record.time + (ends ? record.took : 0);
-    }
-    return UINT64_MAX;
-}
-
-/** The next notification, and those that came so close behind it that they were taken up together: what
- * they set going had not begun, or, where they did not wait for it to end, cannot have had the cache. */
-std::vector<size_t> Replay::takeGroup() {
+/** The notification at `place`, and those that came so close behind it that they were taken up together:
+ * what they set going had not begun, or, where they did not wait for it to end, cannot have had the cache. */
+std::vector<size_t> Replay::takeGroup(size_t place) {
     std::vector<size_t> group;
-    uint64_t place = 0;
-    if (look(place) != VEXREPLAY_NOTIFICATION) return group;
-    group.push_back(place);
-    const uint64_t begins = nextCall(false);
-    const uint64_t ends = nextCall(true);
-    for (size_t i = place + 1; i < _used.size(); ++i) {
-        const Record& before = *step(group.back()).record;
+    uint64_t begins = UINT64_MAX;  // the call that is next
+    uint64_t ends = UINT64_MAX;
+    for (size_t i = _first; i < _used.size(); ++i) {
+        if (_used[i] || isNotification(i)) continue;
+        begins = step(i).record->time;
+        ends = begins + step(i).record->took;
+        break;
+    }
+    for (size_t i = place; i < _used.size(); ++i) {
         const Record& record = *step(i).record;
-        if (record.time > before.time + before.took + kTogether) break;
-        if (!isNotification(i) || _used[i]) continue;
-        const uint64_t end = record.time + record.took;
-        if (record.time >= begins || (end > ends && record.waited != 0)) break;
+        if (!isNotification(i) || _taken[i]) continue;
+        if (!group.empty()) {
+            const Record& before = *step(group.back()).record;
+            const uint64_t end = record.time + record.took;
+            if (record.time > before.time + before.took + kTogether || record.time >= begins) break;
+            if (end > ends && record.waited != 0) break;
+        }
+        _taken[i] = true;
         group.push_back(i);
     }
     return group;
+}
+
+/** The notifications that came right behind a call that has just been made, while nothing held them up. They
+ * are delivered before it returns: then nothing can come in between. */
+std::vector<size_t> Replay::takeBehind(const Record& call) {
+    if (_first == _used.size() || _first != _notification || _taken[_first]) return {};
+    const Record& record = *step(_first).record;
+    const bool soon = record.time < call.time + call.took + kTogether;
+    return soon && record.waited == 0 ? takeGroup(_first) : std::vector<size_t>{};
 }
 
 void Replay::deliver() {
     std::vector<size_t> group;
     {
         const Lock lock(_mutex);
-        group = takeGroup();
+        size_t place = 0;
+        if (look(place) == VEXREPLAY_NOTIFICATION) group = takeGroup(place);
     }
     for (const size_t place : group) deliverOne(place);
 }
@@ -333,7 +345,7 @@ void Replay::deliverOne(size_t place) {
     consume(place);
 }
 
-void Replay::skip(uint64_t place) {
+void Replay::skip(size_t place) {
     const Lock lock(_mutex);
     if (place != _first || _first == _used.size() || isNotification(_first)) return;
     if (_mode.strict) {

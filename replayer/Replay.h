@@ -54,10 +54,10 @@ class Replay {
     void registered(vex_notification_cb callback, void* context) DC_EXCLUDES(_mutex);
 
     /** See vexreplay.h. */
-    int32_t next(uint64_t& place) DC_EXCLUDES(_mutex);
+    int32_t next(size_t& place) DC_EXCLUDES(_mutex);
     void deliver() DC_EXCLUDES(_mutex);
-    void skip(uint64_t place) DC_EXCLUDES(_mutex);
-    bool mentions(uint64_t place, const std::string& text) DC_EXCLUDES(_mutex);
+    void skip(size_t place) DC_EXCLUDES(_mutex);
+    bool mentions(size_t place, const std::string& text) DC_EXCLUDES(_mutex);
 
     /** Tells of something odd on standard error, once. */
     void tell(const std::string& what) DC_EXCLUDES(_mutex);
@@ -80,16 +80,16 @@ class Replay {
     const Step& step(size_t place) const DC_REQUIRES(_mutex) { return _script->steps()[place]; }
     bool isNotification(size_t place) const DC_REQUIRES(_mutex) { return step(place).call.empty(); }
     void consume(size_t place) DC_REQUIRES(_mutex);
-    size_t strictAnswer(const std::string& call) DC_REQUIRES(_mutex);
+    std::optional<size_t> strictAnswer(const std::string& call) DC_REQUIRES(_mutex);
     std::optional<size_t> lenientAnswer(const std::string& call) DC_REQUIRES(_mutex);
     uint64_t choosePart(const std::string& call) DC_REQUIRES(_mutex);
     [[noreturn]] void differs(const std::string& where, const std::string& what) DC_REQUIRES(_mutex);
     bool isDue(size_t place) const DC_REQUIRES(_mutex);
     bool hasPlace(size_t notification) const DC_REQUIRES(_mutex);
     bool isQuiet() const DC_REQUIRES(_mutex);
-    uint64_t nextCall(bool ends) const DC_REQUIRES(_mutex);
-    int32_t look(uint64_t& place) const DC_REQUIRES(_mutex);
-    std::vector<size_t> takeGroup() DC_REQUIRES(_mutex);
+    int32_t look(size_t& place) const DC_REQUIRES(_mutex);
+    std::vector<size_t> takeGroup(size_t place) DC_REQUIRES(_mutex);
+    std::vector<size_t> takeBehind(const recording::Record& call) DC_REQUIRES(_mutex);
     void deliverOne(size_t place) DC_EXCLUDES(_mutex);
     void run() DC_EXCLUDES(_mutex);
     void tellLocked(const std::string& what) DC_REQUIRES(_mutex);
@@ -100,6 +100,7 @@ class Replay {
     Mode _mode DC_GUARDED_BY(_mutex);
     uint64_t _generation DC_GUARDED_BY(_mutex) = 0;
     std::vector<bool> _used DC_GUARDED_BY(_mutex);  /**< steps that were made, delivered or skipped */
+    std::vector<bool> _taken DC_GUARDED_BY(_mutex); /**< notifications that are delivered, or about to be */
     size_t _first DC_GUARDED_BY(_mutex) = 0;        /**< the first that is not */
     size_t _notification DC_GUARDED_BY(_mutex) = 0; /**< the first notification that is not */
     uint64_t _now DC_GUARDED_BY(_mutex) = 0;        /**< the recording's time */

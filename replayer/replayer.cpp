@@ -137,14 +137,14 @@ int32_t vexreplay_open(const char* path, int32_t strict, double speed, char* err
 }
 
 int32_t vexreplay_next(uint64_t* place) {
-    uint64_t there = 0;
+    size_t there = 0;
     const int32_t next = Replay::instance().next(there);
     if (place != nullptr) *place = there;
     return next;
 }
 
 int32_t vexreplay_mentions(uint64_t place, const char* text) {
-    return Replay::instance().mentions(place, text) ? 1 : 0;
+    return Replay::instance().mentions(static_cast<size_t>(place), text) ? 1 : 0;
 }
 
 void vexreplay_deliver(void) {
@@ -152,5 +152,5 @@ void vexreplay_deliver(void) {
 }
 
 void vexreplay_skip(uint64_t place) {
-    Replay::instance().skip(place);
+    Replay::instance().skip(static_cast<size_t>(place));
 }
