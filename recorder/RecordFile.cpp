@@ -17,8 +17,8 @@ namespace vexrecord {
 
 namespace {
 
-constexpr uint64_t kLastRecordBytes = 160;  // room kept for the record that says that the limit is reached
-constexpr uint64_t kSmallestLimit = 4096;
+constexpr size_t kLastRecordBytes = 160;  // room kept for the record that says that the limit is reached
+constexpr size_t kSmallestLimit = 4096;
 constexpr uint64_t kNanoseconds = 1'000'000'000;
 
 uint64_t monotonic() {
@@ -68,7 +68,7 @@ std::string RecordFile::readSettings() {
     const char* const limit = variable("VEXRECORD_LIMIT");
     char* end = nullptr;
     errno = 0;
-    _settings.limit = std::strtoull(limit, &end, 10);
+    _settings.limit = std::strtoul(limit, &end, 10);
     if (*limit == '\0') return "";
     const bool number = errno == 0 && *limit >= '0' && *limit <= '9' && *end == '\0';
     if (number && (_settings.limit == 0 || _settings.limit >= kSmallestLimit)) return "";
@@ -122,7 +122,7 @@ int RecordFile::make(const std::string& path, int how) {
         "\"byteOrder\":\"%s\",\"time\":\"%s\",\"process\":%ld,\"masked\":%s}\n",
         recording::kFormatVersion, kProcessor, static_cast<int>(sizeof(void*) * 8), little ? "little" : "big",
         when, static_cast<long>(getpid()), _settings.masked ? "true" : "false");
-    _used = static_cast<uint64_t>(length);
+    _used = static_cast<size_t>(length);
     _state = OPEN;
     put({line, static_cast<size_t>(length)});
     return 0;
@@ -153,7 +153,7 @@ uint64_t RecordFile::clock() const {
 
 bool RecordFile::reserve(size_t bytes) {
     if (_settings.limit == 0) return true;
-    uint64_t used = _used;
+    size_t used = _used;
     do {
         if (used + bytes + kLastRecordBytes > _settings.limit) {
             _full = true;

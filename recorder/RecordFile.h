@@ -11,7 +11,7 @@ namespace vexrecord {
 /** What the environment asks for: VEXRECORD_FILE, VEXRECORD_LIMIT, VEXRECORD_MASK. */
 struct Settings {
     std::string path;
-    uint64_t limit = 0; /**< bytes that the file may have; 0 for any number */
+    size_t limit = 0; /**< bytes that the file may have; 0 for any number */
     bool masked = false;
 };
 
@@ -66,9 +66,9 @@ class RecordFile {
     int _file = -1;
     bool _child = false;
     uint64_t _began = 0; /**< CLOCK_MONOTONIC, ns */
-    std::atomic<uint64_t> _next{1};
-    std::atomic<uint64_t> _used{0}; /**< bytes, written or about to be */
-    std::atomic<uint64_t> _lost{0};
+    std::atomic<size_t> _next{1};
+    std::atomic<size_t> _used{0}; /**< bytes, written or about to be */
+    std::atomic<size_t> _lost{0};
     std::atomic<int> _writers{0}; /**< threads that may be writing */
     std::atomic<bool> _full{false};
     std::atomic<bool> _ended{false}; /**< the last record was written */

@@ -35,7 +35,7 @@ struct Thread {
 };
 
 thread_local Thread currentThread;
-std::atomic<uint64_t> nextThread{2};
+std::atomic<uint32_t> nextThread{2};
 
 pthread_key_t endOfThread() {
     static const pthread_key_t key = [] {

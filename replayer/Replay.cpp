@@ -308,7 +308,8 @@ std::vector<size_t> Replay::takeBehind(const Record& call) {
     if (_first == _used.size() || _first != _notification || _taken[_first]) return {};
     const Record& record = *step(_first).record;
     const bool soon = record.time < call.time + call.took + kTogether;
-    return soon && record.waited == 0 ? takeGroup(_first) : std::vector<size_t>{};
+    return soon && record.waited == 0 && record.thread != call.thread ? takeGroup(_first)
+                                                                      : std::vector<size_t>{};
 }
 
 void Replay::deliver() {
