@@ -117,7 +117,8 @@ void Replay::consume(size_t place) {
     _changed.notify_all();
 }
 
-const Record* Replay::answer(const std::string& call) {
+const Record* Replay::answer(const char* function, const std::vector<recording::Value>& given) {
+    const std::string call = describeCall(function, given);
     const Record* record = nullptr;
     std::vector<size_t> behind;
     {
@@ -127,7 +128,9 @@ const Record* Replay::answer(const std::string& call) {
             openFromEnvironment();
             lock.lock();
         }
-        const std::optional<size_t> place = _mode.strict ? strictAnswer(call) : lenientAnswer(call);
+        std::optional<size_t> place =
+            _mode.strict ? strictAnswer(call) : lenientAnswer(_script->places(call));
+        if (!place) place = lenientAnswer(_script->similar(function, given));
         if (!place) return nullptr;
         record = step(*place).record;
         behind = takeBehind(*record);
@@ -186,8 +189,8 @@ void Replay::differs(const std::string& where, const std::string& what) {
 
 // ---- Leniently ----
 
-std::optional<size_t> Replay::lenientAnswer(const std::string& call) {
-    const std::vector<size_t>& places = _script->places(call);
+/** Of these steps the one that answers; none where there is none. */
+std::optional<size_t> Replay::lenientAnswer(const std::vector<size_t>& places) {
     if (places.empty()) return std::nullopt;
     for (auto place = std::lower_bound(places.begin(), places.end(), _first);
          place != places.end() && *place < _notification; ++place) {

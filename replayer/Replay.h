@@ -47,7 +47,8 @@ class Replay {
 
     /** The recorded call that answers; null for one that was never asked, which is told. Without a recording,
      * opens what the environment names. */
-    const recording::Record* answer(const std::string& call) DC_EXCLUDES(_mutex);
+    const recording::Record* answer(const char* function, const std::vector<recording::Value>& given)
+        DC_EXCLUDES(_mutex);
     /** What was said of a key, nearest in time; null, and told, for one that was never read. */
     const KeyAnswer* answerKey(const std::string& key) DC_EXCLUDES(_mutex);
 
@@ -81,7 +82,7 @@ class Replay {
     bool isNotification(size_t place) const DC_REQUIRES(_mutex) { return step(place).call.empty(); }
     void consume(size_t place) DC_REQUIRES(_mutex);
     std::optional<size_t> strictAnswer(const std::string& call) DC_REQUIRES(_mutex);
-    std::optional<size_t> lenientAnswer(const std::string& call) DC_REQUIRES(_mutex);
+    std::optional<size_t> lenientAnswer(const std::vector<size_t>& places) DC_REQUIRES(_mutex);
     uint64_t choosePart(const std::string& call) DC_REQUIRES(_mutex);
     [[noreturn]] void differs(const std::string& where, const std::string& what) DC_REQUIRES(_mutex);
     bool isDue(size_t place) const DC_REQUIRES(_mutex);

@@ -71,7 +71,37 @@ struct Describer {
     std::string operator()(const recording::HandedText& handed) const { return quoted(handed.text); }
 };
 
+/** A call as text, its arguments as `describer` gives them. */
+template <typename Describe>
+std::string textOf(const char* function, const std::vector<Value>& given, const Describe& describer) {
+    std::string text = std::string(function) + '(';
+    bool any = false;
+    for (const Value& value : given) {
+        if (std::holds_alternative<std::monostate>(value)) continue;
+        text += (any ? ", " : "") + std::visit(describer, value);
+        any = true;
+    }
+    return text + ')';
+}
+
 // ---- Objects ----
+
+constexpr size_t kLongestOrigin = 2000;
+
+/** A call as text, where an object is the call that it came from: so it reads the same when the object was
+ * read anew. It begins unlike describeCall()'s, and never equals one. */
+std::string describeByOrigin(const char* function, const std::vector<Value>& given,
+                             const std::vector<std::string>& origins) {
+    struct ByOrigin : Describer {
+        using Describer::operator();
+        std::string operator()(Address address) const {
+            return address.value < all.size() ? all[static_cast<size_t>(address.value)] : "";
+        }
+        explicit ByOrigin(const std::vector<std::string>& origins) : all(origins) {}
+        const std::vector<std::string>& all;
+    };
+    return '*' + textOf(function, given, ByOrigin(origins));
+}
 
 /** What an argument or a result does to the object at its address. */
 enum class Role { None, Uses, Adopts, Destroys, Makes, Shows, Hands };
@@ -113,6 +143,9 @@ const Roles& rolesOf(const char* function) {
 /** Gives the objects of a recording their numbers. */
 class Objects {
   public:
+    /** Origins are put into `origins` at their objects' numbers. */
+    explicit Objects(std::vector<std::string>& origins) : _origins(origins) {}
+
     void see(Record& record) {
         const Roles& roles = rolesOf(record.function->name);
         uint64_t first = 0;  // the object that the call is about
@@ -129,6 +162,7 @@ class Objects {
             if (roles.arguments[i] == Role::Adopts) _held[first].push_back(address->value);
             if (roles.arguments[i] == Role::Destroys) destroy(address->value);
         }
+        _origin = describeByOrigin(record.function->name, record.given, _origins);
         for (size_t i = 0; i < roles.arguments.size(); ++i) {
             Value& back = record.handedBack[i];
             if (roles.arguments[i] == Role::Makes) {
@@ -149,6 +183,8 @@ class Objects {
     uint64_t make(uint64_t address) {
         if (address == 0) return 0;
         _addresses[++_last] = address;
+        _origins.resize(static_cast<size_t>(_last) + 1);
+        _origins.back() = _origin.size() <= kLongestOrigin ? _origin : "";
         return _numbers[address] = _last;
     }
 
@@ -177,6 +213,8 @@ class Objects {
         }
     }
 
+    std::vector<std::string>& _origins;
+    std::string _origin;  ///< of what is made
     uint64_t _last = 0;
     std::unordered_map<uint64_t, uint64_t> _numbers;            ///< of the object at an address
     std::unordered_map<uint64_t, uint64_t> _addresses;          ///< of an object
@@ -185,23 +223,12 @@ class Objects {
 
 }  // namespace
 
-std::string describe(const Value& value) {
-    return std::visit(Describer{}, value);
-}
-
 std::string describeCall(const char* function, const std::vector<Value>& given) {
-    std::string text = std::string(function) + '(';
-    bool any = false;
-    for (const Value& value : given) {
-        if (std::holds_alternative<std::monostate>(value)) continue;
-        text += (any ? ", " : "") + describe(value);
-        any = true;
-    }
-    return text + ')';
+    return textOf(function, given, Describer{});
 }
 
 Script::Script(const std::string& path) : _recording(recording::load(path)) {
-    Objects objects;
+    Objects objects(_origins);
     for (Record& record : _recording.records) {
         if (record.kind == Record::Kind::End) continue;
         Step step{&record, {}};
@@ -209,6 +236,7 @@ Script::Script(const std::string& path) : _recording(recording::load(path)) {
             objects.see(record);
             step.call = describeCall(record.function->name, record.given);
             _places[step.call].push_back(_steps.size());
+            _places[describeByOrigin(record.function->name, record.given, _origins)].push_back(_steps.size());
             if (record.isCall("vex_smlGetBatch") && record.status() == 0) {
                 for (const recording::SmlEntry& entry : std::get<SmlEntries>(record.back("records")))
                     _answers[entry.key].push_back({record.time, entry.value, entry.status});
@@ -230,6 +258,10 @@ const std::vector<size_t>& Script::places(const std::string& call) const {
     static const std::vector<size_t> none;
     const auto found = _places.find(call);
     return found == _places.end() ? none : found->second;
+}
+
+const std::vector<size_t>& Script::similar(const char* function, const std::vector<Value>& given) const {
+    return places(describeByOrigin(function, given, _origins));
 }
 
 const std::vector<KeyAnswer>* Script::answers(const std::string& key) const {

@@ -9,9 +9,6 @@
 
 namespace vexreplay {
 
-/** An argument as text, to be compared and to be told of. Addresses are compared by their number. */
-std::string describe(const recording::Value& value);
-
 /** A call as text: the function and what it is given, less what differs from process to process. */
 std::string describeCall(const char* function, const std::vector<recording::Value>& given);
 
@@ -43,6 +40,9 @@ class Script {
     const std::vector<Step>& steps() const { return _steps; }
     /** Where the steps with this call are, in order; empty for none. */
     const std::vector<size_t>& places(const std::string& call) const;
+    /** Where the steps are with such a call of objects that came from the same place. */
+    const std::vector<size_t>& similar(const char* function,
+                                       const std::vector<recording::Value>& given) const;
     /** What was said of a key, in order of time; null for one that was never read. */
     const std::vector<KeyAnswer>* answers(const std::string& key) const;
     /** "FILE:LINE" of a step. */
@@ -51,6 +51,8 @@ class Script {
   private:
     recording::Recording _recording;
     std::vector<Step> _steps;
+    std::vector<std::string>
+        _origins; /**< of the objects, by their numbers: the call that made or showed it */
     std::unordered_map<std::string, std::vector<size_t>> _places;
     std::unordered_map<std::string, std::vector<KeyAnswer>> _answers;
 };

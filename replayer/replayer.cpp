@@ -66,9 +66,8 @@ struct Replayer<Row, recording::Kinds<Kind...>> {
             if (!known)
                 replay.tell("a text is released that is not out; it was released before, or is none of ours");
         }
-        const std::string text = describeCall(Row::name, given);
-        const recording::Record* const record = replay.answer(text);
-        if (record == nullptr) return unknown(replay, parts, text, argument...);
+        const recording::Record* const record = replay.answer(Row::name, given);
+        if (record == nullptr) return unknown(replay, parts, given, argument...);
         size_t index = 0;
         (handBack(parts, Kind{}, argument, record->handedBack[index++]), ...);
         index = 0;
@@ -92,7 +91,7 @@ struct Replayer<Row, recording::Kinds<Kind...>> {
     }
 
     /** Answers a call that was never made when it was recorded. */
-    static Result unknown(Replay& replay, Parts& parts, const std::string& text,
+    static Result unknown(Replay& replay, Parts& parts, const std::vector<Value>& given,
                           typename Kind::Type... argument) {
         if constexpr (std::is_same_v<Row, recording::row::vex_smlGetBatch>) {
             const auto keys = [&](uint32_t, vex_smlrequest_s* records, int32_t) {
@@ -111,7 +110,7 @@ struct Replayer<Row, recording::Kinds<Kind...>> {
                 static_cast<long>(std::chrono::duration_cast<std::chrono::seconds>(now).count());
             ((*argument = seconds), ...);
         } else {
-            replay.tell("never asked when it was recorded: " + text);
+            replay.tell("never asked when it was recorded: " + describeCall(Row::name, given));
             if constexpr (std::is_same_v<typename Row::Result, recording::Status>) return kUnknownKey;
             return {};
         }
