@@ -198,12 +198,16 @@ std::optional<size_t> Replay::lenientAnswer(const std::vector<size_t>& places) {
         consume(*place);
         return *place;
     }
-    const auto distance = [&](size_t place) {
+    size_t nearest = places.front();
+    uint64_t least = UINT64_MAX;
+    for (const size_t place : places) {
         const uint64_t time = step(place).record->time;
-        return time > _now ? time - _now : _now - time;
-    };
-    return *std::min_element(places.begin(), places.end(),
-                             [&](size_t one, size_t other) { return distance(one) < distance(other); });
+        const uint64_t distance = time > _now ? time - _now : _now - time;
+        if (distance >= least) continue;
+        least = distance;
+        nearest = place;
+    }
+    return nearest;
 }
 
 const KeyAnswer* Replay::answerKey(const std::string& key) {
@@ -213,7 +217,8 @@ const KeyAnswer* Replay::answerKey(const std::string& key) {
         tellLocked("never asked when it was recorded: the key " + key);
         return nullptr;
     }
-    const auto later = std::lower_bound(answers->begin(), answers->end(), _now,
+    const uint64_t now = _now;
+    const auto later = std::lower_bound(answers->begin(), answers->end(), now,
                                         [](const KeyAnswer& one, uint64_t time) { return one.time < time; });
     if (later == answers->begin()) return &*later;
     const auto earlier = later - 1;
