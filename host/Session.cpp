@@ -1,6 +1,5 @@
 #include "host/Session.h"
 
-#include <dlfcn.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,27 +10,10 @@
 
 #include "datacache/DataCache.h"
 #include "host/areas.h"
+#include "host/controls.h"
 #include "host/request.h"
 
 namespace host {
-
-namespace {
-
-template <typename Function>
-void find(Function*& function, void* provider, const char* name) {
-    function = reinterpret_cast<Function*>(dlsym(provider, name));
-}
-
-/** Calls a control, whose last two arguments take its message. */
-template <typename Function, typename... Arguments>
-int32_t control(Function* function, Arguments... arguments) {
-    char message[1024] = "";
-    const int32_t result = function(arguments..., message, sizeof message);
-    if (result < 0) throw HostInputError(message);
-    return result;
-}
-
-}  // namespace
 
 SimulatedSwitch::SimulatedSwitch(void* provider) {
     find(_loadSwitch, provider, "vexsim_load_switch");
@@ -79,7 +61,13 @@ double secondsSince(Session::Clock::time_point time) {
 
 }  // namespace
 
-Session::Session(void* provider, const HostRequest& request) : _simulator(provider) {
+Session::Session(void* provider, const HostRequest& request) : _simulator(provider), _replay(provider) {
+    if (!request.replay.empty()) {
+        const bool editing = request.command == HostRequest::Zone || request.command == HostRequest::Config;
+        const bool running = request.command == HostRequest::Run;
+        _replay.open(request.replay, request.strict, request.speed.value_or(running ? 1 : 0),
+                     !editing && !running);
+    }
     if (!_simulator.available()) {
         for (const auto& [name, file] : {std::pair("--switch", request.switchFile),
                                          {"--scenario", request.scenario},
@@ -110,6 +98,7 @@ void Session::start() {
         _queue.setStarted();  // before the first event, which may be the reason for an interrupt
         DataCache::start(EventQueue::callback);
     }).detach();
+    if (_replay.available()) _replay.start();
 }
 
 void Session::watchSignals() {
@@ -165,7 +154,7 @@ bool Session::waitRead(double seconds) {
     setUndone("reading the switch");
     while (!interrupted()) {
         const State now = state();
-        if (now.passed && now.quiet) return true;
+        if (now.passed && now.quiet && (!_replay.available() || _replay.rests())) return true;
         if (secondsSince(begin) > seconds) {
             if (now.passed) return true;
             std::cerr << "datacache-host: the switch is still being read after " << seconds

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/EventQueue.h"
+#include "host/ReplayedSwitch.h"
 #include "host/request.h"
 #include "simulator/vexsim.h"
 
@@ -57,7 +58,7 @@ class Session {
   public:
     using Clock = std::chrono::steady_clock;
 
-    /** Gives the simulated switch its files; throws HostInputError, with nothing started. */
+    /** Gives the simulated switch or the replayer its files; throws HostInputError, with nothing started. */
     Session(void* provider, const HostRequest& request);
 
     /** Starts the cache and returns at once. Once. */
@@ -71,7 +72,8 @@ class Session {
     bool waitConnected(double seconds);
 
     /** Waits until a pass has read the switch and nothing waits to be taken up: an area that is not up to
-     * date then stays so until a switch event comes. Otherwise as waitConnected(). */
+     * date then stays so until a switch event comes. A recording is played until it is over, or waits for
+     * the main thread. Otherwise as waitConnected(). */
     bool waitRead(double seconds);
 
     /** The user asked for the end. */
@@ -95,6 +97,7 @@ class Session {
     void finish() { _finishing = true; }
 
     const SimulatedSwitch& simulator() const { return _simulator; }
+    const ReplayedSwitch& replay() const { return _replay; }
 
     /** Completes what was written and ends the process, without running destructors: the cache's threads are
      * still there. After an interrupt the exit status tells of that. */
@@ -106,6 +109,7 @@ class Session {
     void reportConnection();
 
     SimulatedSwitch _simulator;
+    ReplayedSwitch _replay;
     EventQueue& _queue = EventQueue::instance();
     Clock::time_point _begin;
     int _notices = 0;  ///< times that the user was told that there is no connection

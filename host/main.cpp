@@ -8,6 +8,7 @@
 #include <string>
 
 #include "host/request.h"
+#include "recorder/recorder.h"
 
 namespace host {
 
@@ -30,14 +31,47 @@ void* load(const std::string& path, int flags) {
     return library;
 }
 
-/** Loads the shared object that provides vexlib, for all to use: `path`, or the simulated switch for an empty
- * path. Returns dlopen's handle; throws HostInputError. */
-void* loadProvider(const std::string& path) {
-    const std::string chosen = path.empty() ? ownLibrary("libvexsim.so") : path;
-    void* const provider = load(chosen, RTLD_NOW | RTLD_GLOBAL);
+/** The command line, understood. */
+struct CommandLine {
+    HostRequest request;
+    std::string vexlib;  ///< path of the provider; empty for the simulated switch or the replayer
+    std::string record;  ///< file to record the calls into
+};
+
+/** The path of the shared object that is to provide vexlib. */
+std::string providerPath(const CommandLine& line) {
+    const bool replay = !line.request.replay.empty();
+    if (replay && !(line.vexlib.empty() && line.request.switchFile.empty())) {
+        throw HostInputError(
+            "datacache-host: a recording takes the place of the switch: --replay goes without "
+            "--switch and --vexlib");
+    }
+    if (!replay && (line.request.strict || line.request.speed)) {
+        throw HostInputError("datacache-host: --strict and --speed are for a recording (--replay FILE)");
+    }
+    if (!line.vexlib.empty()) return line.vexlib;
+    return ownLibrary(replay ? "libvexreplay.so" : "libvexsim.so");
+}
+
+/** Stands between the library and its provider: what the recorder defines hides the provider's functions. */
+void recordCalls(void* provider, const std::string& path) {
+    void* const recorder = load(ownLibrary("libvexrecord.so"), RTLD_NOW | RTLD_GLOBAL);
+    const auto start = reinterpret_cast<decltype(&vexrecord_start)>(dlsym(recorder, "vexrecord_start"));
+    char error[1024] = "this recorder is of another version";
+    if (start == nullptr || start(provider, path.c_str(), error, sizeof error) != 0) {
+        throw HostInputError(std::string("datacache-host: --record: ") + error);
+    }
+}
+
+/** Loads the shared object that provides vexlib, for all to use. Returns dlopen's handle; throws
+ * HostInputError. */
+void* loadProvider(const CommandLine& line) {
+    const std::string chosen = providerPath(line);
+    void* const provider = load(chosen, RTLD_NOW | (line.record.empty() ? RTLD_GLOBAL : RTLD_LOCAL));
     if (dlsym(provider, "vex_IPConnect") == nullptr) {
         throw HostInputError("datacache-host: " + chosen + " does not provide vexlib (no vex_IPConnect)");
     }
+    if (!line.record.empty()) recordCalls(provider, line.record);
     return provider;
 }
 
@@ -45,12 +79,6 @@ void* loadProvider(const std::string& path) {
 void* loadHostCore() {
     return load(ownLibrary("datacache-host-core.so"), RTLD_NOW | RTLD_LOCAL);
 }
-
-/** The command line, understood. */
-struct CommandLine {
-    HostRequest request;
-    std::string vexlib;  ///< path of the provider; empty for the simulated switch
-};
 
 constexpr const char* kFooter = R"(Examples:
   datacache-host run --switch examples/blade-module.toml --scenario examples/blade-module.scenario.toml
@@ -60,10 +88,12 @@ constexpr const char* kFooter = R"(Examples:
   datacache-host zone --switch examples/blade-module.toml lock "create zone vault" commit
   datacache-host config --switch examples/blade-module.toml edit "set Config.Services.TelnetEnable True" save
 
+  datacache-host run --replay switch.jsonl --speed max
+
 On a switch, --vexlib names its management library.
 
 Exit status: 0 done; 1 not everything was up to date, or a statement was not carried out; 2 wrong usage or input;
-130 interrupted.
+3 not what was recorded (--strict); 130 interrupted.
 The cache logs to /tmp/cim.out, and what is critical to /tmp/cim.crit.out as well.)";
 
 /** The statements of `zone` and `config` before they are understood. */
@@ -74,6 +104,11 @@ struct StatementTexts {
 
 std::string isTime(const std::string& text) {
     return secondsIn(text) ? "" : text + " is no number of seconds";
+}
+
+std::string isSpeed(const std::string& text) {
+    const std::optional<double> speed = text == "max" ? 0 : secondsIn(text);
+    return speed && (text == "max" || *speed > 0) ? "" : text + " is no speed (such as 1, 0.5, 10 or max)";
 }
 
 bool hasCommand(CLI::App& app, const std::string& name) {
@@ -91,6 +126,19 @@ void addCommonOptions(CLI::App& command, CommandLine& line) {
     command
         .add_option("--transcript", line.request.transcript, "Write the simulated switch's calls to a file")
         ->type_name("FILE");
+    command.add_option("--record", line.record, "Record all calls to vexlib into a file")->type_name("FILE");
+    command.add_option("--replay", line.request.replay, "Recording that takes the place of the switch")
+        ->type_name("FILE");
+    command.add_flag("--strict", line.request.strict, "Replay: the recorded calls and no others may be made");
+    command
+        .add_option_function<std::string>(
+            "--speed",
+            [&line](const std::string& text) {
+                line.request.speed = text == "max" ? 0 : secondsIn(text).value_or(1);
+            },
+            "Replay: how many times as fast as recorded, or max (default: run 1, others max)")
+        ->type_name("X")
+        ->check(isSpeed);
 }
 
 void addTimeout(CLI::App& command, HostRequest& request) {
@@ -203,7 +251,7 @@ int main(int argc, char** argv) {
             std::cerr << "datacache-host: standard output cannot be written" << std::endl;
             return EXIT_NOT_DONE;
         }
-        void* const provider = loadProvider(line->vexlib);
+        void* const provider = loadProvider(*line);
         const auto run = reinterpret_cast<decltype(&hostMain)>(dlsym(loadHostCore(), "hostMain"));
         return run(provider, line->request);
     } catch (const HostInputError& error) {

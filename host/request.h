@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@ enum ExitStatus {
     EXIT_DONE = 0,
     EXIT_NOT_DONE = 1,  ///< something shown was not up to date, or an edit was refused
     EXIT_WRONG_INPUT = 2,
+    EXIT_DIFFERS = 3,  ///< from a recording that is replayed strictly; the replayer itself ends so
 };
 
 /** What the user asked for. */
@@ -28,6 +30,9 @@ struct HostRequest {
     std::string switchFile;  ///< required with the simulated switch, impossible without
     std::string scenario;
     std::string transcript;
+    std::string replay;           ///< recording that the provider, a replayer, plays
+    bool strict = false;          ///< with a recording: the cache must make the recorded calls
+    std::optional<double> speed;  ///< of a recording; 0 for no waiting
     bool json = false;
     double timeout = 30;                ///< seconds until a command that needs a complete cache gives up
     double seconds = 0;                 ///< Run: end after this time; 0 for no such limit

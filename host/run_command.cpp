@@ -59,6 +59,7 @@ void printEvents(Session& session, const HostRequest& request) {
 /** What an interrupt leaves undone before the end that the user chose. */
 std::string remaining(const HostRequest& request) {
     if (!request.scenario.empty()) return "the rest of the scenario";
+    if (!request.replay.empty()) return "the rest of the recording";
     return request.seconds > 0 ? "the rest of the time" : "";
 }
 
@@ -66,24 +67,27 @@ std::string remaining(const HostRequest& request) {
 void follow(Session& session, const HostRequest& request, Readiness& readiness) {
     const Time begin = Session::Clock::now();
     bool scenarioRuns = false;
-    bool scenarioOver = false;
+    bool over = false;
     std::optional<Time> accountsRead;
     while (!session.interrupted() && std::cout) {
         printEvents(session, request);
         const Session::State state = Session::state();
         readiness.see(state);
         warnOfCapacity();
-        if (!accountsRead && session.started()) session.setUndone("reading the switch");
+        if (!state.passed && session.started()) session.setUndone("reading the switch");
         const Time now = Session::Clock::now();
-        if (state.passed && (!accountsRead || now - *accountsRead > std::chrono::seconds(1))) {
-            session.setUndone(remaining(request));
+        if (state.passed) session.setUndone(remaining(request));
+        const bool replay = session.replay().available();
+        if (state.passed && !replay && (!accountsRead || now - *accountsRead > std::chrono::seconds(1))) {
             readAccounts();
             accountsRead = now;
         }
-        // Looked at once more after the scenario's end, for what its last step still caused.
-        if (scenarioOver && state.quiet) break;
-        if (scenarioRuns) {
-            scenarioOver = session.simulator().scenarioOver();
+        // Looked at once more after the end, for what the last step still caused.
+        if (over && state.quiet) break;
+        if (replay && state.passed) {
+            over = session.replay().takeTurns("FirstPotentialUser", readAccounts);
+        } else if (scenarioRuns) {
+            over = session.simulator().scenarioOver();
         } else if (!request.scenario.empty() && state.passed) {
             session.simulator().startScenario();
             scenarioRuns = true;
@@ -97,7 +101,7 @@ void showEnd(Session& session, const HostRequest& request, Readiness& readiness)
     if (!session.started()) return;
     std::string undone = readiness.passed() ? remaining(request) : "reading the switch";
     session.setUndone(undone + (undone.empty() ? "" : ", and ") + "showing the state");
-    if (!session.interrupted()) readAccounts();
+    if (!session.interrupted() && !session.replay().available()) readAccounts();
     const std::vector<Json> areas = readAreas("cached");
     printEvents(session, request);    // the accounts' among them
     readiness.see(Session::state());  // the loop may have ended in the middle of a pass

@@ -1,0 +1,79 @@
+#include "host/ReplayedSwitch.h"
+
+#include <chrono>
+#include <thread>
+
+#include "datacache/DataCache.h"
+#include "host/controls.h"
+
+namespace host {
+
+namespace {
+
+constexpr std::chrono::milliseconds kStep{1};
+constexpr int kStrictPatience = 5000;  ///< steps of quiet after which a call that is expected does not come
+
+}  // namespace
+
+ReplayedSwitch::ReplayedSwitch(void* provider) {
+    find(_open, provider, "vexreplay_open");
+    find(_next, provider, "vexreplay_next");
+    find(_mentions, provider, "vexreplay_mentions");
+    find(_deliver, provider, "vexreplay_deliver");
+    find(_skip, provider, "vexreplay_skip");
+    if (_open && !(_next && _mentions && _deliver && _skip)) {
+        throw HostInputError("datacache-host: this replayer is of another version");
+    }
+}
+
+void ReplayedSwitch::open(const std::string& path, bool strict, double speed, bool toItsEnd) {
+    control(_open, path.c_str(), strict ? 1 : 0, speed);
+    _strict = strict;
+    _toItsEnd = toItsEnd && !strict;
+}
+
+void ReplayedSwitch::start() {
+    std::thread([this] { play(); }).detach();
+}
+
+bool ReplayedSwitch::rests() const {
+    const int32_t next = _next(nullptr);
+    return next == VEXREPLAY_OVER || (next == VEXREPLAY_MAIN && !_toItsEnd);
+}
+
+bool ReplayedSwitch::takeTurns(const char* text, const std::function<void()>& turn) const {
+    for (;;) {
+        uint64_t place = 0;
+        const int32_t next = _next(&place);
+        if (next != VEXREPLAY_MAIN) return next == VEXREPLAY_OVER;
+        if (_mentions(place, text) != 0) {
+            turn();
+        } else if (_strict) {
+            return true;
+        }
+        _skip(place);
+    }
+}
+
+void ReplayedSwitch::play() const {
+    for (int quiet = 0; _next(nullptr) != VEXREPLAY_OVER; std::this_thread::sleep_for(kStep)) step(quiet);
+}
+
+/** `quiet`: steps for which nothing has happened. */
+void ReplayedSwitch::step(int& quiet) const {
+    uint64_t place = 0;
+    const int32_t next = _next(&place);
+    if (!DataCache::idle()) {
+        quiet = 0;
+    } else if (next == VEXREPLAY_NOTIFICATION) {
+        quiet = 0;
+        DataCache::getInstance();  // keeps the cache from going to work between two that came together
+        _deliver();
+        DataCache::releaseInstance();
+    } else if (next == VEXREPLAY_CALL || _toItsEnd) {
+        // The cache is quiet, so the call will not come.
+        if (!_strict || ++quiet > kStrictPatience) _skip(place);
+    }
+}
+
+}  // namespace host

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "replayer/vexreplay.h"
+
+namespace host {
+
+/**
+ * The controls of the replayer, where the provider of vexlib has them; without them only available() may be
+ * called. It plays a recording along with the cache: a thread delivers the notifications when the cache is
+ * quiet and their place has come, so that the cache takes up together what it took up together.
+ */
+class ReplayedSwitch {
+  public:
+    /** Looks the controls up in the loaded library `provider`, which stays loaded. */
+    explicit ReplayedSwitch(void* provider);
+
+    bool available() const { return _open != nullptr; }
+
+    /** A recording that is damaged throws HostInputError with "FILE:LINE: message". `speed`: 0 for no
+     * waiting. `toItsEnd`: calls of the recorded main thread that are due are not waited for. */
+    void open(const std::string& path, bool strict, double speed, bool toItsEnd);
+    /** Starts the thread. The object must live as long as the process. */
+    void start();
+
+    /** Nothing happens until the main thread makes a call; or it is over. */
+    bool rests() const;
+    /** Does on the main thread what makes its calls that mention this text, as often as they are due. True
+     * when nothing else is left to happen. */
+    bool takeTurns(const char* text, const std::function<void()>& turn) const;
+
+  private:
+    void play() const;
+    void step(int& quiet) const;
+
+    decltype(&vexreplay_open) _open;
+    decltype(&vexreplay_next) _next;
+    decltype(&vexreplay_mentions) _mentions;
+    decltype(&vexreplay_deliver) _deliver;
+    decltype(&vexreplay_skip) _skip;
+    bool _strict = false;
+    bool _toItsEnd = false;
+};
+
+}  // namespace host

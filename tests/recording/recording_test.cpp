@@ -1,0 +1,294 @@
+// What the recorder writes and the replayer makes of it: over the simulated switch, which this program
+// reaches through the recorder.
+#include "recording/Reader.h"
+
+#include <dlfcn.h>
+#include <sys/wait.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <thread>
+
+#include "recorder/recorder.h"
+#include "simulator/Simulator.h"
+#include "tests/host/HostTest.h"
+#include "tests/recording/CacheRun.h"
+
+using recording::Record;
+using ::testing::HasSubstr;
+
+namespace {
+
+std::string contents(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+class Recordings : public HostTest {
+  protected:
+    void SetUp() override { sim.setDelivery(vexsim::Delivery::Manual); }
+
+    /** Records from now on, into a file of the test's own. */
+    std::string record(const std::string& name) {
+        const std::string path = writeFile(name, "");
+        char error[200] = "";
+        EXPECT_EQ(vexrecord_start(RTLD_NEXT, path.c_str(), error, sizeof error), 0) << error;
+        return path;
+    }
+
+    /** Runs the cache through a scenario; what it tells. */
+    std::string live(const std::string& device, const std::string& steps) {
+        static const std::string kHead = "[[step]]";
+        sim.reset();
+        sim.setDelivery(vexsim::Delivery::Manual);
+        sim.loadSwitchText(device);
+        CacheRun run;
+        const auto settle = [&] { run.settle([&] { return sim.deliverPending() != 0; }); };
+        run.start();
+        settle();
+        run.readAccounts();
+        for (size_t at = steps.find(kHead); at != std::string::npos;) {
+            const size_t next = steps.find(kHead, at + kHead.size());
+            const std::string one = steps.substr(at, next - at);
+            sim.run(std::regex_replace(one, std::regex("after = \"[^\"]*\""), ""));
+            settle();
+            run.readAccounts();
+            at = next;
+        }
+        return joined(run.story());
+    }
+
+    /** The same, told by the cache over the replayer. */
+    static std::string replayed(const std::string& path) {
+        Tool player(REPLAY_CACHE, {path});
+        const int status = player.finish();
+        return joined(player.output) + (status == 0 ? "" : std::to_string(status) + ' ') + player.errors;
+    }
+
+    vexsim::Simulator& sim = vexsim::Simulator::instance();
+};
+
+const char* const stepsText = R"(
+[[step]]
+do = "fault_list"
+faults = ["HW_MP_ACCESS_CPU0"]
+[[step]]
+do = "account_add"
+name = "gu\u00ebst"
+[[step]]
+do = "raise"
+code = "VEX_EVENT_USER_LOGIN_FAILURE"
+source = [-1, 0, 2147483647]
+text = "admin"
+unterminated = true
+[[step]]
+do = "port_online"
+port = 1
+[[step]]
+do = "switch_state"
+state = "Offline"
+)";
+
+TEST_F(Recordings, OfEachExampleReplayToTheSameEventsCallsAndLog) {
+    const char* const examples[][2] = {{"blade-module", "blade-module"},
+                                       {"modular-chassis", "modular-chassis"},
+                                       {"modular-chassis", "fabric"}};
+    for (const auto& [device, steps] : examples) {
+        const std::string path = record(std::string(steps) + ".jsonl");
+        const std::string folder = EXAMPLES_DIR "/";
+        const std::string told =
+            live(contents(folder + device + ".toml"), contents(folder + steps + ".scenario.toml"));
+        EXPECT_EQ(replayed(path), told) << steps;
+    }
+}
+
+TEST_F(Recordings, OfOnePlatformReplayOnTheOther) {
+    const std::string own = record("own.jsonl");
+    const std::string told = live(fullText, stepsText);
+    for (const std::string& path :
+         {own, std::string(RECORDINGS_DIR "/powerpc.jsonl"), std::string(RECORDINGS_DIR "/x86.jsonl")}) {
+        EXPECT_EQ(replayed(path), told) << path;
+    }
+}
+
+TEST_F(Recordings, HoldEveryByteAndChangeNone) {
+    const std::string text =
+        std::string(fullText) + faultOn("vex_smlGetBatch", "Oper.Switch.WWN", "unterminated = true") +
+        faultOn("vex_smlGetBatch", "Oper.Switch.Model", "value = \"\\u0001\\u0080\\u00ff\\\"\\\\\"") +
+        faultOn("vex_smlSetBatch", "*", "status = 4294967295") +
+        faultOn("vex_smlGet", "Oper.Switch.DomainID", "value = \"caf\\u00e9\"");
+    std::vector<std::string> bytes;  // of the bare calls, and of the recorded ones
+    std::string path;
+    for (const bool recorded : {false, true}) {
+        if (recorded) path = record("bytes.jsonl");
+        sim.reset();
+        sim.loadSwitchText(text);
+        uint32_t handle = 0;
+        vex_IPConnect("h", "c", "", &handle);
+        vex_smlrequest_s keys[3] = {
+            {"Oper.Switch.WWN", "x", 7}, {"Oper.Switch.Model", "", 0}, {"no.such", "", 0}};
+        errno = 77;
+        std::string all = std::to_string(vex_smlGetBatch(handle, keys, 3)) + ' ' + std::to_string(errno);
+        all.append(reinterpret_cast<const char*>(keys), sizeof keys);
+        errno = 78;
+        all += std::to_string(vex_smlSetBatch(handle, keys, 3)) + ' ' + std::to_string(errno);
+        all.append(reinterpret_cast<const char*>(keys), sizeof keys);
+        char* value = nullptr;
+        uint32_t extra = 9;
+        all += std::to_string(vex_smlGet(handle, "Oper.Switch.DomainID", &value, &extra)) + value;
+        all += std::to_string(vex_libFreeMemory(value)) + std::to_string(vex_libFreeMemory(value));
+        vex_memberid_u id{};
+        id.domain_port = {3, {}, 0x01020304};
+        void* member = vex_MemberCreate(VEX_ZMT_DOMAIN_PORT, &id);
+        all += std::to_string(vex_MemberDestroy(&member)) + (member == nullptr ? "gone" : "there");
+        bytes.push_back(all);
+    }
+    EXPECT_EQ(bytes[0], bytes[1]);
+    const recording::Recording recording = recording::load(path);
+    ASSERT_EQ(recording.records.size(), 8U);
+    const auto& read = std::get<recording::SmlEntries>(recording.records[1].back("records"));
+    EXPECT_EQ(read[0].value, "1000001122334455" + std::string(240, '#'));
+    EXPECT_EQ(read[1].value, "\x01\xc2\x80\xc3\xbf\"\\");  // UTF-8, as the switch file is
+    EXPECT_EQ(read[2].status, 201U);
+    EXPECT_EQ(std::get<recording::SmlEntries>(recording.records[2].back("records"))[1].status, 0xffffffffU);
+    const auto& text1 = std::get<recording::HandedText>(recording.records[3].back("value"));
+    EXPECT_EQ(text1.text, "caf\xc3\xa9");
+    EXPECT_EQ(std::get<recording::Address>(recording.records[4].in("memory")).value, text1.memory.value);
+    EXPECT_NE(recording.records[5].status(), 0);  // released twice
+    EXPECT_EQ(std::get<recording::Member>(recording.records[6].in("id")).id.domain_port.port, 0x01020304U);
+}
+
+TEST_F(Recordings, EndWholeAtTheLimitInAForkAndWhenKilled) {
+    sim.loadSwitchText(fullText);
+    uint32_t handle = 0;
+    const auto read = [&handle] {
+        vex_smlrequest_s key{"Oper.Switch.WWN", "", 0};
+        vex_smlGetBatch(handle, &key, 1);
+    };
+    setenv("VEXRECORD_LIMIT", "9000", 1);
+    const std::string path = record("limited.jsonl");
+    vex_IPConnect("h", "c", "", &handle);
+    std::vector<std::thread> threads(4);
+    for (std::thread& thread : threads)
+        thread = std::thread([&read] {
+            for (int i = 0; i < 50; ++i) read();
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_LE(std::filesystem::file_size(path), 9000U);
+    recording::Reader reader(path);
+    Record last;
+    size_t records = 0;
+    std::set<uint64_t> seen;
+    for (; reader.next(last); ++records) seen.insert(last.thread);
+    EXPECT_EQ(last.kind, Record::Kind::End);
+    EXPECT_GT(records, 30U);
+    EXPECT_GT(seen.size(), 2U);  // the threads' own numbers
+
+    unsetenv("VEXRECORD_LIMIT");
+    const std::string parent = record("parent.jsonl");
+    read();
+    const pid_t child = fork();
+    for (; child == 0; read()) {
+    }
+    const std::string childFile = parent + '.' + std::to_string(child);
+    while (!std::filesystem::exists(childFile) || std::filesystem::file_size(childFile) < 100000)
+        usleep(1000);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    EXPECT_EQ(recording::load(parent).records.size(), 1U);
+    EXPECT_EQ(recording::load(childFile).tornLine, 0U);
+    EXPECT_EQ(recording::load(childFile).records.back().thread, 1U);
+}
+
+TEST_F(Recordings, WithSecretsMaskedReplayAsWell) {
+    setenv("VEXRECORD_MASK", "1", 1);
+    const std::string path = record("masked.jsonl");
+    live(fullText, stepsText);
+    char* value = nullptr;
+    uint32_t extra = 0;
+    void* reply = nullptr;
+    vex_smlGet(DataCache::instance == nullptr ? 1577058305 : 0, "Config.Snmp.ReadComm", &value, &extra);
+    vex_libFreeMemory(value);
+    vex_smlSet(1577058305, "Config.Snmp.WriteComm.topsecret", &reply);
+    const std::string text = contents(path);
+    for (const char* secret : {"admin", "quoted", "gu\\u00c3", "topsecret", "\"public\""})
+        EXPECT_THAT(text, ::testing::Not(HasSubstr(secret)));
+    EXPECT_THAT(text, AllOf(HasSubstr("NextPotentialUser.masked-"), HasSubstr("1000001122334455"),
+                            HasSubstr("\"masked\":true")));
+    const std::string told = replayed(path);
+    EXPECT_THAT(told, HasSubstr("! DCEventUserAcctAdd wwn=1000001122334455 userName=\"masked-"));
+}
+
+TEST_F(Recordings, ThatAreDamagedSayWhere) {
+    const std::string path = record("good.jsonl");
+    live(switchText, "");
+    const std::string good = contents(path);
+    const std::string second = good.substr(0, good.find('\n') + 1);
+    const struct {
+        std::string text;
+        const char* message;
+    } cases[] = {
+        {"", ":1: this is no recording of vexlib"},
+        {good.substr(0, 30), ":1: this is no recording of vexlib"},
+        {std::regex_replace(good, std::regex("\"version\":1"), "\"version\":2"),
+         ":1: a recording of version 2, and"},
+        {second + "rubbish\n" + good, ":2: the line is no record"},
+        {second + "{\"n\":1}\n", ":2: thread is missing"},
+        {std::regex_replace(good, std::regex("\"count\":8"), "\"count\":99999999999"),
+         ": args.count 99999999999 is too large"},
+        {std::regex_replace(good, std::regex("vex_smlGetBatch"), "vex_smlGotBatch"),
+         ": call is no function of vexlib"},
+        {std::regex_replace(good, std::regex("\"Online\""), "\"\\u0394\""),
+         ": back.records has a character that stands for no byte"},
+    };
+    for (const auto& [text, message] : cases) {
+        const std::string bad = writeFile("bad.jsonl", text);
+        Tool tool(HOST_TOOL, {"show", "switch", "--replay", bad});
+        EXPECT_EQ(tool.finish(), 2);
+        EXPECT_THAT(tool.errors, ::testing::MatchesRegex("[^\n]*\n"));
+        EXPECT_THAT(tool.errors, AllOf(::testing::StartsWith(bad + ':'), HasSubstr(message)));
+    }
+    const std::string torn = writeFile("torn.jsonl", good.substr(0, good.size() - 9));
+    Tool tool(HOST_TOOL, {"show", "switch", "--replay", torn});
+    EXPECT_EQ(tool.finish(), 0) << tool.errors;
+    EXPECT_THAT(tool.errors, HasSubstr("the last line is not whole and was skipped"));
+
+    Tool hostile(REPLAY_CACHE, {"--hostile", path, *EMULATOR == '\0' ? "1000" : "100"});
+    EXPECT_EQ(hostile.finish(), 0) << joined(hostile.output) << hostile.errors.substr(0, 4000);
+}
+
+TEST_F(Recordings, OfAZoningSessionAndARunReplayInTheTool) {
+    const std::string path = writeFile("zone.jsonl", "");
+    const std::vector<std::string> session = {"zone", "lock", "create zone z2",
+                                              "add wwn 10:00:00:11:22:33:44:66 to zone z2", "commit"};
+    const auto tool = [&](std::vector<std::string> words, const std::vector<std::string>& more, int status) {
+        words.insert(words.end(), more.begin(), more.end());
+        Tool one(HOST_TOOL, words);
+        EXPECT_EQ(one.finish(), status) << joined(one.output) << one.errors;
+        return std::regex_replace(joined(one.output), std::regex("\\d\\d:\\d\\d:\\d\\d\\.\\d{3}"), "") +
+               one.errors;
+    };
+    const std::string told = tool(session, {"--switch", fullFile, "--record", path}, 0);
+    EXPECT_THAT(told, HasSubstr("zone z2 ("));
+    EXPECT_EQ(tool(session, {"--replay", path}, 0), told);
+    const std::vector<std::string> other = {"zone", "lock", "create zone z3", "abandon"};
+    EXPECT_THAT(tool(other, {"--replay", path, "--strict"}, 3),
+                AllOf(HasSubstr(path), HasSubstr("expected of thread 1: "), HasSubstr("z2"),
+                      HasSubstr("; this came: "), HasSubstr("z3")));
+    EXPECT_THAT(tool(other, {"--replay", path}, 1), HasSubstr("never asked when it was recorded: "));
+    EXPECT_THAT(tool({"show", "zoning"}, {"--replay", path}, 0), HasSubstr("zone z2 ("));
+
+    const std::string run = writeFile("run.jsonl", "");
+    const std::string events =
+        tool({"run"}, {"--switch", switchFile, "--scenario", scenario, "--record", run}, 0);
+    const std::string again = tool({"run"}, {"--replay", run, "--strict", "--speed", "max"}, 0);
+    const std::regex passes("  DCEventDataCacheUpdateComplete\n");
+    EXPECT_EQ(std::regex_replace(again, passes, ""), std::regex_replace(events, passes, ""));
+}
+
+}  // namespace

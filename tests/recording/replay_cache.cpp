@@ -1,0 +1,120 @@
+/*
+ * Plays recordings to the real library, whose vexlib is the replayer.
+ *
+ *     replay_cache FILE                  strictly, and prints what the library tells
+ *     replay_cache --hostile FILE COUNT  so many recordings made from FILE by damage: none may do harm
+ */
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <random>
+#include <sstream>
+
+#include "replayer/vexreplay.h"
+#include "switchlib/NORV_Vex_Lib.h"
+#include "tests/recording/CacheRun.h"
+
+namespace {
+
+bool deliver() {
+    bool any = false;
+    for (; vexreplay_next(nullptr) == VEXREPLAY_NOTIFICATION; any = true) vexreplay_deliver();
+    return any;
+}
+
+/** Until the recorded cache went away, or to the very end. */
+void play(CacheRun& run, bool toTheEnd) {
+    run.start();
+    run.settle(deliver);
+    for (uint64_t place = 0; vexreplay_next(&place) != VEXREPLAY_OVER;) {
+        const bool accounts = vexreplay_mentions(place, "FirstPotentialUser") != 0;
+        if (accounts) run.readAccounts();
+        if (!accounts && !toTheEnd) return;
+        vexreplay_skip(place);
+        run.settle(deliver);
+    }
+}
+
+/** Damages the text behind `from`, where the lines are good that a cache needs to connect. */
+std::string damaged(std::string text, size_t from, std::mt19937& random) {
+    static const std::string kPieces[] = {
+        "99999999999", "-1",          "18446744073709551616", "1e400",    "null", "[]",
+        "{}",          "\"\\u0100\"", "\"\\u0000\"",          "\xff\xfe", "\n",   "2147483647",
+        "[[[[",        "0",           std::string(300, 'x'),  "\",\"",    "}",    "1.5",
+        "\"-1\""};
+    const auto any = [&](size_t end) { return std::uniform_int_distribution<size_t>(0, end - 1)(random); };
+    for (size_t changes = 1 + any(4); changes > 0; --changes) {
+        const size_t place = from + any(text.size() - from);
+        const size_t value = text.find_first_of("0123456789", place);
+        const size_t quote = text.find('"', place);
+        switch (any(6)) {
+            case 0:
+                text[place] = static_cast<char>(any(256));
+                break;
+            case 1:
+                if (place > from + 1) text.resize(place);
+                break;
+            case 2:
+                text.erase(place, any(40));
+                break;
+            case 3:  // another value in place of a number: as a rule still a recording
+                if (value != std::string::npos)
+                    text.replace(value, text.find_first_not_of("0123456789", value) - value,
+                                 kPieces[any(std::size(kPieces))]);
+                break;
+            case 4:  // another text
+                if (quote != std::string::npos) text.insert(quote + 1, std::string(any(300), '9'));
+                break;
+            default: {  // lines that come again, elsewhere
+                const size_t line = text.find('\n', place);
+                const size_t end = line == std::string::npos ? line : text.find('\n', line + 1);
+                if (end != std::string::npos)
+                    text.insert(text.find('\n', from + any(line - from + 1)) + 1,
+                                text.substr(line + 1, end - line));
+            }
+        }
+        if (text.size() <= from) break;
+    }
+    return text;
+}
+
+int playHostile(const std::string& path, int count) {
+    std::stringstream whole;
+    whole << std::ifstream(path).rdbuf();
+    const std::string text = whole.str();
+    const size_t head = text.find('\n');
+    const size_t connected = text.find('\n', head + 1) + 1;
+    const std::string file = path + ".hostile";
+    std::mt19937 random(11);  // NOLINT: the same every time
+    int played = 0;
+    for (int i = 0; i < count; ++i) {
+        std::ofstream(file, std::ios::binary) << damaged(text, i % 10 == 0 ? 0 : connected, random);
+        char error[1024] = "";
+        if (vexreplay_open(file.c_str(), 0, 0, error, sizeof error) != 0) {
+            if (std::string(error).find(file + ':') == 0) continue;
+            std::cout << "no line is told: " << error << std::endl;
+            return 1;
+        }
+        if (i % 10 == 0) continue;
+        CacheRun run;
+        play(run, true);
+        ++played;
+    }
+    std::remove(file.c_str());
+    std::cout << played << " of " << count << " were played" << std::endl;
+    return played > count / 4 && played < count * 3 / 4 ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc == 4) return playHostile(argv[2], std::atoi(argv[3]));
+    char error[1024] = "";
+    if (argc != 2 || vexreplay_open(argv[1], 1, 0, error, sizeof error) != 0) {
+        std::cerr << error << std::endl;
+        return 2;
+    }
+    CacheRun run;
+    play(run, false);
+    for (const std::string& line : run.story()) std::cout << line << '\n';
+}
