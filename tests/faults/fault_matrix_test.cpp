@@ -87,6 +87,7 @@ zones = ["z1"]
 const char* const kFirstLoad = "first load";
 const char* const kAccounts = "accounts";
 const char* const kLimits = "limits";
+const char* const kWalkers = "walkers";
 
 class FaultMatrix;
 using Action = std::function<void(FaultMatrix&)>;
@@ -303,7 +304,8 @@ class FaultMatrix : public CacheTest {
         if (isSml(call))
             for (const char* number : {"24", "103"}) fail(std::string("call=") + number, "result = ", number);
         const std::string& f = call.function;
-        const bool reads = isSml(call) ? operation.loads || operation.alike : f == "vex_fzsGetZonesetList";
+        const bool reads =
+            isSml(call) ? operation.loads || operation.name == kWalkers : f == "vex_fzsGetZonesetList";
         if (f == "vex_smlGet" || (has(f, "vex_fzsGet") && !has(f, "Name") && !has(f, "List")))
             ways.push_back({"null", nth + "null = true", "0", keys[0], true});
         for (const std::string& key : std::set<std::string>(keys.begin(), keys.end())) {
@@ -682,12 +684,12 @@ const std::vector<Operation>& operations() {
          true},
         plain("properties", properties, 1, {}, true),
         plain("product info", productInfo, 2),
-        plain("walkers", walkers, 1, {}, true),
-        plain("group", group, 2),
+        plain(kWalkers, walkers, 1, {}, true),
+        plain("group", group),
         plain("single keys", single),
         plain("batch set", transact<vex_smlBatchSet>, 2),
         plain("batch set of CIM", transact<vex_smlBatchCimSet>),
-        plain("save an edit", configSession<saveConfigEdit>, 2),
+        plain("save an edit", configSession<saveConfigEdit>),
         plain("cancel an edit", configSession<cancelConfigEdit>, 1, hold),
         plain("backup",
               [](FaultMatrix&) {
@@ -810,12 +812,18 @@ TEST_F(FaultMatrix, EveryAllocationFails) {
 /** Each with its own memory, as C hosts use it: none is lost, and none is freed that the caller may still
  * read. */
 TEST_F(FaultMatrix, GroupsWithoutMemory) {
+    size_t asked = 0;
+    {
+        const Allocations memory;
+        vex_smlFreeMsgGroup(vex_smlAllocMsgGroup(1));
+        asked = memory.count();
+    }
+    if (asked == 0) GTEST_SKIP() << "the library was not linked into the program";
     for (size_t next = 0; next < 4; ++next) {
         SCOPED_TRACE(next);
         Allocations memory;
         memory.failAfter(next);
         vex_smlmsggroup_s* const group = vex_smlAllocMsgGroup(1);
-        if (memory.count() == 0) GTEST_SKIP() << "the library was not linked into the program";
         EXPECT_EQ(group == nullptr, next < 2);
         EXPECT_EQ(memory.live(), group == nullptr ? 0U : 2U);
         if (group == nullptr) continue;

@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <new>
-#include <utility>
 
 #include "simulator/Simulator.h"
 
@@ -17,14 +16,13 @@ namespace {
 
 constexpr size_t kNever = static_cast<size_t>(-1);
 
-thread_local bool counting = false;
 thread_local size_t counted = 0;
 thread_local size_t freed = 0;
 thread_local size_t failing = kNever;
 
 /** What the simulated switch needs is not the library's. */
 bool watched() {
-    return counting && !vexsim::Simulator::serving();
+    return Allocations::counting && !vexsim::Simulator::serving();
 }
 
 bool fails() {
@@ -77,12 +75,6 @@ Allocations::Allocations() {
 
 Allocations::~Allocations() {
     counting = false;
-}
-
-Allocations::Pause::Pause() : _counting(std::exchange(counting, false)) {}
-
-Allocations::Pause::~Pause() {
-    counting = _counting;
 }
 
 size_t Allocations::count() const {

@@ -23,12 +23,15 @@ class Allocations {
     /** While it lives the thread's allocations are those of the test and not watched. */
     class Pause {
       public:
-        Pause();
-        ~Pause();
+        Pause() : _counting(counting) { counting = false; }
+        ~Pause() { counting = _counting; }
         Pause(const Pause&) = delete;
         Pause& operator=(const Pause&) = delete;
 
       private:
         const bool _counting;
     };
+
+    /** Whether the calling thread's are watched. */
+    inline static thread_local bool counting = false;
 };
