@@ -85,7 +85,8 @@ TEST(List, FindsByIdAndCountsIdsRoundTheSentinels) {
     EXPECT_EQ(list.get_last()->id(), 2);
     EXPECT_EQ(list.find(65535), list.get_first());
     EXPECT_EQ(list.find(2), list.get_last());
-    for (const unsigned short none : {0, 1, 3}) EXPECT_EQ(list.find(none), nullptr);
+    for (const auto none : std::initializer_list<unsigned short>{0, 1, 3})
+        EXPECT_EQ(list.find(none), nullptr);
     EXPECT_EQ(list.remove(9), nullptr);
     const std::unique_ptr<E> removed(list.remove(65535));
     EXPECT_THAT(values(list), ElementsAre(2));

@@ -29,6 +29,10 @@ std::string contents(const std::string& path) {
     return text.str();
 }
 
+/** The switch of which there is a recording of each platform. */
+const std::string kSwitchFile = RECORDINGS_DIR "/switch.toml";
+const std::string kSwitchText = contents(kSwitchFile);
+
 class Recordings : public HostTest {
   protected:
     void SetUp() override { sim.setDelivery(vexsim::Delivery::Manual); }
@@ -109,7 +113,7 @@ TEST_F(Recordings, OfEachExampleReplayToTheSameEventsCallsAndLog) {
 
 TEST_F(Recordings, OfOnePlatformReplayOnTheOther) {
     const std::string own = record("own.jsonl");
-    const std::string told = live(fullText, stepsText);
+    const std::string told = live(kSwitchText, stepsText);
     for (const std::string& path :
          {own, std::string(RECORDINGS_DIR "/powerpc.jsonl"), std::string(RECORDINGS_DIR "/x86.jsonl")}) {
         EXPECT_EQ(replayed(path), told) << path;
@@ -118,7 +122,7 @@ TEST_F(Recordings, OfOnePlatformReplayOnTheOther) {
 
 TEST_F(Recordings, HoldEveryByteAndChangeNone) {
     const std::string text =
-        std::string(fullText) + faultOn("vex_smlGetBatch", "Oper.Switch.WWN", "unterminated = true") +
+        kSwitchText + faultOn("vex_smlGetBatch", "Oper.Switch.WWN", "unterminated = true") +
         faultOn("vex_smlGetBatch", "Oper.Switch.Model", "value = \"\\u0001\\u0080\\u00ff\\\"\\\\\"") +
         faultOn("vex_smlSetBatch", "*", "status = 4294967295") +
         faultOn("vex_smlGet", "Oper.Switch.DomainID", "value = \"caf\\u00e9\"");
@@ -164,7 +168,7 @@ TEST_F(Recordings, HoldEveryByteAndChangeNone) {
 }
 
 TEST_F(Recordings, EndWholeAtTheLimitInAForkAndWhenKilled) {
-    sim.loadSwitchText(fullText);
+    sim.loadSwitchText(kSwitchText);
     uint32_t handle = 0;
     const auto read = [&handle] {
         vex_smlrequest_s key{"Oper.Switch.WWN", "", 0};
@@ -208,7 +212,7 @@ TEST_F(Recordings, EndWholeAtTheLimitInAForkAndWhenKilled) {
 TEST_F(Recordings, WithSecretsMaskedReplayAsWell) {
     setenv("VEXRECORD_MASK", "1", 1);
     const std::string path = record("masked.jsonl");
-    live(fullText, stepsText);
+    live(kSwitchText, stepsText);
     char* value = nullptr;
     uint32_t extra = 0;
     void* reply = nullptr;
@@ -273,7 +277,7 @@ TEST_F(Recordings, OfAZoningSessionAndARunReplayInTheTool) {
         return std::regex_replace(joined(one.output), std::regex("\\d\\d:\\d\\d:\\d\\d\\.\\d{3}"), "") +
                one.errors;
     };
-    const std::string told = tool(session, {"--switch", fullFile, "--record", path}, 0);
+    const std::string told = tool(session, {"--switch", kSwitchFile, "--record", path}, 0);
     EXPECT_THAT(told, HasSubstr("zone z2 ("));
     EXPECT_EQ(tool(session, {"--replay", path}, 0), told);
     const std::vector<std::string> other = {"zone", "lock", "create zone z3", "abandon"};
