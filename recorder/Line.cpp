@@ -105,7 +105,8 @@ std::string_view Line::completed(uint64_t number, uint64_t thread, uint64_t time
     char front[kFrontBytes];
     char* to = front;
     const auto put = [&](std::string_view field, uint64_t value) {
-        if (static_cast<size_t>(front + sizeof front - to) < field.size()) return;  // never: four short numbers
+        if (static_cast<size_t>(front + sizeof front - to) < field.size())
+            return;  // never: four short numbers
         to = std::copy(field.begin(), field.end(), to);
         to = std::to_chars(to, front + sizeof front, value).ptr;
     };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -277,8 +278,9 @@ Recording load(const std::string& path) {
     while (reader.next(record)) recording.records.push_back(std::move(record));
     recording.tornLine = reader.tornLine();
     // Threads write side by side, so a record may stand before one with a smaller number.
-    std::stable_sort(recording.records.begin(), recording.records.end(),
-                     [](const Record& one, const Record& other) { return one.number < other.number; });
+    std::sort(recording.records.begin(), recording.records.end(), [](const Record& one, const Record& other) {
+        return std::tie(one.number, one.line) < std::tie(other.number, other.line);
+    });
     return recording;
 }
 

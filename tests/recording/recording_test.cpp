@@ -197,8 +197,7 @@ TEST_F(Recordings, EndWholeAtTheLimitInAForkAndWhenKilled) {
     const std::string parent = record("parent.jsonl");
     read();
     const pid_t child = fork();
-    for (; child == 0; read()) {
-    }
+    while (child == 0) read();
     const std::string childFile = parent + '.' + std::to_string(child);
     while (!std::filesystem::exists(childFile) || std::filesystem::file_size(childFile) < 100000)
         usleep(1000);
