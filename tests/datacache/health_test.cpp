@@ -56,48 +56,6 @@ class HealthTest : public CacheTest {
     }
 };
 
-TEST_F(HealthTest, NamesWhateverKeyFails) {
-    start(kSwitch);
-    // Every key that a complete pass asks for, each failed once on its own.
-    reread();
-    std::vector<std::string> keys;
-    for (const std::string& call : calls()) {
-        if (call.rfind("vex_smlGetBatch ", 0) != 0) continue;
-        for (size_t at = call.find(' ') + 1; at != 0; at = call.find(',', at) + 1) {
-            const std::string key = call.substr(at, call.find(',', at) - at);
-            if (std::find(keys.begin(), keys.end(), key) == keys.end()) keys.push_back(key);
-        }
-    }
-    ASSERT_GT(keys.size(), 50U);
-    for (const std::string& key : keys) {
-        SCOPED_TRACE(key);
-        const Health before = DataCache::health();
-        fault("key = \"" + key + "\"\ntimes = 0\nstatus = 3000000001\n");
-        reread();
-        const Health health = DataCache::health();
-        size_t named = 0;
-        for (size_t i = 0; i < datacache::kCacheAreas; ++i) {
-            const AreaHealth& area = health.areas[i];
-            const bool failed = area.failures != before.areas[i].failures;
-            EXPECT_TRUE(failed || area.upToDate || static_cast<CacheArea>(i) == CacheArea::Accounts);
-            const auto& failure = failed ? area.lastFailure : area.firstGap;
-            if (failure.key != key) continue;
-            ++named;
-            EXPECT_EQ(failure.fault, ReadFault::KeyFailed);
-            EXPECT_EQ(static_cast<uint32_t>(failure.status), 3000000001U);
-            EXPECT_STREQ(failure.call, "vex_smlGetBatch");
-            EXPECT_NE(failure.time, datacache::WallTime());
-            EXPECT_EQ(area.failuresInARow, failed ? 1U : 0U);
-            EXPECT_EQ(area.gaps, failed ? before.areas[i].gaps : 1U);
-        }
-        EXPECT_GE(named, 1U);
-        repair();
-        reread();
-        EXPECT_THAT(stale(), ElementsAre("accounts")) << "which only the host reads";
-        for (const AreaHealth& area : DataCache::health().areas) EXPECT_EQ(area.gaps, 0U);
-    }
-}
-
 TEST_F(HealthTest, TellsHowAReadFailed) {
     start(kSwitch);
     const struct {
@@ -284,46 +242,6 @@ TEST_F(HealthTest, AScanOfThePortsCostsAlmostNoAllocations) {
     const Allocations allocations;
     EXPECT_TRUE(peer().getPortInfo());
     EXPECT_LE(allocations.count(), bare + 32) << bare;
-}
-
-TEST_F(HealthTest, AReadWithoutMemoryLeavesTheAccountsWhole) {
-    start(kSwitch);
-    const AccessGuard guard;
-    ASSERT_TRUE(cache()._getAcctInfo());
-    sim.run("[[step]]\ndo = \"account_add\"\nname = \"a-name-too-long-for-a-small-string\"\n");
-    const std::vector<std::string> before{"admin", "guest"};
-    bool finished = false;
-    for (size_t more = 0; !finished && more < 10000; ++more) {
-        try {
-            Allocations allocations;
-            allocations.failAfter(more);
-            finished = cache()._getAcctInfo();
-        } catch (const std::bad_alloc&) {
-        }
-        EXPECT_THAT(peer().accounts.size(), ::testing::AnyOf(2U, 3U));
-        if (peer().accounts.size() == 2) {
-            EXPECT_EQ(peer().accounts, before);
-        }
-    }
-    EXPECT_TRUE(finished);
-}
-
-TEST_F(HealthTest, ALoadOfTheFabricWithoutMemoryLosesNothing) {
-    // What it loses the leak check of the sanitizer build sees.
-    start(kSwitch);
-    const AccessGuard guard;
-    bool finished = false;
-    for (size_t more = 0; !finished && more < 10000; ++more) {
-        peer().fabric._switches.purge_list(true);
-        try {
-            Allocations allocations;
-            allocations.failAfter(more);
-            finished = peer().getFabricInfo();
-        } catch (const std::bad_alloc&) {
-        }
-    }
-    EXPECT_TRUE(finished);
-    EXPECT_EQ(cache().getFabric(1)->getSwitchCount(), 1);
 }
 
 }  // namespace
