@@ -117,7 +117,7 @@ class Differential : public CacheTest {
         shape.cisco = below(4) == 0;
         char number[8];
         std::snprintf(number, sizeof number, "1%02x", ++_made & 0xFFU);
-        return "domain = " + text(2 + below(12)) + "@wwn = '" + generatedName(shape, 0).substr(0, 13) +
+        return "domain = " + text(2 + below(6)) + "@wwn = '" + generatedName(shape, 0).substr(0, 13) +
                number + "'@ports = " + text(below(8) != 0 ? below(5) : 250 + below(7));
     }
     std::string zoningStep() {
@@ -182,7 +182,7 @@ class Differential : public CacheTest {
             return '\n' + std::string(field) + " = '" + any(words) + '\'';
         };
         const std::string port = numbered("port", kPorts), slot = numbered("slot", kSlots);
-        const std::string domain = numbered("domain", 12, 2);
+        const std::string domain = numbered("domain", 6, 2);
         const std::string principal = "\nprincipal = '" + key("Oper.Switch.WWN") + '\'';
         const std::string account = word("name", {"admin", "guest", "oper", "cim"});
         const Lines states{"Online", "Offline", "Diagnostics", "Down", "Downed"};
@@ -191,7 +191,7 @@ class Differential : public CacheTest {
         const auto remote = [&](const char* step) {
             return "do = '" + std::string(step) + '\'' + domain + numbered("port", 5);
         };
-        switch (below(29)) {
+        switch (below(31)) {
             case 0:
                 return "do = 'port_online'" + port;
             case 1:
@@ -259,11 +259,13 @@ class Differential : public CacheTest {
                 const std::string ours = "\ndomain = " + key("Oper.Switch.DomainID");
                 const std::string changed = below(3) == 0 ? ours : domain;
                 _ownDomain = _ownDomain || changed == ours;
-                return "do = 'switch_domain'" + changed + numbered("to", 12, 2);
+                return "do = 'switch_domain'" + changed + numbered("to", 6, 2);
             }
             case 24:
                 return "do = 'switch_" + any({"un", ""}) + "reachable'" + domain;
             case 25:
+            case 29:
+            case 30:
                 return remote(below(2) == 0 ? "remote_port_online" : "remote_port_offline");
             case 26:
                 _servers = true;
@@ -277,7 +279,7 @@ class Differential : public CacheTest {
 
     void catchUp() {
         sim.run("[[step]]\ndo = 'clear_faults'");
-        for (unsigned domain = 2; _servers && domain < 14; ++domain)
+        for (unsigned domain = 2; _servers && domain < 8; ++domain)
             attempt("do = 'management_server'\ndomain = " + text(domain));
         const AccessGuard guard;
         if (_servers) cache().updateFabric();
@@ -483,7 +485,7 @@ class Differential : public CacheTest {
 
 TEST_F(Differential, ACacheThatFollowedEqualsAFreshOneAndTheSwitch) {
     const char* const wanted = std::getenv("DIFFERENTIAL_SEEDS");
-    const unsigned seeds = wanted == nullptr ? 12 : static_cast<unsigned>(std::atoi(wanted));
+    const unsigned seeds = wanted == nullptr ? 20 : static_cast<unsigned>(std::atoi(wanted));
     for (unsigned seed = 1; seed <= seeds && !HasFailure(); ++seed) {
         SCOPED_TRACE("seed " + text(seed));
         restart();
