@@ -30,9 +30,9 @@ struct Core {
 
     Mutex mutex;
     Switch device DC_GUARDED_BY(mutex);
-    std::set<uint32_t> handles DC_GUARDED_BY(mutex);        /**< connections handed out */
+    std::set<uint32_t> handles DC_GUARDED_BY(mutex);       /**< connections handed out */
     uint32_t nextHandle DC_GUARDED_BY(mutex) = 0x5e000001; /**< never one that was handed out before */
-    size_t misuse DC_GUARDED_BY(mutex) = 0;                 /**< see Live */
+    size_t misuse DC_GUARDED_BY(mutex) = 0;                /**< see Live */
     ZoningObjects zoning DC_GUARDED_BY(mutex){misuse};
 
     Transcript transcript;
