@@ -22,6 +22,9 @@ fi
 chmod +x build/dev/bin/*
 export PATH=$work/build/dev/bin:$PATH
 
+# What a reader brought home from a switch.
+datacache-host show switch --switch examples/blade-module.toml --record switch.jsonl > recorded.log
+
 # Each block becomes a script, and what a "$ " command prints a file beside it.
 "$work/build/dev/bin/datacache-host" --help | sed -n 's/^  datacache-host/\n    &/p' | sed 's/^      /    /' > help.md
 awk '

@@ -144,7 +144,8 @@ TEST_F(Recordings, HoldEveryByteAndChangeNone) {
         all.append(reinterpret_cast<const char*>(keys), sizeof keys);
         char* value = nullptr;
         uint32_t extra = 9;
-        all += std::to_string(vex_smlGet(handle, "Oper.Switch.DomainID", &value, &extra)) + value;
+        all += std::to_string(vex_smlGet(handle, "Oper.Switch.DomainID", &value, &extra));
+        all += value;
         all += std::to_string(vex_libFreeMemory(value)) + std::to_string(vex_libFreeMemory(value));
         vex_memberid_u id{};
         id.domain_port = {3, {}, 0x01020304};

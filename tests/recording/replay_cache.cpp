@@ -102,7 +102,8 @@ int playHostile(const std::string& path, int count) {
     }
     std::remove(file.c_str());
     std::cout << played << " of " << count << " were played" << std::endl;
-    return played > count / 4 && played < count * 3 / 4 ? 0 : 1;
+    // Some are so damaged that they cannot be played; neither kind may be what all are.
+    return played > count / 8 && played < count * 3 / 4 ? 0 : 1;
 }
 
 }  // namespace
