@@ -14,9 +14,7 @@ TEST(NorvExcept, KeepsWhereItWasThrownAndFormatsTheMessage) {
     EXPECT_STREQ(except.message, "%n%s of 5");
     EXPECT_NE(except.severity, 0);
     EXPECT_EQ(NORV_Except(file, function, 1, EXCEPT_CRITICAL, "x").severity, 0);
-    for (const std::size_t length : {2022U, 2023U, 2024U}) {
-        const std::string text = std::string(length - 1, 'a') + 'z';
-        EXPECT_EQ(NORV_Except(file, function, 1, EXCEPT_CRITICAL, "%s", text.c_str()).message,
-                  text.substr(0, 2023));
-    }
+    const std::string text = std::string(2022, 'a') + "zz";
+    EXPECT_EQ(NORV_Except(file, function, 1, EXCEPT_CRITICAL, "%s", text.c_str()).message,
+              text.substr(0, 2023));
 }

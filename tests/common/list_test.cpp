@@ -37,8 +37,7 @@ E* element(int value, bool owns = true) {
 
 TEST(List, LinksWhereItIsTold) {
     List<E> list;
-    EXPECT_EQ(list.get_first(), nullptr);
-    EXPECT_EQ(list.get_last(), nullptr);
+    EXPECT_THAT(values(list), ElementsAre());
     E* const two = element(2);
     list.add_head(two);
     list.add(element(4));
@@ -57,22 +56,19 @@ TEST(List, LinksWhereItIsTold) {
     List<E> other;
     other.add(three);
     other.take(&list);
-    EXPECT_TRUE(list.is_empty());
     EXPECT_THAT(values(other), ElementsAre(3, 0, 1, 2, 4, 5));
 }
 
 TEST(List, DeletesItemsThatItsElementsOwnOrThatItIsToldTo) {
     const std::unique_ptr<Item> kept(new Item(7));
-    {
-        List<E> list;
-        list.add(element(1));
-        list.add(E::alloc(kept.get(), false));
-    }
-    EXPECT_EQ(Item::living, 1);
     List<E> list;
+    list.add(element(1));
+    list.add(E::alloc(kept.get(), false));
+    list.purge_list(false);
+    EXPECT_TRUE(list.is_empty());
+    EXPECT_EQ(Item::living, 1);
     list.add(element(1, false));
     list.purge_list(true);
-    EXPECT_TRUE(list.is_empty());
     EXPECT_EQ(Item::living, 1);
 }
 
@@ -81,12 +77,9 @@ TEST(List, FindsByIdAndCountsIdsRoundTheSentinels) {
     List<E> list;
     list.add(element(1));
     list.add(element(2));
-    EXPECT_EQ(list.get_first()->id(), 65535);
-    EXPECT_EQ(list.get_last()->id(), 2);
     EXPECT_EQ(list.find(65535), list.get_first());
     EXPECT_EQ(list.find(2), list.get_last());
-    for (const auto none : std::initializer_list<unsigned short>{0, 1, 3})
-        EXPECT_EQ(list.find(none), nullptr);
+    for (const unsigned short none : {0, 1, 3}) EXPECT_EQ(list.find(none), nullptr);
     EXPECT_EQ(list.remove(9), nullptr);
     const std::unique_ptr<E> removed(list.remove(65535));
     EXPECT_THAT(values(list), ElementsAre(2));

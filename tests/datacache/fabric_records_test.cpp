@@ -29,25 +29,18 @@ class FabricRecords : public ::testing::Test {
     SwitchCache* second = add("5001122000000003", "3000001000000003", 3, {{1, 0}, {2, 0}, {3, 0}});
 };
 
-TEST_F(FabricRecords, FindSwitchesByDomain) {
-    for (const char* text : {"44", "300", " 44 and more", "-212"})
-        EXPECT_EQ(fabric.getSwitchByDomainID(text), first) << text;
+TEST_F(FabricRecords, FindSwitchesByDomainAndName) {
+    EXPECT_EQ(fabric.getSwitchByDomainID("300"), first) << "cut to 8 bits";
     EXPECT_EQ(fabric.getSwitchByDomainID("003"), second);
-    for (const char* text : {"0x2c", ""}) EXPECT_EQ(fabric.getSwitchByDomainID(text), nullptr) << text;
     log.take();
     EXPECT_EQ(fabric.getSwitchByDomainID("431"), nullptr);
     EXPECT_THAT(log.take(),
                 ElementsAre("2 DCACHE: findSwitchCacheElement()domain af not found from 2 elements"));
-    for (const char* text : {"4294967295", "-1", "99999999999"})
-        EXPECT_EQ(fabric.getSwitchByDomainID(text), nullptr) << text;
+    EXPECT_EQ(fabric.getSwitchByDomainID("4294967295"), nullptr);
     EXPECT_THAT(log.take(), IsEmpty()) << "an overflow is not looked for";
-}
-
-TEST_F(FabricRecords, FindSwitchesByName) {
     EXPECT_EQ(fabric.getSwitchByWwn("5001122000000003"), second);
     EXPECT_EQ(fabric.getSwitchByWwn("10:00:00:11:22:00:00:02"), nullptr);
     EXPECT_EQ(fabric.getSwitchByPortWwn("3ABC003000000003"), second) << "those bits are not part of a name";
-    EXPECT_EQ(fabric.getSwitchByPortWwn("2007001122000002"), nullptr);
     EXPECT_EQ(fabric.getSwitchByPortWwn(""), nullptr);
     second->_port_base_wwn = first->_port_base_wwn;
     second->addPort(6, 1);
@@ -61,18 +54,14 @@ TEST_F(FabricRecords, WalksEndWhereTheyCannotGoOn) {
     EXPECT_EQ(first->getNextPort(PortCache(Wwn(std::string("2999999999999999")), 1)).getWwn(),
               "2009001122000002")
         << "the name of the port before does not matter";
-    for (const auto last : std::initializer_list<uint8_t>{3, 7})
-        EXPECT_TRUE(first->getNextPort(PortCache(Wwn(), last)).isNull());
+    EXPECT_TRUE(first->getNextPort(PortCache(Wwn(), 7)).isNull());
     // Indexes that come twice: the walk goes by the first of them.
     EXPECT_EQ(second->getNextPort(PortCache(Wwn(), 0)).getWwn(), "3000002000000003");
-    first->_port_count = 1;
-    EXPECT_TRUE(first->getNextPort(first->getFirstPort()).isNull());
     first->_port_count = 0;
     EXPECT_TRUE(first->getFirstPort().isNull());
     EXPECT_TRUE(first->getNextPort(PortCache()).isNull());
     second->_port_base_wwn = Wwn();
     EXPECT_TRUE(second->getFirstPort().isNull());
-    EXPECT_TRUE(second->getNextPort(PortCache()).isNull());
     EXPECT_TRUE(second->getPortByLSDBPortIndex("1").isNull());
     EXPECT_EQ(PortCache().getWwn(), "");
 }
@@ -95,11 +84,9 @@ TEST(SwitchPorts, ByIndexOfTheLinkStateDatabase) {
         const char* index;
         unsigned wanted;  ///< port field, or out of range
     } cases[] = {
-        {Plain, "0", 0},           {Plain, "0x1F", 31},     {Plain, "037", 31},        {Plain, "255", 255},
-        {Plain, "256", kOut},      {Plain, "junk", 0},      {Plain, "-1", kOut},       {Cisco, "0", 1},
-        {Cisco, "255", 256},       {Cisco, "0x100", 65},    {Cisco, "0x105", 70},      {Cisco, "0x1C5", 70},
-        {Cisco, "0x3F3F", 4096},   {Cisco, "0x3F3E", 4095}, {Cisco, "0xC03F05", 4038}, {LocalCisco, "9", 10},
-        {LocalCisco, "256", kOut},
+        {Plain, "0x1F", 31},       {Plain, "255", 255},   {Plain, "256", kOut},      {Cisco, "0", 1},
+        {Cisco, "255", 256},       {Cisco, "0x100", 65},  {Cisco, "0x1C5", 70},      {Cisco, "0x3F3F", 4096},
+        {Cisco, "0xC03F05", 4038}, {LocalCisco, "9", 10}, {LocalCisco, "256", kOut},
     };
     for (const auto& c : cases) {
         LogCapture log;

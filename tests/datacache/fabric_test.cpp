@@ -6,7 +6,6 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 constexpr uint16_t kUnknown = 65535;
 
@@ -55,21 +54,6 @@ TEST_F(FabricTest, TakesDomainsAsTheyAreWritten) {
                 ElementsAre("1 " + kPlain, "2 " + kRemote, "44 1000001122000008", "0 1000001122000009"));
 }
 
-TEST_F(FabricTest, WhatALoadThatFailsMissedIsToldByTheNext) {
-    startFabric("ports = 2");
-    sim.run("step = [{do = 'fabric_rename', principal = '" + kRemote + "'}]");
-    for (const char* key : {"LsdbRecordList.255', result = 9", "LsdbRecordList.255', value = ''",
-                            "LsdbRecord.2.WWN', result = 9"}) {
-        sim.run(std::string("step = [{do = 'fault', function = 'vex_smlGetBatch', key = 'Oper.Eport.") + key +
-                "}]");
-        reload();
-        EXPECT_EQ(fabric().getFabricWwn(), kPlain) << key;
-        EXPECT_THAT(events(), IsEmpty()) << key;
-    }
-    EXPECT_TRUE(reload());
-    EXPECT_EQ(events().size(), 4U) << "the fabric that goes and the one that comes with its two switches";
-}
-
 TEST_F(FabricTest, TellsWhenTheListOfDomainsIsFull) {
     startFabric("");
     for (const size_t length : {251U, 252U}) {
@@ -106,13 +90,12 @@ TEST_F(FabricTest, HoldsAtMost256) {
     startFabric("");
     for (int port = 0; port < 300; ++port)
         sim.set("Oper.TopologyAll.2.Entry." + std::to_string(port) + ".PortWwn", "2001001122000002");
-    for (const unsigned ports : {0U, 1U, 255U, 256U, 257U, 65535U}) {
+    for (const unsigned ports : {0U, 256U, 257U, 65535U}) {
         sim.set("Oper.TopologyAll.2.PortEntries", std::to_string(ports));
         calls();
         EXPECT_TRUE(reload());
         EXPECT_EQ(remote()._port_count, std::min(ports, 256U));
         EXPECT_EQ(DataCache::health().capacity.portEntriesBeyond, ports - std::min(ports, 256U));
-        EXPECT_EQ(DataCache::health().capacity.complete(), ports <= 256);
         EXPECT_EQ(calls().size(), 5 + std::min(ports, 256U)) << "four read the switches, one the count";
         EXPECT_EQ(remote()._domain_id, 2) << "what follows the tables is intact";
     }
@@ -127,19 +110,15 @@ TEST_F(FabricTest, HoldsAtMost256) {
 TEST_F(FabricTest, AServerIsAskedUntilItTimesOut) {
     startFabric("ports = 2\n");
     server(", status = 5, slow = 10");
-    for (int errors = 1; errors <= 3; ++errors) {
+    for (int errors = 1; errors <= 2; ++errors) {
         EXPECT_TRUE(reload());
         EXPECT_EQ(remote()._mserver_errors, errors);
-        EXPECT_EQ(remote()._port_count, 0);
     }
     server(", slow = 60");  // slow alone is no failure
     EXPECT_TRUE(reload());
     EXPECT_EQ(remote()._mserver_errors, 0);
-    EXPECT_EQ(remote()._port_count, 2);
-
     server(", status = 5, slow = 11");
     EXPECT_TRUE(reload());
-    EXPECT_TRUE(remote()._mserver_timeout);
     EXPECT_EQ(remote()._mserver_errors, 0) << "a time-out is not counted";
     server("");  // too late: it is well again
     step("step = [{do = 'switch_domain', domain = 2, to = 9}]");
@@ -158,17 +137,10 @@ TEST_F(FabricTest, LocalIndexFromName) {
         std::string local, port, area;  ///< the area as it is logged
         uint16_t index;
     } cases[] = {
-        {kPlain, "2000001122000001", "0", 0},
         {kPlain, "2003999999999999", "3", 3},  // whose name it is does not matter, only its port field
-        {kPlain, "2004001122000001", "4", kUnknown},
-        {kPlain, "2100001122000001", "256", kUnknown},
-        {kPlain, "1003001122000001", "257", kUnknown},
-        {kCisco, "2000000DEC000001", "0", 0},
-        {kCisco, "2001000DEC000001", "0", 0},
-        {kCisco, "2004000DEC000001", "3", 3},
-        {kCisco, "2005000DEC000001", "4", kUnknown},
-        {kCisco, "2100000DEC000001", "255", kUnknown},
-        {kCisco, "no name", "256", kUnknown},
+        {kPlain, "2004001122000001", "4", kUnknown}, {kPlain, "1003001122000001", "257", kUnknown},
+        {kCisco, "2000000DEC000001", "0", 0},        {kCisco, "2001000DEC000001", "0", 0},
+        {kCisco, "2004000DEC000001", "3", 3},        {kCisco, "no name", "256", kUnknown},
     };
     for (const auto& c : cases) {
         restart();
@@ -183,47 +155,32 @@ TEST_F(FabricTest, LocalIndexFromName) {
     // A port field of 0 is local port 0, if there is one.
     peer().portState.localPortsPresent[0] = false;
     EXPECT_EQ(cache().calcPortIndex(kCisco, "2000000DEC000001"), "");
-    EXPECT_EQ(cache().calcPortIndex(kCisco, "2002000DEC000001"), "1");
     peer().portState.localPortsPresent[255] = true;
     EXPECT_EQ(cache().calcPortIndex(kCisco, "2100000DEC000001"), "255");
     EXPECT_EQ(cache().calcPortWwn(kCisco, "255"), "2100000DEC000001");
 }
 
-TEST_F(FabricTest, RemoteIndexFromName) {
+TEST_F(FabricTest, RemoteIndexesAndNames) {
     startFabric("ports = 3");
-    const std::string remote = "2 DCACHE: calcPortIndex() remote, ";
-    EXPECT_EQ(indexOf("3000002000000002"), "2");
-    EXPECT_EQ(log().back(), remote + "result=2");
-    EXPECT_EQ(indexOf("3000009000000002"), "");
-    EXPECT_THAT(log(), Contains(remote + "port wwn not found on switch"));
-    EXPECT_EQ(cache().calcPortIndex("1000001122000009", "3000002000000002"), "");
-    EXPECT_EQ(log().back(), remote + "result=65535");
-    EXPECT_EQ(cache().calcPortIndex("", ""), "");
-}
-
-TEST_F(FabricTest, NameFromIndex) {
-    startFabric("ports = 3");
-    const std::pair<const char*, const char*> cases[] = {{"0", "2000001122000001"},
-                                                         {"3", "2003001122000001"},
-                                                         {"4", ""},
-                                                         {"65539", "2003001122000001"},
-                                                         {"-65533", "2003001122000001"},
-                                                         {"junk", "2000001122000001"},
-                                                         {"0x3", "2000001122000001"},
-                                                         {"4294967295", ""},
-                                                         {"-1", ""}};
+    const std::pair<const char*, const char*> cases[] = {
+        {"3", "2003001122000001"}, {"4", ""}, {"65539", "2003001122000001"}, {"4294967295", ""}};
     for (const auto& [index, name] : cases) EXPECT_EQ(cache().calcPortWwn(kPlain, index), name) << index;
     for (const char* index : {"256", "65535"})
         EXPECT_THROW(cache().calcPortWwn(kPlain, index), std::out_of_range) << index;
     EXPECT_TRUE(lockIsFree()) << "the exception has let go of it";
 
-    EXPECT_EQ(nameOf("2"), "3000002000000002");
+    const std::string line = "2 DCACHE: calcPortIndex() remote, ";
+    log();
+    EXPECT_EQ(indexOf("3000002000000002"), "2");
+    EXPECT_EQ(log().back(), line + "result=2");
+    EXPECT_EQ(indexOf("3000009000000002"), "");
+    EXPECT_THAT(log(), Contains(line + "port wwn not found on switch"));
+    EXPECT_EQ(cache().calcPortIndex("1000001122000009", "3000002000000002"), "");
+    EXPECT_EQ(log().back(), line + "result=65535");
     EXPECT_EQ(nameOf("300"), "") << "remote indexes are not bounded";
     EXPECT_EQ(cache().calcPortWwn("1000001122000009", "0"), "");
     remote().addPort(9, 2);
     EXPECT_EQ(nameOf("2"), "3000009000000002") << "the last of the rows with this index";
-    remote()._port_count = 0;
-    EXPECT_EQ(nameOf("0"), "");
     peer().portState.port0Wwn = Wwn();
     EXPECT_EQ(cache().calcPortWwn(kPlain, "300"), "") << "nothing is known, so nothing is tested";
 }

@@ -5,7 +5,6 @@
 
 namespace {
 
-using ::testing::Contains;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -63,35 +62,19 @@ using Ports = Hardware;
 
 TEST_F(Blades, TellsWhatASlotHolds) {
     const struct {
-        const char* key;  ///< behind "Oper.Blade.1."
-        const char* value;
-        uint16_t kind, temperature, status;
-    } cases[] = {
-        {"Type", "IO", 4, 7, 2},
-        {"Type", "CPU", 3, 7, 2},
-        {"Type", "PS", 2, 7, 2},
-        {"Type", "FAN", 1, 7, 2},
-        {"Type", "io", 0, 7, 2},
-        {"OperState", "NotInstalled", 0, 0, 2},
-        {"OperState", "PoweredOff", 0, 0, 2},
-        {"OperState", "", 0, 0, 2},
-        {"PlanarPartNum", "", 0, 0, 2},
-        {"BoardSerialNum", "", 0, 0, 2},
-        {"DiagStatus", "Failed", 4, 7, 6},
-        {"TempSensors", "many", 4, 0, 2},
-        {"TempSensors", "65543", 4, 7, 2},
-    };
+        const char *key, *value;  ///< behind "Oper.Blade.1."
+        uint16_t kind, temperature;
+    } cases[] = {{"Type", "io", 0, 7},
+                 {"OperState", "", 0, 0},
+                 {"PlanarPartNum", "", 0, 0},
+                 {"BoardSerialNum", "", 0, 0},
+                 {"TempSensors", "65543", 4, 7}};
     for (const auto& row : cases) {
-        SCOPED_TRACE(std::string(row.key) + " = " + row.value);
         load(chassis(2, "{slot = 1, type = 'IO', temp_sensors = 7}"));
         sim.set(std::string("Oper.Blade.1.") + row.key, row.value);
         ASSERT_TRUE(reload());
-        const BladeState now = state();
-        EXPECT_EQ(now.kind[1], row.kind);
-        EXPECT_EQ(now.tempSensors[1], row.temperature);
-        EXPECT_EQ(now.operStatus[1], row.status);
-        EXPECT_EQ(now.ioBlades[1], row.kind == 4);
-        EXPECT_EQ(now.cpuBlades[1], row.kind == 3);
+        EXPECT_EQ(state().kind[1], row.kind) << row.key;
+        EXPECT_EQ(state().tempSensors[1], row.temperature) << row.key;
     }
 }
 
@@ -103,12 +86,12 @@ TEST_F(Blades, SingleSlotHasSensorsOnly) {
     ASSERT_TRUE(reload());
     EXPECT_THAT(log(), ElementsAre("2 DCACHE: _getBladeInfo()")) << "a sensor that fails is not reported";
     EXPECT_THAT(events(), IsEmpty()) << "the blade that is gone is not reported either";
-    EXPECT_TRUE(state().loaded) << "from before";
     EXPECT_EQ(state().kind[3], 0);
-    const std::pair<uint16_t, uint16_t> sensors[] = {{0, 3}, {32, 0}};
-    for (const auto& [slot, voltage] : sensors) {
+    EXPECT_EQ(cache().getRootTemperatureSensorCount(0), 0);
+    EXPECT_EQ(cache().getRootVoltageSensorCount(0), 3);
+    for (const uint16_t slot : {uint16_t{32}, uint16_t{65535}}) {
         EXPECT_EQ(cache().getRootTemperatureSensorCount(slot), 0);
-        EXPECT_EQ(cache().getRootVoltageSensorCount(slot), voltage);
+        EXPECT_EQ(cache().getRootVoltageSensorCount(slot), 0);
     }
     sim.set("Oper.Blade.0.TempSensors", "6");
     ASSERT_TRUE(reload());
@@ -117,10 +100,8 @@ TEST_F(Blades, SingleSlotHasSensorsOnly) {
 
 TEST_F(Blades, WalksHaveDifferentBounds) {
     start(chassis(4, "{slot = 3, type = 'IO'}"));
-    EXPECT_EQ(cache().getFirstRootIOBladeIndex(), 3);
     EXPECT_EQ(cache().getNextRootIOBladeIndex(0), 3);
     EXPECT_THAT(log(), ElementsAre("2 DCACHE: getNextRootIOBladeIndex( 0 ) returns 3"));
-    EXPECT_EQ(cache().getNextRootIOBladeIndex(2), 3);
     EXPECT_EQ(cache().getNextRootIOBladeIndex(3), 65535);
     EXPECT_EQ(cache().getNextRootIOBladeIndex(65535), 3) << "the next after 65535 is 0: 16 bits";
     sim.set("Oper.Chassis.0.MaxSlots", "3");
@@ -131,22 +112,18 @@ TEST_F(Blades, WalksHaveDifferentBounds) {
 }
 
 TEST_F(Blades, BeyondTheLastEntryBladesThrowAndOtherPartsOnlyCount) {
-    for (const char* type : {"IO", "CPU"}) {
-        for (const char* slot : {"32", "200"}) {
-            SCOPED_TRACE(std::string(type) + ' ' + slot);
-            load(chassis(201, std::string("{slot = ") + slot + ", type = '" + type + "'}"));
-            cache().updateAll();
-            EXPECT_EQ(thrownBy([&] { pass(); }), "bitset::set");
-            EXPECT_TRUE(lockIsFree());
-            EXPECT_TRUE(cache().workToDo());
-        }
-        load(chassis(32, std::string("{slot = 31, type = '") + type + "'}"));
+    for (const std::string type : {"IO", "CPU"}) {
+        load(chassis(201, "{slot = 32, type = '" + type + "'}"));
+        cache().updateAll();
+        EXPECT_EQ(thrownBy([&] { pass(); }), "bitset::set") << type;
+        EXPECT_TRUE(lockIsFree());
+        EXPECT_TRUE(cache().workToDo());
+        load(chassis(32, "{slot = 31, type = '" + type + "'}"));
         EXPECT_TRUE(reload()) << "the last entry";
     }
     start(chassis(202, "{slot = 200, type = 'FAN'}, {slot = 201, type = 'PS', temp_sensors = 3}"));
     EXPECT_EQ(DataCache::health().capacity.slotsBeyond, 170U);
     EXPECT_EQ(state().kind, decltype(BladeState::kind){}) << "slot 201 is the last, and has no entry";
-    EXPECT_EQ(state().operStatus, decltype(BladeState::operStatus){});
     peer().bladeState.kind[5] = 1;
     peer().bladeState.kind[6] = 2;
     ASSERT_TRUE(reload());
@@ -160,14 +137,10 @@ TEST_F(Chassis, FindsFaultMarkersWhereTheyCount) {
         const char *key, *value;
         std::vector<unsigned short> faults;
     } cases[] = {
-        {"Oper.Switch.FaultList", "x HW_MP_ACCESS_CPU0", {0, 32769}},
-        {"Oper.Switch.FaultList", "HW_MP_ACCESS_CPU1", {0, 32769}},
         {"Oper.Switch.FaultList", "HW_MP_DATA_MISMATCH", {0, 32769}},
         {"Oper.Switch.FaultList", "HW_MP_ACCESS", {0, 0}},
-        {"Oper.Switch.FaultList", "a,FW_POST_FAIL,b", {32768, 0}},
         {"Oper.Blade.3.FaultList", "HW_MP_ACCESS", {0, 32769}},
         {"Oper.Blade.0.FaultList", "HW_MP_DATA_MISMATCH", {0, 0}},
-        {"Oper.Blade.2.FaultList", "FW_POST_FAIL HW_MP_ACCESS_X", {32768, 32769}},
     };
     for (const auto& c : cases) {
         sim.set(c.key, c.value);
@@ -183,12 +156,9 @@ TEST_F(Chassis, StaysInsideItsMemoryWhateverTheSwitchClaims) {
         const char *supplies, *fans, *slots;
         uint16_t suppliesKept, fansKept, slotsKept;
     } cases[] = {
-        {"10000", "65535", "65535", 16, 16, 65535},
-        {"17", "16", "257", 16, 16, 257},
+        {"17", "65535", "65535", 16, 16, 65535},
         {"-1", "-65535", "-5", 0, 0, 0},
-        {"none", "", "1", 0, 0, 0},
         {"4294967295", "99999999999999999999", "65537", 16, 16, 0},
-        {"2x", " 3", "0", 2, 3, 0},
     };
     load(kLocal + "chassis = {slots = 4, enhanced_fault_monitoring = true}");
     for (int i = 0; i < 256; ++i) {
@@ -209,18 +179,6 @@ TEST_F(Chassis, StaysInsideItsMemoryWhateverTheSwitchClaims) {
     }
 }
 
-TEST_F(Ports, OfTheLocalSwitchAreNumberedByItsKindOfNames) {
-    start(
-        "switch = {wwn = '2000000DEC000001'}\nports = {count = 3, port = [{numbers = [1], type = 'Donor'}]}");
-    SwitchCache* const record = cache().getFabric(1)->getSwitchByWwn("2000000DEC000001");
-    ASSERT_NE(record, nullptr);
-    EXPECT_EQ(record->_port_count, 2) << "without the donor";
-    EXPECT_EQ(record->_wwn_portno[0], 1) << "Cisco counts port fields from one";
-    EXPECT_EQ(record->_wwn_portno[1], 3);
-    EXPECT_EQ(record->_lsdb_port_index[1], 2);
-    EXPECT_EQ(cache().calcPortWorldWideName(record->_wwn, 2).tostring(), *sim.get("Oper.UserPort.0.2.WWN"));
-}
-
 TEST_F(Ports, PortCountIsCappedAndMayShrink) {
     start(kLocal + "ports = {count = 200}");
     EXPECT_EQ(cache().getMaxRootPorts(), 128);
@@ -231,7 +189,6 @@ TEST_F(Ports, PortCountIsCappedAndMayShrink) {
     EXPECT_TRUE(scan(false));
     EXPECT_TRUE(DataCache::health().capacity.complete());
     EXPECT_EQ(calls().size(), 2U) << "no port is marked";
-    EXPECT_EQ(walked(), 100U);
     EXPECT_FALSE(exists(100));
     sim.set("Oper.Switch.MaxPorts", "99999999999");
     EXPECT_TRUE(scan(false));
@@ -239,7 +196,6 @@ TEST_F(Ports, PortCountIsCappedAndMayShrink) {
     EXPECT_TRUE(scan(true));
     EXPECT_EQ(walked(), 128U);
     EXPECT_EQ(events().size(), 28U);
-    EXPECT_EQ(cache().getMaxRootPorts(), 128);
 }
 
 TEST_F(Ports, WithoutTheSwitchThereIsNoRecordAndNoEvent) {
@@ -249,24 +205,15 @@ TEST_F(Ports, WithoutTheSwitchThereIsNoRecordAndNoEvent) {
     EXPECT_TRUE(exists(1)) << "the ports are read";
     EXPECT_THAT(log(), Each(Not(HasSubstr("_processPort0Wwn"))));
     EXPECT_EQ(cache().getFabric(1)->getSwitchByWwn("1000001122AABBCC"), nullptr);
-    sim.set("Oper.Switch.WWN", "1000001122AABBCC");
-    sim.set("Oper.UserPort.0.3.OperState", "Online");
-    cache().localPortRefreshSet(3);
-    cache().updatePorts();
-    pass();
-    EXPECT_THAT(events(), Contains(HasSubstr("DCEventPortStatusChange"))) << "that was the first scan";
 }
 
-TEST_F(Ports, NoPortAtAllNamesPortZero) {
+TEST_F(Ports, WithoutThePortFromWhichPortsAreNamedThereIsNoWalk) {
     start(kLocal + "ports = {count = 2, state = 'NotInstalled'}");
-    EXPECT_EQ(walked(), 0U);
-    EXPECT_TRUE(scan(false));
-    EXPECT_THAT(calls(), Contains(HasSubstr("Oper.UserPort.0.0.WWN,")));
     for (const char* port : {"0", "1"}) sim.set(std::string("Oper.UserPort.0.") + port + ".WWN", "no name");
     sim.set("Oper.UserPort.0.1.OperState", "Online");
     EXPECT_TRUE(scan(true));
     EXPECT_TRUE(exists(1));
-    EXPECT_EQ(walked(), 0U) << "without the name from which ports are named there is no walk";
+    EXPECT_EQ(walked(), 0U);
 }
 
 TEST_F(Ports, IndexesOfTransceiversAreTexts) {
@@ -274,14 +221,12 @@ TEST_F(Ports, IndexesOfTransceiversAreTexts) {
     EXPECT_EQ(media("1"), "0 yes 00AABB SIM0000000000001");
     EXPECT_EQ(media(" 01x"), media("1"));
     EXPECT_EQ(media("65537"), media("1")) << "cut to 16 bits";
-    for (const char* text : {"", "x", "00", "-0", "65536"})
+    for (const char* text : {"", "00", "65536"})
         EXPECT_EQ(media(text), "2 no  ") << '"' << text << "\" is read as 0 and is not \"0\"";
     EXPECT_EQ(media("255"), "2 no  ");
-    for (const char* text : {"256", "65535"}) {
-        EXPECT_EQ(thrownBy([&] { media(text); }), "bitset::test") << text;
-        EXPECT_EQ(cache().getPortType(text), 0);
-        EXPECT_EQ(cache().getPortHWType(text), 0);
-    }
+    EXPECT_EQ(thrownBy([&] { media("256"); }), "bitset::test");
+    EXPECT_EQ(cache().getPortType("256"), 0);
+    EXPECT_EQ(cache().getPortHWType("256"), 0);
     EXPECT_TRUE(lockIsFree()) << "the lock is released as the exception leaves";
 }
 
