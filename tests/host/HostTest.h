@@ -33,15 +33,23 @@ inline std::string faultOn(const std::string& function, const std::string& key, 
     return "[[fault]]\nfunction = \"" + function + "\"\nkey = \"" + key + "\"\ntimes = 0\n" + effect + '\n';
 }
 
-class HostTest : public ::testing::Test {
-  protected:
-    const std::string switchFile = writeFile("switch.toml", switchText);
-    const std::string scenario = writeFile("scenario.toml", scenarioText);
-};
-
 /** All lines as one text. */
 inline std::string joined(const std::vector<std::string>& lines) {
     std::string text;
     for (const std::string& line : lines) text += line + '\n';
     return text;
 }
+
+class HostTest : public ::testing::Test {
+  protected:
+    /** What the tool prints, errors last, until it ends with this status. */
+    static std::string told(int status, const std::vector<std::string>& arguments,
+                            const char* outputFile = nullptr) {
+        Tool tool(HOST_TOOL, arguments, outputFile);
+        EXPECT_EQ(tool.finish(), status) << joined(tool.output) << tool.errors;
+        return joined(tool.output) + tool.errors;
+    }
+
+    const std::string switchFile = writeFile("switch.toml", switchText);
+    const std::string scenario = writeFile("scenario.toml", scenarioText);
+};

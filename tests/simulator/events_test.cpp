@@ -21,10 +21,8 @@ class EventsTest : public SimulatorTest {
   protected:
     EventsTest() {
         seen.clear();
-        sim.run("do = 'raise'\ncode = 1\nforced = true");  // nobody is there to hear it
         vex_eventreg_s list[] = {{1, 9}, {-5, 9}, {33, 9}};
         EXPECT_EQ(vex_enRegisterForEventList(handle, record, &seen, list, 3), 0);
-        EXPECT_EQ(list[1].result, 0);
     }
 };
 
@@ -49,20 +47,15 @@ TEST_F(EventsTest, AScenarioRunsInItsTimeAndWritesItsTranscript) {
     std::remove(path.c_str());
     sim.setDelivery(Delivery::Thread);
     sim.loadSwitchText("[chassis]\nfans = 1\n");
-    sim.keepTranscript(true);
     sim.writeTranscript(path);
     sim.loadScenarioText(R"(step = [{do = "fan", index = 1, state = "Bad"},
         {do = "note", after = "400ms", text = "half"},
         {do = "wait", for = 0.04}])",
                          "s");
-    EXPECT_TRUE(sim.scenarioDone());
-    EXPECT_TRUE(seen.empty());
     EXPECT_NE(command("Cmd.Nothing"), 0);
     sim.startScenario();
-    EXPECT_FALSE(sim.scenarioDone());
     EXPECT_FALSE(sim.waitScenario(10));
     sim.waitScenario();
-    EXPECT_TRUE(sim.scenarioDone());
     sim.writeTranscript("");
     std::ifstream file(path);
     std::vector<std::string> lines;
@@ -70,5 +63,4 @@ TEST_F(EventsTest, AScenarioRunsInItsTimeAndWritesItsTranscript) {
     EXPECT_THAT(lines, testing::ElementsAre("vex_smlSet Cmd.Nothing = 201", "step s:1 fan",
                                             "event 33 VEX_EVENT_CHASSIS_OPERCHANGE [0:0:0] Fan 1 Bad",
                                             "step s:2 note", "note half", "step s:3 wait"));
-    EXPECT_EQ(sim.transcript().back().detail, "half");
 }

@@ -4,7 +4,6 @@
 #include <sstream>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "datacache/CacheReader.h"
 #include "host/areas.h"
@@ -31,20 +30,26 @@ zoneset = [{name = "alpha", zones = ["z1", "z2"]}, {name = "beta", zones = ["z1"
 /** Limits of zonesets, zones, members, zones in a zoneset, members in a zone, aliases, members in an alias.
  */
 inline std::string limitsText(const std::array<int, 7>& most) {
-    std::ostringstream text;
-    text << "limits = {zonesets = " << most[0] << ", zones = " << most[1] << ", members = " << most[2]
-         << ", zones_per_zoneset = " << most[3] << ", members_per_zone = " << most[4]
-         << ", aliases = " << most[5] << ", members_per_alias = " << most[6] << "}\n";
-    return text.str();
+    static const char* const kNames[] = {
+        "zonesets",         "zones",   "members",          "zones_per_zoneset",
+        "members_per_zone", "aliases", "members_per_alias"};
+    std::string text;
+    for (size_t i = 0; i < most.size(); ++i)
+        text += std::string(i == 0 ? "limits = {" : ", ") + kNames[i] + " = " + std::to_string(most[i]);
+    return text + "}\n";
 }
 
 class ZoningTest : public CacheTest {
   protected:
-    ~ZoningTest() override { expectNoLeak(); }
+    /** Ends the cache; nothing that it held is left. */
+    ~ZoningTest() override {
+        delete std::exchange(DataCache::instance, nullptr);
+        const vexsim::Live live = sim.live();
+        EXPECT_EQ(live.zonesets + live.zones + live.aliases + live.members, 0U);
+    }
 
     /** A new cache of a new switch, loaded; forgets events, calls and log. May be called again. */
     void start(const std::string& toml = kSwitch + limitsText({20, 20, 400, 20, 20, 20, 20})) {
-        expectNoLeak();
         restart();
         CacheTest::start(toml);
     }
@@ -63,25 +68,5 @@ class ZoningTest : public CacheTest {
         std::ostringstream text;
         host::printAreas(text, host::readAreas("zoning"), false);
         return text.str();
-    }
-    /** The zonesets with their types, in the order of the walk. */
-    std::vector<std::pair<std::string, int>> walk() {
-        std::vector<std::pair<std::string, int>> found;
-        _ZoneSetTypes type{};
-        for (void* zoneset = zoning().getFirstZoneset(type); zoneset != nullptr;
-             zoneset = zoning().getNextZoneset(zoneset, type)) {
-            char name[VEX_ZONING_NAME_SIZE];
-            vex_ZonesetGetName(zoneset, name);
-            found.emplace_back(name, type);
-        }
-        return found;
-    }
-
-  private:
-    /** Ends the cache; nothing that it held is left. */
-    void expectNoLeak() {
-        delete std::exchange(DataCache::instance, nullptr);
-        const vexsim::Live live = sim.live();
-        EXPECT_EQ(live.zonesets + live.zones + live.aliases + live.members, 0U);
     }
 };

@@ -4,22 +4,36 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
 using ::testing::MatchesRegex;
 
-class ZoningLoad : public ZoningTest {};
+class ZoningLoad : public ZoningTest {
+  protected:
+    /** The zonesets with their types, in the order of the walk. */
+    std::vector<std::pair<std::string, int>> walk() {
+        std::vector<std::pair<std::string, int>> found;
+        _ZoneSetTypes type{};
+        for (void* zoneset = zoning().getFirstZoneset(type); zoneset != nullptr;
+             zoneset = zoning().getNextZoneset(zoneset, type)) {
+            char name[VEX_ZONING_NAME_SIZE];
+            vex_ZonesetGetName(zoneset, name);
+            found.emplace_back(name, type);
+        }
+        return found;
+    }
+};
 
 TEST_F(ZoningLoad, TellsHowLongEachPartTook) {
     load(kSwitch);
     fault("uptime_s = 20\nfunction = 'vex_fzsGetActiveZoneset'");
     fault("uptime_s = 30\nfunction = 'vex_fzsGetZoneset'\nskip = 1");
-    fault("uptime_s = 40\nfunction = 'vex_fzsGetAllZonesAndAliases'");
     settle();
-    const std::vector<std::string> lines = log();
     // One second more where the clock's own tick falls in between.
-    for (const char* line : {".* Active zoneset added, 2[01]s", ".* 'alpha' added, [01]s",
-                             ".* 'beta' added, 3[01]s", ".* Uber zoneset added, 4[01]s"}) {
-        EXPECT_THAT(lines, Contains(MatchesRegex(line)));
-    }
+    EXPECT_THAT(log(), IsSupersetOf({MatchesRegex(".* Active zoneset added, 2[01]s"),
+                                     MatchesRegex(".* 'alpha' added, [01]s"),
+                                     MatchesRegex(".* 'beta' added, 3[01]s")}));
 }
 
 TEST_F(ZoningLoad, ComparesChecksumsAsHexadecimalNumbers) {
@@ -35,8 +49,7 @@ TEST_F(ZoningLoad, ComparesChecksumsAsHexadecimalNumbers) {
     cache().reloadZoning();
     sim.set(key, "0");
     EXPECT_TRUE(refresh());
-    EXPECT_THAT(events(), ElementsAre("DCEventZoningDBChange wwn=1000001122AABBCC"))
-        << "forced, though this is one more in 32 bits";
+    EXPECT_EQ(events().size(), 1U) << "forced, though this is one more in 32 bits";
 }
 
 TEST_F(ZoningLoad, WithoutTheActiveZonesetStillTellsOfTheChange) {
@@ -54,28 +67,69 @@ TEST_F(ZoningLoad, SurvivesZonesetsThatTakeEachOthersPlace) {
     start();
     const std::string before = shown();
     for (const std::string name : {"[UberZoneSetKey]", "[ActiveZoneSetKey]", "beta"}) {
-        SCOPED_TRACE(name);
         cache().reloadZoning();
         fault("function = 'vex_ZonesetGetName'\nvalue = '" + name + '\'');
         EXPECT_TRUE(refresh());
         EXPECT_NE(zoning().getUberZoneset(), nullptr);
         cache().reloadZoning();
         EXPECT_TRUE(refresh());
-        EXPECT_EQ(shown(), before);
+        EXPECT_EQ(shown(), before) << name;
     }
-    for (const _ZoneSetTypes type : {ZONESET_UBER, ZONESET_ACTIVE, ZONESET_INACTIVE})
-        EXPECT_EQ(zoning().addZoneset(nullptr, type), -1);
-    EXPECT_EQ(zoning().getUberZoneset(), nullptr) << "the last one added is the current one";
-    EXPECT_EQ(zoning().replaceZoningDB(), 0);
-    cache().reloadZoning();
     sim.run("do = 'zoneset_deactivate'");
     EXPECT_TRUE(refresh());
     EXPECT_THAT(walk(),
                 ElementsAre(std::pair("__UberZoneset__", 2), std::pair("alpha", 1), std::pair("beta", 1)))
         << "no load leaves behind what it replaces";
-    sim.run("do = 'zoneset_activate'\nname = 'alpha'");
-    EXPECT_TRUE(refresh());
-    EXPECT_EQ(shown(), before);
+}
+
+TEST_F(ZoningLoad, GivesZonesetsByKeyAndInTheOrderOfKeys) {
+    start();
+    _ZoneSetTypes type{};
+    EXPECT_NE(zoning().getZoneset(Arg{"alpha"}, type), zoning().getActiveZoneset());
+    EXPECT_EQ(type, ZONESET_INACTIVE);
+    EXPECT_EQ(zoning().getZoneset(Arg{"[ActiveZoneSetKey]"}, type), zoning().getActiveZoneset());
+    EXPECT_EQ(type, ZONESET_ACTIVE);
+    EXPECT_EQ(zoning().getZoneset(Arg{"__UberZoneset__"}, type), nullptr);
+    EXPECT_TRUE(zoning().isUberZoneset(zoning().getUberZoneset()));
+    EXPECT_FALSE(zoning().isActiveZoneset(zoning().getUberZoneset()));
+    EXPECT_EQ(zoning().getNextZoneset(&type, type), nullptr) << "unknown handles have no next";
+    EXPECT_EQ(zoning().createZoneset(Arg{"Zulu"}), ZONING_DONE);
+    EXPECT_THAT(walk(),
+                ElementsAre(std::pair("Zulu", 1), std::pair("alpha", 0), std::pair("__UberZoneset__", 2),
+                            std::pair("alpha", 1), std::pair("beta", 1)));
+    zoning().clearInactive();
+    EXPECT_THAT(walk(), ElementsAre(std::pair("alpha", 0), std::pair("__UberZoneset__", 2)));
+    zoning().clearActive();
+    EXPECT_THAT(walk(), ElementsAre(std::pair("__UberZoneset__", 2)));
+    zoning().clearZoningCache();
+    EXPECT_THAT(walk(), IsEmpty());
+}
+
+TEST_F(ZoningLoad, KeepsWhatAHostAddsTwice) {
+    start();
+    void* const first = zoning().getActiveZoneset();
+    void* second = vex_ZonesetCreate("second");
+    EXPECT_EQ(zoning().addZoneset(second, ZONESET_ACTIVE), -1);
+    EXPECT_EQ(zoning().getActiveZoneset(), second) << "current, but not held";
+    _ZoneSetTypes type{};
+    EXPECT_EQ(zoning().getZoneset(Arg{"[ActiveZoneSetKey]"}, type), first);
+    vex_ZonesetDestroy(&second);
+    EXPECT_EQ(zoning().delZoneset(nullptr, ZONESET_ACTIVE), 0) << "found by its key, whatever the handle";
+    EXPECT_EQ(zoning().getActiveZoneset(), nullptr);
+    EXPECT_EQ(zoning().delZoneset(nullptr, ZONESET_ACTIVE), 0) << "an unknown key is no failure";
+
+    // One handle under two keys, and none under a third, end no walk and begin none anew.
+    zoning().clearZoningCache();
+    void* const zoneset = vex_ZonesetCreate("gamma");
+    EXPECT_EQ(zoning().addZoneset(zoneset, ZONESET_ACTIVE), 0);
+    EXPECT_EQ(zoning().addZoneset(nullptr, ZONESET_UBER), 0);
+    EXPECT_EQ(zoning().replaceZoningDB(), 0);
+    EXPECT_EQ(zoning().addZoneset(zoneset, ZONESET_INACTIVE), 0);
+    log();
+    zoning().dump();
+    EXPECT_THAT(log(), ElementsAre(HasSubstr("Zoneset: gamma (active)"), HasSubstr("Zoneset: Bad entry"),
+                                   HasSubstr("Zoneset: gamma (inactive)")));
+    misuse = 1;  // the host's: the zoneset that it gave twice is destroyed twice
 }
 
 }  // namespace
