@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/AccessLock.h"
@@ -12,14 +13,14 @@
 #include "tests/support/LogCapture.h"
 
 /** The real library over whatever provides vexlib, without threads, and what it tells: its log and the host's
- * events, in order. */
+ * events, in order. One at a time. */
 class CacheRun {
   public:
-    CacheRun() {
-        log().take();
-        told().clear();
+    CacheRun() { _running = this; }
+    ~CacheRun() {
+        delete std::exchange(DataCache::instance, nullptr);
+        datacache::takeEvaluationRequests();
     }
-    ~CacheRun() { end(); }
 
     /** What a host does at start-up, less the evaluation thread. */
     void start() {
@@ -41,27 +42,16 @@ class CacheRun {
 
     std::vector<std::string> story() {
         tell(nullptr);
-        return told();
-    }
-
-    void end() {
-        delete DataCache::instance;
-        DataCache::instance = nullptr;
-        datacache::takeEvaluationRequests();
-        tell(nullptr);
+        return _told;
     }
 
   private:
-    static std::vector<std::string>& told() {
-        static std::vector<std::string> lines;
-        return lines;
-    }
-    static LogCapture& log() {
-        static LogCapture capture;
-        return capture;
-    }
     static void tell(DataCacheEvent* event) {
-        for (std::string& line : log().take()) told().push_back(std::move(line));
-        if (event != nullptr) told().push_back("! " + datacache::eventText(*event));
+        for (std::string& line : _running->_log.take()) _running->_told.push_back(std::move(line));
+        if (event != nullptr) _running->_told.push_back("! " + datacache::eventText(*event));
     }
+
+    inline static CacheRun* _running;
+    LogCapture _log;
+    std::vector<std::string> _told;
 };

@@ -56,13 +56,12 @@ class Recordings : public HostTest {
         run.start();
         settle();
         run.readAccounts();
-        for (size_t at = steps.find(kHead); at != std::string::npos;) {
-            const size_t next = steps.find(kHead, at + kHead.size());
+        for (size_t at = steps.find(kHead), next = 0; at != std::string::npos; at = next) {
+            next = steps.find(kHead, at + kHead.size());
             const std::string one = steps.substr(at, next - at);
             sim.run(std::regex_replace(one, std::regex("after = \"[^\"]*\""), ""));
             settle();
             run.readAccounts();
-            at = next;
         }
         return joined(run.story());
     }
@@ -112,12 +111,9 @@ TEST_F(Recordings, OfEachExampleReplayToTheSameEventsCallsAndLog) {
 }
 
 TEST_F(Recordings, OfOnePlatformReplayOnTheOther) {
-    const std::string own = record("own.jsonl");
     const std::string told = live(kSwitchText, stepsText);
-    for (const std::string& path :
-         {own, std::string(RECORDINGS_DIR "/powerpc.jsonl"), std::string(RECORDINGS_DIR "/x86.jsonl")}) {
+    for (const char* path : {RECORDINGS_DIR "/powerpc.jsonl", RECORDINGS_DIR "/x86.jsonl"})
         EXPECT_EQ(replayed(path), told) << path;
-    }
 }
 
 TEST_F(Recordings, HoldEveryByteAndChangeNone) {
@@ -136,12 +132,12 @@ TEST_F(Recordings, HoldEveryByteAndChangeNone) {
         vex_IPConnect("h", "c", "", &handle);
         vex_smlrequest_s keys[3] = {
             {"Oper.Switch.WWN", "x", 7}, {"Oper.Switch.Model", "", 0}, {"no.such", "", 0}};
-        errno = 77;
-        std::string all = std::to_string(vex_smlGetBatch(handle, keys, 3)) + ' ' + std::to_string(errno);
-        all.append(reinterpret_cast<const char*>(keys), sizeof keys);
-        errno = 78;
-        all += std::to_string(vex_smlSetBatch(handle, keys, 3)) + ' ' + std::to_string(errno);
-        all.append(reinterpret_cast<const char*>(keys), sizeof keys);
+        std::string all;
+        for (const auto& call : {vex_smlGetBatch, vex_smlSetBatch}) {
+            errno = 77;
+            all += std::to_string(call(handle, keys, 3)) + ' ' + std::to_string(errno);
+            all.append(reinterpret_cast<const char*>(keys), sizeof keys);
+        }
         char* value = nullptr;
         uint32_t extra = 9;
         all += std::to_string(vex_smlGet(handle, "Oper.Switch.DomainID", &value, &extra));
@@ -216,7 +212,7 @@ TEST_F(Recordings, WithSecretsMaskedReplayAsWell) {
     char* value = nullptr;
     uint32_t extra = 0;
     void* reply = nullptr;
-    vex_smlGet(DataCache::instance == nullptr ? 1577058305 : 0, "Config.Snmp.ReadComm", &value, &extra);
+    vex_smlGet(1577058305, "Config.Snmp.ReadComm", &value, &extra);
     vex_libFreeMemory(value);
     vex_smlSet(1577058305, "Config.Snmp.WriteComm.topsecret", &reply);
     const std::string text = contents(path);
@@ -224,8 +220,7 @@ TEST_F(Recordings, WithSecretsMaskedReplayAsWell) {
         EXPECT_THAT(text, ::testing::Not(HasSubstr(secret)));
     EXPECT_THAT(text, AllOf(HasSubstr("NextPotentialUser.masked-"), HasSubstr("1000001122334455"),
                             HasSubstr("\"masked\":true")));
-    const std::string told = replayed(path);
-    EXPECT_THAT(told, HasSubstr("! DCEventUserAcctAdd wwn=1000001122334455 userName=\"masked-"));
+    EXPECT_THAT(replayed(path), HasSubstr("! DCEventUserAcctAdd wwn=1000001122334455 userName=\"masked-"));
 }
 
 TEST_F(Recordings, ThatAreDamagedSayWhere) {
@@ -237,7 +232,6 @@ TEST_F(Recordings, ThatAreDamagedSayWhere) {
         std::string text;
         const char* message;
     } cases[] = {
-        {"", ":1: this is no recording of vexlib"},
         {good.substr(0, 30), ":1: this is no recording of vexlib"},
         {std::regex_replace(good, std::regex("\"version\":1"), "\"version\":2"),
          ":1: a recording of version 2, and"},

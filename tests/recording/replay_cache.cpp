@@ -43,26 +43,23 @@ std::string damaged(std::string text, size_t from, std::mt19937& random) {
         "[[[[",        "0",           std::string(300, 'x'),  "\",\"",    "}",    "1.5",
         "\"-1\""};
     const auto any = [&](size_t end) { return std::uniform_int_distribution<size_t>(0, end - 1)(random); };
-    for (size_t changes = 1 + any(4); changes > 0; --changes) {
+    for (size_t changes = 1 + any(4); changes > 0 && text.size() > from; --changes) {
         const size_t place = from + any(text.size() - from);
         const size_t value = text.find_first_of("0123456789", place);
         const size_t quote = text.find('"', place);
-        switch (any(6)) {
+        switch (any(5)) {
             case 0:
-                text[place] = static_cast<char>(any(256));
+                text.replace(place, any(40), 1, static_cast<char>(any(256)));
                 break;
             case 1:
                 if (place > from + 1) text.resize(place);
                 break;
-            case 2:
-                text.erase(place, any(40));
-                break;
-            case 3:  // another value in place of a number: as a rule still a recording
+            case 2:  // another value in place of a number: as a rule still a recording
                 if (value != std::string::npos)
                     text.replace(value, text.find_first_not_of("0123456789", value) - value,
                                  kPieces[any(std::size(kPieces))]);
                 break;
-            case 4:  // another text
+            case 3:  // another text
                 if (quote != std::string::npos) text.insert(quote + 1, std::string(any(300), '9'));
                 break;
             default: {  // lines that come again, elsewhere
@@ -73,7 +70,6 @@ std::string damaged(std::string text, size_t from, std::mt19937& random) {
                                 text.substr(line + 1, end - line));
             }
         }
-        if (text.size() <= from) break;
     }
     return text;
 }
