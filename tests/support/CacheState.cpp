@@ -68,7 +68,7 @@ void addFabric(Lines& lines, const CacheReader& cache) {
     const FabricCache& fabric = cache.fabric();
     lines.add("fabric", fabric.getFabricWwn(), fabric._local_switch_wwn.tostring(),
               int{cache->getRootSwitchDomainID()}, fabric.getOperatingMode());
-    const auto first = static_cast<std::ptrdiff_t>(lines.all.size());
+
     for (const SwitchCache* s = fabric.getFirstSwitch(); s != nullptr; s = fabric.getNextSwitch(s)) {
         lines.add("member", s->getWwn(), int{s->getDomainID()}, s->isLocal() ? "local" : "remote",
                   s->getPortCount(), int{s->getManagementServerErrors()}, s->isManagementServerGivenUp());
@@ -78,7 +78,6 @@ void addFabric(Lines& lines, const CacheReader& cache) {
                       cache->calcPortWwn(s->getWwn(), std::to_string(port.getPortIndex())));
         }
     }
-    std::sort(lines.all.begin() + first, lines.all.end());  // not in the order in which the cache met them
 }
 
 void addZoning(Lines& lines, const CacheReader& cache) {
@@ -117,5 +116,6 @@ std::vector<std::string> cacheState() {
     for (const std::string& account : cache.accounts()) lines.add("account", account);
     addFabric(lines, cache);
     addZoning(lines, cache);
+    std::sort(lines.all.begin(), lines.all.end());  // not in the order in which the cache met them
     return lines.all;
 }
