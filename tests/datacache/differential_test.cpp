@@ -131,7 +131,7 @@ class Differential : public CacheTest {
 
     std::string zoningStep() {
         Zones& all = _configured;
-        const auto name = [this](const char* kind) { return kind + text(below(4)); };
+        const auto name = [this](const char* kind) { return kind + text(below(3)); };
         const std::string zoneset = name("s");
         switch (below(5)) {
             case 0:
@@ -170,7 +170,7 @@ class Differential : public CacheTest {
     /** The fields of a step, one a line; some cannot be carried out as the switch stands, and nothing
      * happens. */
     std::string randomStep() {
-        if (below(7) == 0) return zoningStep();
+        if (below(10) == 0) return zoningStep();
         const auto number = [this](const char* field, size_t bound, unsigned from = 0) {
             return '\n' + std::string(field) + " = " + text(from + below(bound));
         };
@@ -204,6 +204,7 @@ class Differential : public CacheTest {
                      "['HW_MP_ACCESS_CPU1', 'FW_POST_FAIL']"}),
             "blade_insert'" + slot + word("type", {"IO", "CPU", "PS", "FAN"}) + number("temp_sensors", 3) +
                 number("voltage_sensors", 3),
+            "blade_insert'" + slot + word("type", {"IO", "CPU"}),
             "blade_remove'" + slot,
             "blade_state'" + slot + state + admin + word("diagnosis", {"Passed", "Compromised", "Failed"}),
             "account_add'" + account,
@@ -283,7 +284,12 @@ class Differential : public CacheTest {
         return found == words.end() ? 0 : found->second;
     }
     static bool down(const std::string& state) { return state == "Down" || state == "Downed"; }
-    void tellSwitch(Lines& lines) {
+    template <typename... Parts>
+    void tell(const Parts&... parts) {
+        _told.push_back(line(parts...));
+    }
+
+    void tellSwitch() {
         bool self = false, access = false;
         Lines lists{key("Oper.Switch.FaultList")};
         for (unsigned slot = 0; slot < kSlots; ++slot)
@@ -297,22 +303,22 @@ class Differential : public CacheTest {
                               key("Oper.Switch.OperState"));
         const bool more = access && !self && state != 11;
         if (self && state != 11) state = 6;
-        lines.push_back(line("switch 1", name(), text(state) + (more ? ",5," : ",") + faults, 0,
-                             key("Oper.Switch.FCOEFeature") == "True",
-                             key("Oper.Switch.EthernetPassthroughFeature") == "True"));
-        lines.push_back("chassis 1 " + faults);
+        tell("switch 1", name(), text(state) + (more ? ",5," : ",") + faults, 0,
+             key("Oper.Switch.FCOEFeature") == "True",
+             key("Oper.Switch.EthernetPassthroughFeature") == "True");
+        tell("chassis 1 " + faults);
         const std::map<std::string, unsigned> units{{"Good", 1}, {"Bad", 2}, {"NotInstalled", 3}};
         for (unsigned i = 0; i < 2; ++i) {
-            lines.push_back(line("supply", i, code(units, key("Oper.Chassis.0.PowerSupply." + text(i)))));
-            lines.push_back(line("fan", i, code(units, key("Oper.Chassis.0.Fan." + text(i)))));
+            tell("supply", i, code(units, key("Oper.Chassis.0.PowerSupply." + text(i))));
+            tell("fan", i, code(units, key("Oper.Chassis.0.Fan." + text(i))));
         }
         for (auto at = sim.get("Oper.Switch.FirstPotentialUser"); at;
              at = sim.get("Oper.Switch.NextPotentialUser." + *at))
-            lines.push_back("account " + *at);
+            tell("account " + *at);
     }
 
     /** Required: of the blades only the one in the last slot is known. */
-    void tellBlades(Lines& lines) {
+    void tellBlades() {
         const std::string blade = "Oper.Blade." + text(kSlots - 1) + '.';
         const std::string state = key(blade + "OperState"), admin = key(blade + "AdminState");
         const std::string type = key(blade + "Type"), diagnosis = key(blade + "DiagStatus");
@@ -321,15 +327,15 @@ class Differential : public CacheTest {
         if (down(state) && down(admin)) status = 6;
         const unsigned kind = there ? code({{"FAN", 1}, {"PS", 2}, {"CPU", 3}, {"IO", 4}}, type) : 0;
         const auto sensors = [&](const char* field) { return there ? key(blade + field) : "0"; };
-        lines.push_back(line("blades 1", kSlots, kSlots, kind == 4 ? text(kSlots - 1) : "65535"));
-        for (unsigned slot = 0; slot + 1 < kSlots; ++slot)
-            lines.push_back(line("blade", slot, "0 0 0 0 0 0"));
-        lines.push_back(line("blade", kSlots - 1, kind, status, sensors("TempSensors"),
-                             sensors("VoltageSensors"), kind == 4, kind == 3));
+        tell("blades 1", kSlots, kSlots, kind == 4 ? text(kSlots - 1) : "65535");
+        for (unsigned slot = 0; slot + 1 < kSlots; ++slot) tell("blade", slot, "0 0 0 0 0 0");
+        tell("blade", kSlots - 1, kind, status, sensors("TempSensors"), sensors("VoltageSensors"), kind == 4,
+             kind == 3);
     }
 
-    void tellPorts(Lines& lines) {
+    void tellPorts() {
         std::string first;
+        unsigned members = 0;
         for (unsigned port = 0; port < kPorts; ++port) {
             const std::string oper = "Oper.UserPort.0." + text(port) + '.';
             const std::string state = key(oper + "OperState"), admin = key(oper + "AdminState");
@@ -339,38 +345,33 @@ class Differential : public CacheTest {
             if (state == "Isolated") status = down(admin) || admin == "Offline" ? 10 : 6;
             if (down(state)) status = down(admin) ? 10 : 6;
             if (state == "NotInstalled" || state == "PoweredOff") {
-                lines.push_back(line("port", port, "absent", status));
+                tell("port", port, "absent", status);
                 continue;
             }
             if (first.empty() && type != "PT") first = key(oper + "WWN");
             const unsigned code1 = code(
                 {{"G", 2}, {"GL", 3}, {"E", 4}, {"F", 5}, {"Donor", 16000}, {"TH", 16001}, {"PT", 16004}},
                 type);
-            lines.push_back(line("port", port, status, code1,
-                                 code({{"GL", 1}, {"EXG", 2}}, key(oper + "HWType")), key(oper + "WWN")));
+            tell("port", port, status, code1, code({{"GL", 1}, {"EXG", 2}}, key(oper + "HWType")),
+                 key(oper + "WWN"));
             const bool media = key(oper + "DDM.Supported") == "True";
             const std::string form = key(oper + "SFPData0_31").substr(0, 2);
             std::string serial = key(oper + "SFPSerialNumber");
             serial.erase(serial.find_last_not_of(' ') + 1);
-            lines.push_back(media ? line("transceiver", port, 1,
-                                         form == "00"   ? 2
-                                         : form == "03" ? 0
-                                                        : 1,
-                                         data.substr(10, 6), serial)
-                                  : line("transceiver", port, 0, 2, "", ""));
+            const unsigned shape = !media || form == "00" ? 2 : form == "03" ? 0 : 1;
+            tell("transceiver", port, media, shape, media ? data.substr(10, 6) : "", media ? serial : "");
             if (type == "Donor") continue;
-            lines.push_back(line("memberport", name(), port, key(oper + "WWN"), port, key(oper + "WWN")));
-            ++_members;
+            tell("memberport", name(), port, key(oper + "WWN"), port, key(oper + "WWN"));
+            ++members;
         }
         if (first.empty()) first = key("Oper.UserPort.0.0.WWN");
-        lines.push_back(line("ports 1", kPorts, first));
-        lines.push_back(
-            line("member", name(), key("Oper.Switch.DomainID"), "local", std::exchange(_members, 0), "0 0"));
+        tell("ports 1", kPorts, first);
+        tell("member", name(), key("Oper.Switch.DomainID"), "local", members, "0 0");
     }
 
-    void tellFabric(Lines& lines) {
-        lines.push_back(line("fabric", Wwn(key("Oper.Switch.WhoIsPrincipal")).tostring(), name(),
-                             key("Oper.Switch.DomainID"), 0));
+    void tellFabric() {
+        tell("fabric", Wwn(key("Oper.Switch.WhoIsPrincipal")).tostring(), name(), key("Oper.Switch.DomainID"),
+             0);
         for (unsigned domain = 1; domain < 20; ++domain) {
             const std::string record = "Oper.Eport.LsdbRecord." + text(domain),
                               ports = "Oper.TopologyAll." + text(domain);
@@ -382,37 +383,37 @@ class Differential : public CacheTest {
                 if (!port) continue;
                 ++known;
                 const std::string wwn = Wwn(*port).tostring();
-                lines.push_back(line("memberport", remote, entry, wwn, entry, wwn));
+                tell("memberport", remote, entry, wwn, entry, wwn);
             }
-            lines.push_back(line("member", remote, domain, "remote", known, "0 0"));
+            tell("member", remote, domain, "remote", known, "0 0");
         }
     }
 
     Lines oracle() {
-        Lines lines;
-        tellSwitch(lines);
-        tellBlades(lines);
-        tellPorts(lines);
-        tellFabric(lines);
-        lines.push_back(line("zoning 1 1", '"' + (_active ? _active->zonesets.begin()->first : "") + '"',
-                             _configured.zonesets.size(), _configured.zones.size(),
-                             _configured.aliases.size(), _configured.size(), 0));
-        _configured.tell("-", lines);
+        _told.clear();
+        tellSwitch();
+        tellBlades();
+        tellPorts();
+        tellFabric();
+        tell("zoning 1 1", '"' + (_active ? _active->zonesets.begin()->first : "") + '"',
+             _configured.zonesets.size(), _configured.zones.size(), _configured.aliases.size(),
+             _configured.size(), 0);
+        _configured.tell("-", _told);
         for (const auto& [zoneset, zones] : _configured.zonesets) {
-            lines.push_back("zoneset " + zoneset + " configured");
-            _configured.part(zoneset).tell(zoneset, lines);
+            tell("zoneset " + zoneset + " configured");
+            _configured.part(zoneset).tell(zoneset, _told);
         }
         if (_active) {
-            lines.push_back("zoneset " + _active->zonesets.begin()->first + " active");
-            _active->tell(_active->zonesets.begin()->first, lines);
+            tell("zoneset " + _active->zonesets.begin()->first + " active");
+            _active->tell(_active->zonesets.begin()->first, _told);
         }
-        std::sort(lines.begin(), lines.end());
-        return lines;
+        std::sort(_told.begin(), _told.end());
+        return _told;
     }
     std::string name() { return Wwn(key("Oper.Switch.WWN")).tostring(); }
 
     std::mt19937 _random;
-    unsigned _members = 0;
+    Lines _told;
     unsigned _made = 0;
     Zones _configured;
     std::optional<Zones> _active;
