@@ -9,11 +9,8 @@ using namespace datacache;
 
 namespace {
 
-using datacache::CacheReader;
-using datacache::ZoningMember;
-
-class Lines {
-  public:
+struct Lines {
+    std::vector<std::string> all;
     template <typename... Parts>
     void add(const Parts&... parts) {
         std::ostringstream line;
@@ -21,18 +18,26 @@ class Lines {
         ((line << blank << parts, blank = " "), ...);
         all.push_back(line.str());
     }
-    std::vector<std::string> all;
 };
 
-std::string text(const std::vector<ZoningMember>& members) {
+std::string text(const ZoningMember& member) {
+    return member.text;
+}
+
+std::string text(unsigned short number) {
+    return std::to_string(number);
+}
+
+template <typename Thing>
+std::string text(const std::vector<Thing>& things) {
     std::string line;
-    for (const ZoningMember& member : members) line += (line.empty() ? "" : ",") + member.text;
+    for (const Thing& thing : things) line += (line.empty() ? "" : ",") + text(thing);
     return line;
 }
 
 void addChassisAndBlades(Lines& lines, const CacheReader& cache) {
     const ChassisState& chassis = cache.chassis();
-    lines.add("chassis", chassis.loaded, numbers(chassis.switchFaults));
+    lines.add("chassis", chassis.loaded, text(chassis.switchFaults));
     for (unsigned i = 0; i < chassis.powerSupplyCount; ++i)
         lines.add("supply", i, chassis.powerSupplyStatus[i]);
     for (unsigned i = 0; i < chassis.fanCount; ++i) lines.add("fan", i, chassis.fanStatus[i]);
@@ -68,7 +73,7 @@ void addFabric(Lines& lines, const CacheReader& cache) {
     const FabricCache& fabric = cache.fabric();
     lines.add("fabric", fabric.getFabricWwn(), fabric._local_switch_wwn.tostring(),
               int{cache->getRootSwitchDomainID()}, fabric.getOperatingMode());
-    const auto first = static_cast<std::ptrdiff_t>(lines.all.size());
+
     for (const SwitchCache* s = fabric.getFirstSwitch(); s != nullptr; s = fabric.getNextSwitch(s)) {
         lines.add("member", s->getWwn(), int{s->getDomainID()}, s->isLocal() ? "local" : "remote",
                   s->getPortCount(), int{s->getManagementServerErrors()}, s->isManagementServerGivenUp());
@@ -78,7 +83,6 @@ void addFabric(Lines& lines, const CacheReader& cache) {
                       cache->calcPortWwn(s->getWwn(), std::to_string(port.getPortIndex())));
         }
     }
-    std::sort(lines.all.begin() + first, lines.all.end());  // not in the order in which the cache met them
 }
 
 void addZoning(Lines& lines, const CacheReader& cache) {
@@ -100,22 +104,17 @@ void addZoning(Lines& lines, const CacheReader& cache) {
 
 }  // namespace
 
-std::string numbers(const std::vector<unsigned short>& values) {
-    std::string line;
-    for (const unsigned value : values) line += (line.empty() ? "" : ",") + std::to_string(value);
-    return line;
-}
-
 std::vector<std::string> cacheState() {
     const CacheReader cache;
     Lines lines;
     const SwitchState& local = cache.localSwitch();
-    lines.add("switch", local.loaded, cache->getRootSwitchWwn(), numbers(local.operationalStatus),
+    lines.add("switch", local.loaded, cache->getRootSwitchWwn(), text(local.operationalStatus),
               local.transparent, local.fcoe, local.ethernetPassthrough);
     addChassisAndBlades(lines, cache);
     addPorts(lines, cache);
     for (const std::string& account : cache.accounts()) lines.add("account", account);
     addFabric(lines, cache);
     addZoning(lines, cache);
+    std::sort(lines.all.begin(), lines.all.end());  // not in the order in which the cache met them
     return lines.all;
 }

@@ -8,6 +8,3 @@
  * present 2 ..."). Asks the switch library for the zoning's objects.
  */
 std::vector<std::string> cacheState();
-
-/** The numbers, joined by ",". */
-std::string numbers(const std::vector<unsigned short>& values);
