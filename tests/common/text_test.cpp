@@ -26,8 +26,7 @@ TEST(Text, WritesBytesAsDigits) {
 
 TEST(Text, ConvertsToUpperCaseInPlace) {
     char text[] = "10:00:aB\xe4z";
-    EXPECT_EQ(toUpper(text), text);
-    EXPECT_STREQ(text, "10:00:AB\xe4Z");
+    EXPECT_STREQ(toUpper(text), "10:00:AB\xe4Z");
     EXPECT_EQ(toUpper(nullptr), nullptr);
     EXPECT_STREQ(booltostr(true), "true");
     EXPECT_STREQ(booltostr(false), "false");
