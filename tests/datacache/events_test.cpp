@@ -200,7 +200,9 @@ TEST_F(Events, MessageThrownByALoaderSkipsTheRestAndIsRetried) {
 }
 
 TEST_F(Events, EventWhoseDispatchThrowsStaysAtTheHead) {
+    cache().updateZoning();
     EXPECT_THROW(dispatch(40, "x temp sensor reading is out of range, it is too high)"), std::out_of_range);
+    EXPECT_EQ(takeEvaluationRequests(), 0);
     throwAtNext(DCEventCIMChange::TYPE);
     sim.raise(78, {0, 0, 0}, "");
     sim.raise(78, {0, 0, 1}, "");

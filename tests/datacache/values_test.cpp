@@ -70,14 +70,6 @@ TEST(AccountChanges, CountOccurrences) {
     }
 }
 
-TEST(FabricLists, SplitsAtCommas) {
-    const std::pair<const char*, std::vector<std::string>> cases[] = {
-        {"", {}},      {"7", {"7"}},         {"1,2", {"1", "2"}}, {"1,2,", {"1", "2", ""}},
-        {",1", {"1"}}, {"1,,2", {"1", "2"}}, {",", {""}},         {" 1 , 2", {" 1 ", " 2"}},
-    };
-    for (const auto& [text, fields] : cases) EXPECT_EQ(CachePeer::parseSMLList(text), fields) << text;
-}
-
 TEST(MediaData, IsCleanedAndReadByPosition) {
     const std::pair<const char*, const char*> serials[] = {
         {"    ", ""},
