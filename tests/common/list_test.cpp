@@ -79,7 +79,7 @@ TEST(List, FindsByIdAndCountsIdsRoundTheSentinels) {
     list.add(element(2));
     EXPECT_EQ(list.find(65535), list.get_first());
     EXPECT_EQ(list.find(2), list.get_last());
-    for (const unsigned short none : {0, 1, 3}) EXPECT_EQ(list.find(none), nullptr);
+    for (const uint16_t none : {uint16_t{0}, uint16_t{1}, uint16_t{3}}) EXPECT_EQ(list.find(none), nullptr);
     EXPECT_EQ(list.remove(9), nullptr);
     const std::unique_ptr<E> removed(list.remove(65535));
     EXPECT_THAT(values(list), ElementsAre(2));

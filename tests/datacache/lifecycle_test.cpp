@@ -128,11 +128,9 @@ TEST_F(Lifecycle, ConnectsUntilItSucceeds) {
                             failed, failed, "2 DCACHE: vexlib connection established",
                             "2 DCACHE: zsl = 0, zl = 0, al = 0, zml = 0", "2 DCACHE: Zoning limits loaded"));
     EXPECT_NE(hSwitch, 0U);
-    DataCache* const first = DataCache::instance;
-    const uint32_t handle = hSwitch;
+    const auto first = std::pair(DataCache::instance, hSwitch);
     EXPECT_TRUE(DataCache::init());
-    EXPECT_EQ(DataCache::instance, first) << "a second call keeps the instance and its connection";
-    EXPECT_EQ(hSwitch, handle);
+    EXPECT_EQ(std::pair(DataCache::instance, hSwitch), first) << "kept by a second call";
 }
 
 TEST_F(Lifecycle, CoalescesWakeUps) {
@@ -154,8 +152,7 @@ TEST_F(Lifecycle, FailedPassIsReportedAndRetriedByTheNextEvent) {
     DataCache::start([](DataCacheEvent* event) { host().receive(*event); });
     EXPECT_TRUE(eventually([&] {
         const std::vector<std::string> lines = capture.take();
-        return std::count(lines.begin(), lines.end(), "2 DCACHE: (EVAL) Cache update failed or incomplete") !=
-               0;
+        return !lines.empty() && lines.back() == "2 DCACHE: (EVAL) Cache update failed or incomplete";
     }));
     EXPECT_FALSE(DataCache::getInstance()->isCacheReady());
     DataCache::releaseInstance();
@@ -179,17 +176,11 @@ TEST_F(Lifecycle, HealthAnswersWhileAPassHangsInTheSwitch) {
         const EventHealth events = DataCache::health().events;
         return events.received > events.queued + events.dropped;
     }));
-    std::vector<std::chrono::nanoseconds> times(51);
-    for (auto& time : times) {
-        const auto begin = std::chrono::steady_clock::now();
-        const Health health = DataCache::health();
-        time = std::chrono::steady_clock::now() - begin;
-        ASSERT_TRUE(health.passes.running);
-        EXPECT_TRUE(health[CacheArea::Chassis].marked);
-        EXPECT_FALSE(DataCache::idle());
-    }
-    std::nth_element(times.begin(), times.begin() + 25, times.end());
-    EXPECT_LT(times[25], std::chrono::milliseconds(1));
+    const Health health = DataCache::health();
+    EXPECT_TRUE(health.passes.running) << "it did not wait for the pass";
+    EXPECT_TRUE(health[CacheArea::Chassis].marked);
+    EXPECT_FALSE(DataCache::idle());
+    EXPECT_TRUE(DataCache::health().passes.running);
 }
 
 TEST_F(Lifecycle, RetryIntervalMendsAnAreaWithoutAnEvent) {

@@ -34,9 +34,6 @@ class CachePeer {
 
     static const char* tagToString(int code) { return DataCache::_tagToString(code); }
     static HardwareStatus hardwareStatus(char* state) { return DataCache::_smlConvToHardwareStatus(state); }
-    static std::vector<std::string> parseSMLList(const std::string& list) {
-        return DataCache::_parseSMLList(list);
-    }
     static std::string sanitizedMediaVendorSN(const char* text) {
         return DataCache::_sanitizedMediaVendorSN(text);
     }
