@@ -42,11 +42,11 @@ inline std::string joined(const std::vector<std::string>& lines) {
 
 class HostTest : public ::testing::Test {
   protected:
-    /** What the tool prints, errors last, until it ends with this status. */
+    /** What a program prints, errors last, until it ends with this status. */
     static std::string told(int status, const std::vector<std::string>& arguments,
-                            const char* outputFile = nullptr) {
-        Tool tool(HOST_TOOL, arguments, outputFile);
-        EXPECT_EQ(tool.finish(), status) << joined(tool.output) << tool.errors;
+                            const char* program = HOST_TOOL, const char* outputFile = nullptr) {
+        Tool tool(program, arguments, outputFile);
+        EXPECT_EQ(tool.finish(), status) << joined(tool.output) << tool.errors.substr(0, 4000);
         return joined(tool.output) + tool.errors;
     }
 

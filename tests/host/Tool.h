@@ -15,8 +15,6 @@ class Tool {
          const char* outputFile = nullptr);
     /** Kills it if it has not ended. */
     ~Tool();
-    Tool(const Tool&) = delete;
-    Tool& operator=(const Tool&) = delete;
 
     /** The next line of standard output without its line end; false at its end. */
     bool readLine(std::string& line);

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -24,19 +25,16 @@ TEST_F(HostTest, RunPrintsEventsAndThenTheState) {
 TEST_F(HostTest, JsonIsOneObjectALine) {
     Tool tool(HOST_TOOL, {"run", "--json", "--switch", switchFile, "--scenario", scenario});
     EXPECT_EQ(tool.finish(), 0) << tool.errors;
-    bool pulled = false;
+    std::map<std::string, nlohmann::json> last;  // of each class of event and area
     for (const std::string& line : tool.output) {
         const nlohmann::json object = nlohmann::json::parse(line);
-        if (object.contains("area")) {
-            if (object["area"] != "chassis") continue;
-            EXPECT_EQ(object["powerSupplies"][0]["status"]["code"], 3);
-        } else {
-            EXPECT_THAT(object.at("time").get<std::string>(),
-                        MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}\\.[0-9]{3}[+-][0-9]{2}:[0-9]{2}"));
-            pulled = pulled || (object.at("class") == "DCEventPowerSupplyRemove" && object.at("index") == 1);
-        }
+        last[object.at(object.contains("area") ? "area" : "class")] = object;
     }
-    EXPECT_TRUE(pulled);
+    EXPECT_EQ(last["chassis"]["powerSupplies"][0]["status"]["code"], 3);
+    const nlohmann::json& pulled = last["DCEventPowerSupplyRemove"];
+    EXPECT_EQ(pulled.at("index"), 1);
+    EXPECT_THAT(pulled.at("time").get<std::string>(),
+                MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}\\.[0-9]{3}[+-][0-9]{2}:[0-9]{2}"));
 }
 
 TEST_F(HostTest, AnInterruptEndsARunWithTheState) {
