@@ -165,10 +165,10 @@ TEST_F(Events, MediaEventsThatSayTooLittleOrTooMuchChangeNothing) {
     EXPECT_EQ(log().size(), 8U) << "no remark";
     EXPECT_EQ(media("0"), "0 00AABB SIM0000000000000");
     EXPECT_FALSE(cache().workToDo()) << "no scan follows";
-    dispatch(76, "9;9;9;3;1;4161;0123456789ABCDEF;257");  // 4161 is 4096 + 65
-    EXPECT_EQ(media("3"), "1 A 0123456789ABCDEF") << "OUI and format are cut to a byte";
-    dispatch(76, "9;9;9;3;0;65;0123456789ABCDEF;1");
-    EXPECT_EQ(media("3"), "2  ") << "presence 0 resets";
+    dispatch(76, "9;9;9;0;1;4161;0123456789ABCDEF;257");  // 4161 is 4096 + 65
+    EXPECT_EQ(media("0"), "1 A 0123456789ABCDEF") << "OUI and format are cut to a byte";
+    dispatch(76, "9;9;9;0;0;65;0123456789ABCDEF;1");
+    EXPECT_EQ(media("0"), "2  ") << "presence 0 resets";
     dispatch(76, "9;9;9;255;1;65;0123456789ABCDEF;1");
     EXPECT_TRUE(CacheReader().transceivers().mediaPresent[255]);
 }

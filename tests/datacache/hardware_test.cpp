@@ -109,7 +109,8 @@ TEST_F(Blades, BeyondTheLastEntryBladesThrowAndOtherPartsOnlyCount) {
         EXPECT_TRUE(lockIsFree());
         EXPECT_TRUE(cache().workToDo());
         load(chassis(32, "{slot = 31, type = '" + type + "'}"));
-        EXPECT_TRUE(reload()) << "the last entry";
+        EXPECT_TRUE(reload());
+        EXPECT_NE(state().kind[31], 0) << "the last entry";
     }
     start(chassis(202, "{slot = 200, type = 'FAN'}, {slot = 201, type = 'PS', temp_sensors = 3}"));
     EXPECT_EQ(DataCache::health().capacity.slotsBeyond, 170U);
