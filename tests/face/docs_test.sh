@@ -10,9 +10,10 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 
-# A tree as a reader has it: the examples, and the tools where the build puts them.
+# A tree as a reader has it: the examples, a recording, and the tools where the build puts them.
 mkdir -p build/dev/bin blocks
 ln -s "$sources/examples" examples
+ln -s "$sources/tests/recording/data/x86.jsonl" switch.jsonl
 for tool in datacache-host datacache-mkswitch; do
     printf '#!/bin/sh\nexec %s "%s/%s" "$@"\n' "$*" "$bin" "$tool" > "build/dev/bin/$tool"
 done
