@@ -10,9 +10,10 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 
-# A tree as a reader has it: the examples, and the tools where the build puts them.
+# A tree as a reader has it: the examples, a recording, and the tools where the build puts them.
 mkdir -p build/dev/bin blocks
 ln -s "$sources/examples" examples
+ln -s "$sources/tests/recording/data/x86.jsonl" switch.jsonl
 for tool in datacache-host datacache-mkswitch; do
     printf '#!/bin/sh\nexec %s "%s/%s" "$@"\n' "$*" "$bin" "$tool" > "build/dev/bin/$tool"
 done
@@ -21,9 +22,6 @@ if ! command -v dot > /dev/null; then  # of the package graphviz; without it, it
 fi
 chmod +x build/dev/bin/*
 export PATH=$work/build/dev/bin:$PATH
-
-# What a reader brought home from a switch.
-datacache-host show switch --switch examples/blade-module.toml --record switch.jsonl > recorded.log
 
 # Each block becomes a script, and what a "$ " command prints a file beside it.
 "$work/build/dev/bin/datacache-host" --help | sed -n 's/^  datacache-host/\n    &/p' | sed 's/^      /    /' > help.md

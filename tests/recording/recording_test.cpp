@@ -141,11 +141,14 @@ TEST_F(Recordings, HoldEveryByteAndChangeNone) {
         vex_smlrequest_s keys[3] = {
             {"Oper.Switch.WWN", "x", 7}, {"Oper.Switch.Model", "", 0}, {"no.such", "", 0}};
         std::string all;
-        for (const auto& call : {vex_smlGetBatch, vex_smlSetBatch}) {
-            errno = 77;
-            all += std::to_string(call(handle, keys, 3)) + ' ' + std::to_string(errno);
+        const auto add = [&](int32_t result) {
+            all += std::to_string(result) + ' ' + std::to_string(errno);
             all.append(reinterpret_cast<const char*>(keys), sizeof keys);
-        }
+        };
+        errno = 77;
+        add(vex_smlGetBatch(handle, keys, 3));
+        errno = 78;
+        add(vex_smlSetBatch(handle, keys, 3));
         char* value = nullptr;
         uint32_t extra = 9;
         all += std::to_string(vex_smlGet(handle, "Oper.Switch.DomainID", &value, &extra));
