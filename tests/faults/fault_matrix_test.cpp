@@ -23,7 +23,7 @@
  *     [operation]
  *     call and ways to fail: what is different from the run without a failure
  *
- * where "call" stands for all results, "key" for all statuses and a star for any call, with F for the call,
+ * where "call" stands for all results, "key" for all statuses and "any" for any call, with F for the call,
  * K for the key, R for the result or status, and # for numbers. Equal lines are shown once. A run with
  * FAULT_MATRIX_WRITE=1 writes the file anew; read what git then shows.
  */
@@ -438,8 +438,9 @@ class FaultMatrix : public CacheTest {
                 expectNoLeak(failing.calls);
                 if (HasFailure()) return;
                 if (loads && (fault.value || operation.name == kFirstLoad)) continue;
+                if (operation.alike)
+                    text = text.empty() ? "nothing of " + call.function : replaced(text, call.function, "F");
                 if (text == known || text.empty()) continue;
-                if (operation.alike) text = replaced(text, call.function, "F");
                 Lines& names = ways[text];  // "call" and "key" stand for all of theirs
                 const std::string kind = fault.name.substr(0, fault.name.find('='));
                 if (std::count(names.begin(), names.end(), kind) == 0 &&
@@ -449,7 +450,7 @@ class FaultMatrix : public CacheTest {
                     failEach(operation, good, before, failing, index + 1, all, text, deeper);
             }
             const std::string name =
-                std::string(faults.size() * 2, ' ') + (operation.alike ? "*" : shortName(call)) + ' ';
+                std::string(faults.size() * 2, ' ') + (operation.alike ? "any" : shortName(call)) + ' ';
             for (const auto& [text, names] : ways) {
                 const std::string line = name + joined(names, ",") + ": " + text;
                 if (std::count(table.begin(), table.end(), line) == 0) table.push_back(line);
