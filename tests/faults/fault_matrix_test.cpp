@@ -36,37 +36,20 @@ using Lines = std::vector<std::string>;
 using Calls = std::vector<vexsim::Call>;
 
 constexpr const char* kSwitch = R"(
+switch = {wwn = "1000001122AABBCC"}
+accounts = {users = ["admin", "guest"]}
+chassis = {power_supplies = 1, fans = 1, slots = 2, enhanced_fault_monitoring = true}
 blade = [{slot = 0, type = "CPU"}, {slot = 1, type = "IO"}]
+ports = {count = 2}
 name_server = [{port = 3, wwns = ["2100001122000001", "2100001122000002"]}]
-[switch]
-wwn = "1000001122AABBCC"
-[accounts]
-users = ["admin", "guest"]
-[chassis]
-power_supplies = 1
-fans = 1
-slots = 2
-enhanced_fault_monitoring = true
-[ports]
-count = 2
 [fabric]
 switch = [{domain = 7, wwn = "1000001122000007", ports = 2}, {domain = 8, wwn = "1000001122000008"}]
 [zoning]
 active = "alpha"
 alias = [{name = "a1", members = ["2000001122000001"]}]
-zone = [
-    {name = "z1", members = ["2000001122000003", "a1"]},
-    {name = "z2", type = "HardACL", members = ["1,2"]}
-]
+zone = [{name = "z1", members = ["2000001122000003", "a1"]}, {name = "z2", type = "HardACL", members = ["1,2"]}]
 zoneset = [{name = "alpha", zones = ["z1"]}, {name = "beta", zones = ["z1"]}]
-[zoning.limits]
-zonesets = 20
-zones = 20
-members = 400
-zones_per_zoneset = 20
-members_per_zone = 20
-aliases = 20
-members_per_alias = 20
+limits = {zonesets = 20, zones = 20, members = 400, zones_per_zoneset = 20, members_per_zone = 20, aliases = 20, members_per_alias = 20}
 )";
 
 const char* const kFirstLoad = "first load";

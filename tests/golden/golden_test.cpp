@@ -197,7 +197,7 @@ std::string Golden::carryOut(const std::string& command, Words words) {
     } else if (command == "show") {
         std::ostringstream out;
         host::printAreas(out, host::readAreas(words[0]), false);
-        return out.str();
+        return out.str().substr(out.str().find('\n') + 1);  // its heading is the command
     } else if (const auto request = kRequests.find(command); request != kRequests.end()) {
         (cache().*request->second)();
     } else if (const auto configure = kCommands.find(command); configure != kCommands.end()) {
