@@ -30,10 +30,9 @@ char* escape(char* to, std::string_view bytes) {
             *to++ = '\\';
             *to++ = one;
         } else {
-            std::memcpy(to, "\\u00", 4);
-            to[4] = kDigits[byte >> 4];
-            to[5] = kDigits[byte & 0xf];
-            to += kLongestEscape;
+            to = std::copy_n("\\u00", 4, to);
+            *to++ = kDigits[byte >> 4];
+            *to++ = kDigits[byte & 0xf];
         }
     }
     *to++ = '"';

@@ -78,7 +78,7 @@ std::string RecordFile::readSettings() {
 std::string RecordFile::start(const std::string& path) {
     restart();
     _settings.path = path;
-    const std::string why = readSettings();
+    std::string why = readSettings();
     if (!why.empty()) return why;
     const int error = make(path, O_TRUNC);
     return error == 0 ? "" : path + ": " + std::strerror(error);

@@ -26,7 +26,10 @@ bool isSecretWord(std::string_view word) {
 /** Differs from process to process, so that masks cannot be looked up in a list of usual names. */
 uint64_t salt() {
     uint64_t random = 0;
-    const auto* const bytes = reinterpret_cast<const void*>(getauxval(AT_RANDOM));
+    const unsigned long address = getauxval(AT_RANDOM);
+    const void* bytes = nullptr;
+    static_assert(sizeof bytes == sizeof address);
+    std::memcpy(&bytes, &address, sizeof bytes);
     if (bytes != nullptr) std::memcpy(&random, bytes, sizeof random);
     return random;
 }
