@@ -3,9 +3,11 @@
 #include <cstdlib>
 #include <new>
 
+#include "common/export.h"
 #include "simulator/Simulator.h"
 
-// What is linked into the test program asks these for memory; see the link options of test_support.
+// What is linked into the test program asks these for memory; see the link options of test_support. They are
+// exported, because the linker would also have the shared libraries beside the program find them.
 extern "C" {
 void* __real_calloc(size_t count, size_t size);
 void* __real_realloc(void* block, size_t size);
@@ -54,15 +56,15 @@ void operator delete(void* block, size_t) noexcept {
 }
 
 extern "C" {
-void* __wrap_calloc(size_t count, size_t size) {
+DC_EXPORT void* __wrap_calloc(size_t count, size_t size) {
     return fails() ? nullptr : __real_calloc(count, size);
 }
-void* __wrap_realloc(void* block, size_t size) {
+DC_EXPORT void* __wrap_realloc(void* block, size_t size) {
     if (fails()) return nullptr;
     if (block != nullptr && watched()) ++freed;
     return __real_realloc(block, size);
 }
-void __wrap_free(void* block) {
+DC_EXPORT void __wrap_free(void* block) {
     release(block);
 }
 }
