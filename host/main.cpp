@@ -1,9 +1,15 @@
 // datacache-host: runs the cache from the command line.
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -63,15 +69,38 @@ void recordCalls(void* provider, const std::string& path) {
     }
 }
 
+/**
+ * Records into a file that has no name once it is open, so that nothing of it is left behind however the
+ * process ends. Returns a path by which this process can read it.
+ */
+std::string recordOwnCalls(void* provider) {
+    const std::string path = std::filesystem::temp_directory_path() / "datacache-host-XXXXXX";
+    std::vector<char> name(path.c_str(), path.c_str() + path.size() + 1);
+    const int file = mkostemp(name.data(), O_CLOEXEC);
+    if (file == -1) throw HostInputError("datacache-host: " + path + ": " + std::strerror(errno));
+    const auto removal = [](const char* made) { unlink(made); };
+    const std::unique_ptr<const char, decltype(removal)> removed(name.data(), removal);
+    recordCalls(provider, name.data());
+    return "/proc/self/fd/" + std::to_string(file);
+}
+
 /** Loads the shared object that provides vexlib, for all to use. Returns dlopen's handle; throws
  * HostInputError. */
-void* loadProvider(const CommandLine& line) {
+void* loadProvider(CommandLine& line) {
     const std::string chosen = providerPath(line);
-    void* const provider = load(chosen, RTLD_NOW | (line.record.empty() ? RTLD_GLOBAL : RTLD_LOCAL));
+    const bool needsRecording =
+        line.request.command == HostRequest::Capture || line.request.command == HostRequest::Report;
+    const bool recorded = needsRecording || !line.record.empty();
+    void* const provider = load(chosen, RTLD_NOW | (recorded ? RTLD_LOCAL : RTLD_GLOBAL));
     if (dlsym(provider, "vex_IPConnect") == nullptr) {
         throw HostInputError("datacache-host: " + chosen + " does not provide vexlib (no vex_IPConnect)");
     }
-    if (!line.record.empty()) recordCalls(provider, line.record);
+    if (!line.record.empty()) {
+        recordCalls(provider, line.record);
+        line.request.recording = line.record;
+    } else if (needsRecording) {
+        line.request.recording = recordOwnCalls(provider);
+    }
     return provider;
 }
 
@@ -245,7 +274,7 @@ int main(int argc, char** argv) {
     using namespace host;
     try {
         int status = EXIT_DONE;
-        const std::optional<CommandLine> line = readCommandLine(argc, argv, status);
+        std::optional<CommandLine> line = readCommandLine(argc, argv, status);
         if (!line) {
             if (std::cout.flush()) return status;
             std::cerr << "datacache-host: standard output cannot be written" << std::endl;

@@ -25,7 +25,7 @@ enum ExitStatus {
 
 /** What the user asked for. */
 struct HostRequest {
-    enum Command { Run, Show, Graph, Zone, Config } command = Run;
+    enum Command { Run, Show, Graph, Zone, Config, Capture, Report } command = Run;
 
     std::string switchFile;  ///< required with the simulated switch, impossible without
     std::string scenario;
@@ -39,6 +39,8 @@ struct HostRequest {
     std::string area;                   ///< Show: one of kAreaNames, or "all"
     std::vector<Statement> statements;  ///< Zone, Config
     bool keepGoing = false;             ///< Zone, Config: also after a statement that was not done
+    std::string output;                 ///< Capture, Report: the file to write
+    std::string recording;              ///< Capture, Report: where the calls of this process are recorded
 };
 
 /** The areas that the tool shows, in the order in which it prints them all. */
