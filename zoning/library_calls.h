@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -13,6 +14,17 @@ namespace datacache {
  * How zoning speaks with the switch library: names read with a bound, and one table each for the calls that
  * zones and aliases have alike, so that what is done to both is written once.
  */
+
+/**
+ * Walks that go on after an entry that is missing ask for so many at most, whatever the count says: far more
+ * than any fabric has, and few enough that a wild count does not keep the access lock for hours. A commit
+ * refuses such a container.
+ */
+constexpr int32_t kMostEntries = 65536;
+
+inline int32_t entriesOf(int32_t count) {
+    return std::min(count, kMostEntries);
+}
 
 /** A host's name; none counts as an empty one. */
 inline const char* given(const char* name) {

@@ -18,10 +18,11 @@ struct Inconsistent : NORV_Except {
     const char* call;
 };
 
-/** Counts what an object holds. A count that fails is inconsistent: to send less would erase the rest. */
+/** Counts what an object holds. A count that fails, or a wild one, is inconsistent: to send less would erase
+ * the rest. */
 int32_t counted(const LibraryCall<int32_t, void*>& count, void* object, int line) {
     const int32_t result = count(object);
-    if (result < 0) throw Inconsistent(line, count.name);
+    if (result < 0 || result > kMostEntries) throw Inconsistent(line, count.name);
     return result;
 }
 

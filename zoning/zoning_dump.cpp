@@ -7,7 +7,7 @@ using namespace datacache;
 namespace {
 
 void dumpMembers(const ContainerCalls& calls, void* container) {
-    const int32_t count = calls.memberCount(container);
+    const int32_t count = entriesOf(calls.memberCount(container));
     for (int32_t i = 0; i < count; ++i) {
         char text[256] = {};
         ZoneMemberToString(text, calls.listMembers(container, i));
@@ -16,7 +16,7 @@ void dumpMembers(const ContainerCalls& calls, void* container) {
 }
 
 void dumpZones(void* zoneset) {
-    const int32_t count = vex_ZonesetGetZoneCount(zoneset);
+    const int32_t count = entriesOf(vex_ZonesetGetZoneCount(zoneset));
     for (int32_t i = 0; i < count; ++i) {
         void* zone = vex_ZonesetListZones(zoneset, i);
         std::string name;
@@ -35,7 +35,7 @@ void dumpZones(void* zoneset) {
 
 /** Required: prints the members of all aliases and not the names of the aliases. */
 void dumpAliases(void* uber) {
-    const int32_t count = kAliasCalls.countIn(uber);
+    const int32_t count = entriesOf(kAliasCalls.countIn(uber));
     for (int32_t i = 0; i < count; ++i) {
         void* alias = vex_ZonesetListAliases(uber, i);
         std::string name;

@@ -18,7 +18,7 @@ int32_t plus(int32_t sum, int32_t count) {
 /** Members of the aliases that a zone names as its members. */
 int32_t membersThroughAliases(void* uber, void* zone, int32_t members) {
     int32_t sum = 0;
-    for (int32_t i = 0; i < members; ++i) {
+    for (int32_t i = 0; i < entriesOf(members); ++i) {
         void* member = vex_ZoneListMembers(zone, i);
         vex_fzs_zonemember_type_e type = VEX_ZMT_UNKNOWN;
         vex_memberid_u id{};
@@ -64,7 +64,7 @@ int ZoningCache::updateZoningCounts() {
         }));
     _memberCount = 0;
     _zoneCount = kZoneCalls.countIn(_uberZoneset);
-    for (int32_t i = 0; i < _zoneCount; ++i) {
+    for (int32_t i = 0; i < entriesOf(_zoneCount); ++i) {
         void* zone = vex_ZonesetListZones(_uberZoneset, i);
         if (zone == nullptr) continue;
         const int32_t members = vex_ZoneGetMemberCount(zone);
@@ -74,7 +74,7 @@ int ZoningCache::updateZoningCounts() {
     // Required: the members of an alias count here once more, after each zone that names it; the member limit
     // is measured against this generous count.
     _aliasCount = kAliasCalls.countIn(_uberZoneset);
-    for (int32_t i = 0; i < _aliasCount; ++i) {
+    for (int32_t i = 0; i < entriesOf(_aliasCount); ++i) {
         void* alias = vex_ZonesetListAliases(_uberZoneset, i);
         if (alias != nullptr) _memberCount = plus(_memberCount, vex_ZoneAliasGetMemberCount(alias));
     }

@@ -63,6 +63,23 @@ TEST_F(ZoningLoad, WithoutTheActiveZonesetStillTellsOfTheChange) {
     EXPECT_EQ(zoning().getActiveZoneset(), nullptr) << "it counts as loaded";
 }
 
+TEST_F(ZoningLoad, EndsSoonWhenACountIsWild) {
+    start();
+    for (const char* count : {"ZonesetGetZone", "ZonesetGetAlias", "ZoneGetMember", "ZoneAliasGetMember"}) {
+        const auto wild = [&] {
+            fault(std::string("result = 2147483647\nfunction = 'vex_") + count + "Count'");
+        };
+        wild();
+        cache().reloadZoning();
+        EXPECT_TRUE(refresh());
+        wild();
+        zoning().dump();
+        wild();
+        zoning().replaceZoningDB();
+        EXPECT_THAT(log(), Contains(HasSubstr("Internal consistency error"))) << "of " << count;
+    }
+}
+
 TEST_F(ZoningLoad, SurvivesZonesetsThatTakeEachOthersPlace) {
     start();
     const std::string before = shown();
