@@ -279,15 +279,19 @@ class FaultMatrix : public CacheTest {
     static std::string shortName(const vexsim::Call& call) {
         const std::string name = call.function.substr(4) + (call.detail.empty() ? "" : ' ' + call.detail);
         if (!isSml(call)) return name;
+        static std::map<std::string, std::string> known;
+        std::string& shorter = known[name];
         const auto more = std::count(name.begin(), name.end(), ',');
-        static const std::regex number("\\.\\d+");
-        return std::regex_replace(name.substr(0, name.find(',')), number, ".#") +
-               (more == 0 ? "" : " +" + std::to_string(more));
+        if (shorter.empty())
+            shorter = replaced(name.substr(0, name.find(',')), "\\.\\d+", ".#") +
+                      (more == 0 ? "" : " +" + std::to_string(more));
+        return shorter;
     }
 
     static std::string normal(std::string text, const std::vector<Fault>& faults) {
         for (const Fault& fault : faults) {
-            if (!fault.key.empty()) text = replaced(text, "\\b" + fault.key + "\\b", "K");
+            if (!fault.key.empty() && has(text, fault.key.c_str()))
+                text = replaced(text, "\\b" + fault.key + "\\b", "K");
             if (fault.value) continue;
             std::ostringstream number;
             number << fault.number.substr(fault.number[0] == '-' ? 1 : 0) << '|' << std::hex
@@ -296,7 +300,7 @@ class FaultMatrix : public CacheTest {
                 replaced(text, "(\\b0x|-?\\b)(" + number.str() + ")\\b", &fault == &faults[0] ? "R" : "R2");
         }
         if (has(text, "Zon")) text = replaced(text, "\\[\\d+", "[#");  // lines of the source
-        return replaced(text, "#+", "#");
+        return has(text, "##") ? replaced(text, "#+", "#") : text;
     }
 
     std::string effect(const Seen& good, const Seen& run, const Lines& before,
