@@ -4,7 +4,8 @@
  * Thread-safety annotations, checked by clang's -Wthread-safety and invisible to every other compiler.
  *
  * A POSIX mutex with a fixed, exported name cannot be annotated itself, so each lock has a token (LockToken)
- * that stands for it in annotations; the RAII guard of that lock is the only code that joins the two.
+ * that stands for it in annotations; the RAII guard of that lock is the only code that joins the two. Each
+ * such guard is a class of its own, as the analysis cannot follow a lock that is a template's argument.
  */
 #if defined(__clang__)
 #define DC_ATTRIBUTE(x) __attribute__((x))

@@ -6,16 +6,6 @@ namespace datacache {
 
 namespace {
 
-pthread_mutex_t healthMutex = PTHREAD_MUTEX_INITIALIZER;
-
-class DC_SCOPED_CAPABILITY HealthGuard {
-  public:
-    HealthGuard() DC_ACQUIRE(healthLock) { pthread_mutex_lock(&healthMutex); }
-    ~HealthGuard() DC_RELEASE() { pthread_mutex_unlock(&healthMutex); }
-    HealthGuard(const HealthGuard&) = delete;
-    HealthGuard& operator=(const HealthGuard&) = delete;
-};
-
 Duration since(std::chrono::steady_clock::time_point begin) {
     return std::chrono::duration_cast<Duration>(std::chrono::steady_clock::now() - begin);
 }
@@ -39,31 +29,31 @@ HealthMonitor& HealthMonitor::instance() {
 }
 
 Health HealthMonitor::copy() {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     return _health;
 }
 
 void HealthMonitor::reset() {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     _health = {};
     for (AreaHealth& area : _health.areas) area.marked = true;  // as everything is at first
 }
 
 void HealthMonitor::connecting(int32_t result, bool connected) {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     ++_health.connection.attempts;
     _health.connection.lastResult = result;
     _health.connection.connected = connected;
 }
 
 void HealthMonitor::mark(CacheArea area) {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     _health[area].marked = true;
     _health[area].upToDate = false;
 }
 
 void HealthMonitor::beginPass() {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     _health.passes.running = true;
     _health.passes.runningSince = std::chrono::system_clock::now();
     _passBegan = Clock::now();
@@ -73,7 +63,7 @@ void HealthMonitor::beginPass() {
 }
 
 void HealthMonitor::endPass() {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     PassHealth& passes = _health.passes;
     ++passes.count;
     passes.running = false;
@@ -87,40 +77,40 @@ void HealthMonitor::endPass() {
 }
 
 void HealthMonitor::received() {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     ++_health.events.received;
 }
 
 void HealthMonitor::dropped() {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     ++_health.events.dropped;
 }
 
 void HealthMonitor::accepted() {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     ++_health.events.queued;
 }
 
 void HealthMonitor::queued() {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     EventHealth& events = _health.events;
     ++events.waiting;
     events.mostWaiting = std::max(events.mostWaiting, events.waiting);
 }
 
 void HealthMonitor::dispatched() {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     if (_health.events.waiting != 0) --_health.events.waiting;
 }
 
 bool HealthMonitor::noEventWaits() {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     const EventHealth& events = _health.events;
     return events.waiting == 0 && events.received == events.queued + events.dropped;
 }
 
 bool HealthMonitor::anyAreaStale() {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     for (size_t i = 0; i < kCacheAreas; ++i) {
         if (i != static_cast<size_t>(CacheArea::Accounts) && !_health.areas[i].upToDate) return true;
     }
@@ -128,41 +118,41 @@ bool HealthMonitor::anyAreaStale() {
 }
 
 void HealthMonitor::domainList(bool full) {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     _health.capacity.domainListFull = full;
     _health.capacity.portEntriesBeyond = 0;  // which the rest of the load counts anew
     _health.capacity.switchesGivenUp = 0;
 }
 
 void HealthMonitor::portEntriesBeyond(uint32_t entries) {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     _health.capacity.portEntriesBeyond += entries;
 }
 
 void HealthMonitor::switchGivenUp() {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     ++_health.capacity.switchesGivenUp;
 }
 
 void HealthMonitor::localPorts(int64_t beyond) {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     _health.capacity.localPortsBeyond = excess(beyond);
 }
 
 void HealthMonitor::slots(int64_t beyond) {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     _health.capacity.slotsBeyond = excess(beyond);
 }
 
 void HealthMonitor::beginArea(CacheArea area, bool inPass) {
     if (!inPass) return;
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     _health.passes.inArea = true;
     _health.passes.area = area;
 }
 
 void HealthMonitor::endArea(CacheArea area, bool inPass, bool good, Duration took, const ReadTrace& trace) {
-    const HealthGuard guard;
+    const Lock guard(_mutex);
     if (inPass) {
         _health.passes.inArea = false;
         _passCalls += trace.calls();

@@ -1,17 +1,12 @@
 #pragma once
 
-#include <pthread.h>
-
 #include <chrono>
 
-#include "common/thread_annotations.h"
+#include "common/Mutex.h"
 #include "datacache/Health.h"
 #include "switchlib/ReadTrace.h"
 
 namespace datacache {
-
-/** The mutex of the monitor, below the access lock and the evaluation signal's mutex. */
-extern LockToken healthLock;
 
 /**
  * Keeps the process's Health: the cache tells it what happens, anybody copies it. Its mutex is held for a few
@@ -23,44 +18,45 @@ class HealthMonitor {
      * one. */
     static HealthMonitor& instance();
 
-    Health copy() DC_EXCLUDES(healthLock);
+    Health copy() DC_EXCLUDES(_mutex);
     /** Back to a process that has just begun. */
-    void reset() DC_EXCLUDES(healthLock);
+    void reset() DC_EXCLUDES(_mutex);
 
-    void connecting(int32_t result, bool connected) DC_EXCLUDES(healthLock);
-    void mark(CacheArea area) DC_EXCLUDES(healthLock);
-    void beginPass() DC_EXCLUDES(healthLock);
-    void endPass() DC_EXCLUDES(healthLock);
+    void connecting(int32_t result, bool connected) DC_EXCLUDES(_mutex);
+    void mark(CacheArea area) DC_EXCLUDES(_mutex);
+    void beginPass() DC_EXCLUDES(_mutex);
+    void endPass() DC_EXCLUDES(_mutex);
     /** A notification came; then it is dropped or accepted, which is in the queue by then. */
-    void received() DC_EXCLUDES(healthLock);
-    void dropped() DC_EXCLUDES(healthLock);
-    void accepted() DC_EXCLUDES(healthLock);
-    void queued() DC_EXCLUDES(healthLock);
-    void dispatched() DC_EXCLUDES(healthLock);
+    void received() DC_EXCLUDES(_mutex);
+    void dropped() DC_EXCLUDES(_mutex);
+    void accepted() DC_EXCLUDES(_mutex);
+    void queued() DC_EXCLUDES(_mutex);
+    void dispatched() DC_EXCLUDES(_mutex);
     /** Whether no switch event waits anywhere in the cache. */
-    bool noEventWaits() DC_EXCLUDES(healthLock);
+    bool noEventWaits() DC_EXCLUDES(_mutex);
     /** Whether a pass could bring an area up to date. */
-    bool anyAreaStale() DC_EXCLUDES(healthLock);
+    bool anyAreaStale() DC_EXCLUDES(_mutex);
 
-    void domainList(bool full) DC_EXCLUDES(healthLock);
-    void portEntriesBeyond(uint32_t entries) DC_EXCLUDES(healthLock);
-    void switchGivenUp() DC_EXCLUDES(healthLock);
-    void localPorts(int64_t beyond) DC_EXCLUDES(healthLock);
-    void slots(int64_t beyond) DC_EXCLUDES(healthLock);
+    void domainList(bool full) DC_EXCLUDES(_mutex);
+    void portEntriesBeyond(uint32_t entries) DC_EXCLUDES(_mutex);
+    void switchGivenUp() DC_EXCLUDES(_mutex);
+    void localPorts(int64_t beyond) DC_EXCLUDES(_mutex);
+    void slots(int64_t beyond) DC_EXCLUDES(_mutex);
 
   private:
     friend class AreaRead;
     using Clock = std::chrono::steady_clock;
 
-    void beginArea(CacheArea area, bool inPass) DC_EXCLUDES(healthLock);
+    void beginArea(CacheArea area, bool inPass) DC_EXCLUDES(_mutex);
     void endArea(CacheArea area, bool inPass, bool good, Duration took, const ReadTrace& trace)
-        DC_EXCLUDES(healthLock);
+        DC_EXCLUDES(_mutex);
 
-    Health _health DC_GUARDED_BY(healthLock);
-    Clock::time_point _passBegan DC_GUARDED_BY(healthLock){};
-    uint32_t _passCalls DC_GUARDED_BY(healthLock) = 0;
-    Duration _slowest DC_GUARDED_BY(healthLock){};  ///< of the areas of the running pass
-    CacheArea _slowestArea DC_GUARDED_BY(healthLock) = CacheArea::Switch;
+    Mutex _mutex;  ///< below the access lock and the evaluation signal's mutex
+    Health _health DC_GUARDED_BY(_mutex);
+    Clock::time_point _passBegan DC_GUARDED_BY(_mutex){};
+    uint32_t _passCalls DC_GUARDED_BY(_mutex) = 0;
+    Duration _slowest DC_GUARDED_BY(_mutex){};  ///< of the areas of the running pass
+    CacheArea _slowestArea DC_GUARDED_BY(_mutex) = CacheArea::Switch;
 };
 
 /**

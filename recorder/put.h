@@ -78,11 +78,8 @@ inline void putHex(Line& line, const uint8_t* bytes, size_t size) {
 inline void putMember(Line& line, int32_t type, const vex_memberid_u& id) {
     switch (type) {
         case VEX_ZMT_WWN:
-            line.raw("{\"wwn\":");
-            putHex(line, id.wwn, sizeof id.wwn);
-            break;
         case VEX_ZMT_NODENAME:
-            line.raw("{\"node\":");
+            line.raw(type == VEX_ZMT_WWN ? "{\"wwn\":" : "{\"node\":");
             putHex(line, id.wwn, sizeof id.wwn);
             break;
         case VEX_ZMT_FCID:

@@ -5,28 +5,6 @@
 namespace datacache {
 namespace {
 
-const char* wordsOf(ZoningLimit limit) {
-    switch (limit) {
-        case ZoningLimit::Zonesets:
-            return "zonesets";
-        case ZoningLimit::Zones:
-            return "zones";
-        case ZoningLimit::Aliases:
-            return "aliases";
-        case ZoningLimit::Members:
-            return "members";
-        case ZoningLimit::ZonesPerZoneset:
-            return "zones in a zoneset";
-        case ZoningLimit::MembersPerZone:
-            return "members in a zone";
-        case ZoningLimit::MembersPerAlias:
-            return "members in an alias";
-        case ZoningLimit::None:
-            break;
-    }
-    return "objects";
-}
-
 /** "CALL", or "CALL with status N" where it returned one. */
 std::string callOf(const ZoningFailure& failure) {
     if (failure.result == 0) return failure.call;
@@ -44,8 +22,8 @@ std::string reasonOf(ZoningStatus status, const ZoningFailure& failure) {
         case ZoningStatus::Exists:
             return "exists already";
         case ZoningStatus::LimitReached:
-            return "the fabric's limit of " + std::to_string(failure.number) + ' ' + wordsOf(failure.limit) +
-                   " is reached";
+            return "the fabric's limit of " + std::to_string(failure.number) + ' ' +
+                   namesOf(failure.limit).words + " is reached";
         case ZoningStatus::LimitsUnknown:
             return "the fabric's limits were never read; read them with initZoningLimits()";
         case ZoningStatus::LibraryFailed:
@@ -71,6 +49,21 @@ std::string reasonOf(ZoningStatus status, const ZoningFailure& failure) {
 }
 
 }  // namespace
+
+const ZoningLimitNames& namesOf(ZoningLimit limit) {
+    static constexpr ZoningLimitNames kNames[] = {
+        {"", "objects"},
+        {"Zoneset", "zonesets"},
+        {"Zone", "zones"},
+        {"Zone alias", "aliases"},
+        {"Member", "members"},
+        {"Zones per zoneset", "zones in a zoneset"},
+        {"Members per zone", "members in a zone"},
+        // Required: spelt so in the log; tools look for this line.
+        {"Members per alisa", "members in an alias"},
+    };
+    return kNames[static_cast<size_t>(limit)];
+}
 
 ZoningFailure failureOf(std::string_view call, int64_t result) noexcept {
     try {

@@ -20,6 +20,13 @@ enum class ZoningLimit : uint8_t {
     MembersPerAlias,
 };
 
+/** What a limit is called, in the log and for people. */
+struct ZoningLimitNames {
+    const char* log;
+    const char* words;
+};
+const ZoningLimitNames& namesOf(ZoningLimit limit);
+
 /** What stopped an operation on the zoning: a command to the switch, a call of the switch library, or a
  * limit. */
 struct ZoningFailure {

@@ -32,28 +32,6 @@ int32_t membersThroughAliases(void* uber, void* zone, int32_t members) {
     return sum;
 }
 
-const char* logName(ZoningLimit limit) {
-    switch (limit) {
-        case ZoningLimit::Zonesets:
-            return "Zoneset";
-        case ZoningLimit::Zones:
-            return "Zone";
-        case ZoningLimit::Aliases:
-            return "Zone alias";
-        case ZoningLimit::Members:
-            return "Member";
-        case ZoningLimit::ZonesPerZoneset:
-            return "Zones per zoneset";
-        case ZoningLimit::MembersPerZone:
-            return "Members per zone";
-        case ZoningLimit::MembersPerAlias:
-            return "Members per alisa";  // Required: spelt so; tools look for this line.
-        case ZoningLimit::None:
-            break;
-    }
-    return "";
-}
-
 }  // namespace
 
 int ZoningCache::updateZoningCounts() {
@@ -97,7 +75,7 @@ bool ZoningCache::_limitsRead() const {
 
 bool ZoningCache::_reached(bool full, ZoningLimit limit, int32_t number) {
     if (!full) return false;
-    cim_log(CIM_LOG_TRACE, "DCACHE: %s maximum of %d reached\n", logName(limit), number);
+    cim_log(CIM_LOG_TRACE, "DCACHE: %s maximum of %d reached\n", namesOf(limit).log, number);
     _failure = {"", 0, limit, number};
     return true;
 }
