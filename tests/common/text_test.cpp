@@ -77,7 +77,9 @@ TEST(NorvExcept, KeepsWhereItWasThrownAndFormatsTheMessage) {
     EXPECT_EQ(except.line, -7);
     EXPECT_STREQ(except.message, "%n%s of 5");
     EXPECT_NE(except.severity, 0);
-    EXPECT_EQ(NORV_Except(file, function, 1, EXCEPT_CRITICAL, "x").severity, 0);
+    const NORV_Except unformatted(file, function, 1, EXCEPT_CRITICAL, "x%ls", L"\xd800");
+    EXPECT_STREQ(unformatted.message, "") << "no half a message";
+    EXPECT_EQ(unformatted.severity, 0);
     const std::string text = std::string(2022, 'a') + "zz";
     EXPECT_EQ(NORV_Except(file, function, 1, EXCEPT_CRITICAL, "%s", text.c_str()).message,
               text.substr(0, 2023));
