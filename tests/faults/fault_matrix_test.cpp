@@ -7,13 +7,9 @@
 #include <set>
 #include <sstream>
 
-#include "datacache/CacheReader.h"
-#include "host/areas.h"
+#include "tests/faults/operations.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/CacheState.h"
-#include "tests/support/CacheTest.h"
-#include "zoning/ZoningSession.h"
-#include "zoning/member_text.h"
 
 /*
  * Every call of every loader, edit and plain function fails once in every way. Which calls there are the
@@ -31,7 +27,6 @@ namespace {
 
 using datacache::AreaHealth;
 using datacache::CacheArea;
-using datacache::ZoningSession;
 using Lines = std::vector<std::string>;
 using Calls = std::vector<vexsim::Call>;
 
@@ -51,28 +46,6 @@ zone = [{name = "z1", members = ["2000001122000003", "a1"]}, {name = "z2", type 
 zoneset = [{name = "alpha", zones = ["z1"]}, {name = "beta", zones = ["z1"]}]
 limits = {zonesets = 20, zones = 20, members = 400, zones_per_zoneset = 20, members_per_zone = 20, aliases = 20, members_per_alias = 20}
 )";
-
-const char* const kFirstLoad = "first load";
-const char* const kAccounts = "accounts";
-const char* const kWalkers = "walkers";
-
-class FaultMatrix;
-
-enum class Kind {
-    Loader,  ///< reads areas of the cache
-    Zoning,  ///< edits what the cache holds, or reads it
-    Plain,   ///< a function for C, which asks for no memory but that of a group
-};
-
-struct Operation {
-    const char* name;
-    Kind kind;
-    std::function<Lines(FaultMatrix&)> run;
-    const char* change = "";                       ///< steps at the switch before it
-    std::function<void(FaultMatrix&)> begin = {};  ///< what comes before it and does not fail
-    bool alike = false;  ///< its calls are many of one kind, whose failures are told once
-    bool twice = false;  ///< a second call may fail in the same run
-};
 
 /** One way for one call to fail. */
 struct Fault {
@@ -124,20 +97,7 @@ bool isSml(const vexsim::Call& call) {
     return has(call.function, "vex_sml");
 }
 
-class FaultMatrix : public CacheTest {
-  public:
-    using CacheTest::cache;
-    using CacheTest::pass;
-    using CacheTest::peer;
-    using CacheTest::sim;
-
-    uint32_t other = 0;        ///< a second connection, which is not hSwitch
-    bool useOther = false;     ///< the operation is asked to use it
-    std::vector<void*> owned;  ///< texts that the operation handed over
-    std::unique_ptr<ZoningSession> session;
-    ZoningCache& zoning() { return datacache::CacheReader().zoning(); }
-    void step(const std::string& fields) { sim.run("[[step]]\n" + fields); }
-
+class FaultMatrix : public FaultedCache {
   protected:
     std::optional<size_t>
         allocations;  ///< that succeed before one fails; reset where the run asked for no more
@@ -415,8 +375,7 @@ class FaultMatrix : public CacheTest {
             for (const Fault& fault : list) {
                 // Required: a name of port 0 that the first load reads stays the base of the local switch's.
                 if (operation.name == kFirstLoad && fault.value) continue;
-                SCOPED_TRACE(std::string(operation.name) + ' ' + call.function + ' ' + call.detail + ' ' +
-                             fault.fields);
+                SCOPED_TRACE(operation.name + ' ' + call.function + ' ' + call.detail + ' ' + fault.fields);
                 std::vector<Fault> all = faults;
                 all.push_back(fault);
                 const Seen failing = carryOut(operation, all);
@@ -447,195 +406,9 @@ class FaultMatrix : public CacheTest {
     }
 };
 
-/** A text that the caller now owns, and releases outside of what fails. */
-std::string taken(FaultMatrix& test, char* text) {
-    if (text == nullptr) return "null";
-    std::string copy = text;
-    test.owned.push_back(text);
-    return copy;
-}
-
-Lines properties(FaultMatrix&) {
-    const host::Json area = host::propertiesArea();
-    Lines values;
-    for (const auto& value : area) values.push_back(value.dump());
-    return values;
-}
-
-Lines productInfo(FaultMatrix& test) {
-    char *description = nullptr, *name = nullptr, *serial = nullptr, *brand = nullptr;
-    const int result = get_Product_Info(&description, &name, &serial, &brand);
-    return {std::to_string(result) + " (" + taken(test, description) + ", " + taken(test, name) + ", " +
-            taken(test, serial) + ", " + taken(test, brand) + ')'};
-}
-
-/** What the walkers give, and how much of the buffer they wrote. */
-Lines walkers(FaultMatrix&) {
-    const std::vector<std::function<char*(char*)>> walks = {
-        get_first_lsdb_record,
-        [](char* to) { return get_next_lsdb_record("1", to); },
-        [](char* to) { return get_lsdb_record_link_local_information("1", "0", to); },
-        [](char* to) { return get_lsdb_record_link_remote_information("1", "0", to); },
-        [](char* to) { return get_first_attached_port("3", to); },
-        [](char* to) { return get_next_attached_port("3", "2100001122000001", to); }};
-    Lines lines{"links " + std::to_string(get_lsdb_record_link_count("1"))};
-    for (const auto& walk : walks) {
-        std::string buffer(VEX_SML_VALUE_SIZE + 4, '~');
-        const bool given = walk(buffer.data()) == buffer.data();
-        const size_t written = buffer.find_last_not_of('~') + 1;
-        lines.push_back((given ? "" : "null ") + buffer.substr(0, strnlen(buffer.data(), written)) +
-                        ", wrote " + std::to_string(written));
-    }
-    return lines;
-}
-
-/** A group that is read, then written: what stays in its records from one call is there at the next. */
-Lines group(FaultMatrix&) {
-    vex_smlmsggroup_s* const group = vex_smlAllocMsgGroup(1);
-    for (const char* key : {"Oper.Switch.WWN", "Config.Services.SSHEnable"})
-        vex_smlAddMsgGroupV(group, "%s", key);
-    Lines lines;
-    const auto tell = [&](const char* what, int32_t result) {
-        lines.push_back(what + (' ' + std::to_string(result)));
-        for (int i = 0; i < 2; ++i) {
-            char* value = nullptr;
-            const uint32_t status = vex_smlGetResult(group, i, &value);
-            lines.back() += ", " + std::to_string(status) + ' ' + value;
-        }
-    };
-    tell("get", vex_smlGetMsgGroup(group));
-    tell("set", vex_smlSetMsgGroup(group));
-    vex_smlFreeMsgGroup(group);
-    return lines;
-}
-
-/** On the second connection, as is what follows. */
-Lines single(FaultMatrix& test) {
-    char* value = nullptr;
-    uint32_t extra = 0;
-    void* reply = nullptr;
-    test.useOther = true;
-    const int32_t got = vex_smlGetV(test.other, &value, &extra, "Oper.Switch.%s", "DomainID");
-    const int32_t set = vex_smlSetV(test.other, &reply, "Cmd.Switch.%s", "ReqAdmin");
-    return {"get " + std::to_string(got) + ' ' + taken(test, value), "set " + std::to_string(set)};
-}
-
-template <int32_t (*transaction)(uint32_t, vex_smlrequest_s*, int)>
-Lines transact(FaultMatrix& test) {
-    test.useOther = true;
-    vex_smlrequest_s record{"Config.Services.SSHEnable", "False", 0};
-    const int32_t result = transaction(test.other, &record, 1);
-    return {std::to_string(result) + " SSH=" + *test.sim.get("Config.Services.SSHEnable")};
-}
-
-template <int (*end)()>
-Lines configSession(FaultMatrix& test) {
-    void* reply = nullptr;
-    Lines lines{"begin " + std::to_string(getConfigEditMode())};
-    vex_smlSet(hSwitch, "Config.Services.SSHEnable.False", &reply);
-    const int ended = end();
-    lines.push_back("end " + std::to_string(ended) + " SSH=" + *test.sim.get("Config.Services.SSHEnable"));
-    lines.push_back("release " + std::to_string(releaseAdminMode()));
-    return lines;
-}
-
-Lines backup(FaultMatrix&) {
-    return {"backup " + std::to_string(backupConfig()), "restore " + std::to_string(restoreConfig())};
-}
-
-Lines activeZoneset(FaultMatrix&) {
-    std::string name(VEX_ZONING_NAME_SIZE, '~');
-    const int32_t result = get_Active_ZoneSet(name.data());
-    return {std::to_string(result) + ' ' + name.c_str()};
-}
-
-Lines accounts(FaultMatrix& test) {
-    const bool read = test.cache().readAccounts();
-    return {read ? "read" : "not read", "removed " + joined(test.peer().prevAccounts)};
-}
-
-Lines dump(FaultMatrix& test) {
-    test.zoning().dump();
-    return {};
-}
-
-Lines database(FaultMatrix& test) {
-    const datacache::ZoningDatabase copy = test.zoning().database();
-    return {(copy.complete ? "complete " : "incomplete ") + std::to_string(copy.zones.size())};
-}
-
-/** A pass over one area. */
-template <void (DataCache::*mark)()>
-Lines load(FaultMatrix& test) {
-    (test.cache().*mark)();
-    test.cache().localPortRefreshSet();
-    return {test.pass() ? "ready" : "not ready"};
-}
-
-void lock(FaultMatrix& test) {
-    test.session = std::make_unique<ZoningSession>(test.zoning(), "c");
-}
-
-Lines takeLock(FaultMatrix& test) {
-    lock(test);
-    return {test.session->lockOutcome().text()};
-}
-
-Operation edit(const char* name, std::function<datacache::ZoningOutcome(ZoningSession&)> run,
-               bool alike = false) {
-    const auto text = [run](FaultMatrix& test) { return Lines{run(*test.session).text()}; };
-    return {name, Kind::Zoning, text, "", lock, alike};
-}
-
-using D = DataCache;
-using S = ZoningSession;
-const std::vector<Operation> kOperations = {
-    {kFirstLoad, Kind::Loader, load<&D::updateAll>},
-    {"switch", Kind::Loader, load<&D::updateSwitch>, "do = 'switch_state'\nstate = 'Offline'"},
-    {"chassis", Kind::Loader, load<&D::updateChassis>, "do = 'power_supply'\nindex = 1\nstate = 'Bad'"},
-    {"blades", Kind::Loader, load<&D::updateBlades>, "do = 'blade_remove'\nslot = 1"},
-    {"single slot", Kind::Loader, load<&D::updateBlades>,
-     "do = 'set'\nkey = 'Oper.Chassis.0.MaxSlots'\nvalue = '1'"},
-    {"ports", Kind::Loader, load<&D::updatePorts>, "do = 'port_offline'\nport = 0"},
-    {"fabric", Kind::Loader, load<&D::updateFabric>,
-     "do = 'fabric_merge'\nprincipal = '1000001122000007'\n"
-     "switches = [{domain = 9, wwn = '1000001122000009', ports = 1}]"},
-    {"zoning", Kind::Loader, load<&D::updateZoning>, "do = 'zone_add'\nname = 'z3'\nzonesets = ['beta']"},
-    {kAccounts, Kind::Loader, accounts, "do = 'account_rename'\nfrom = 'guest'\nto = 'other'",
-     [](FaultMatrix& test) { test.cache().readAccounts(); }},
-    {"properties", Kind::Plain, properties, "", {}, true},
-    {"product info", Kind::Plain, productInfo},
-    {kWalkers, Kind::Plain, walkers, "", {}, true},
-    {"group", Kind::Plain, group},
-    {"single keys", Kind::Plain, single},
-    {"batch set", Kind::Plain, transact<vex_smlBatchSet>, "", {}, false, true},
-    {"batch set of CIM", Kind::Plain, transact<vex_smlBatchCimSet>},
-    {"save an edit", Kind::Plain, configSession<saveConfigEdit>},
-    {"cancel an edit", Kind::Plain, configSession<cancelConfigEdit>, "",
-     [](FaultMatrix&) { reqAdminMode(); }},
-    {"backup", Kind::Plain, backup},
-    {"active zoneset", Kind::Plain, activeZoneset},
-    // Of zones and aliases, where the calls alone differ, one is enough.
-    edit("create alias", [](S& s) { return s.createZoneAlias("a9"); }),
-    edit("create zone", [](S& s) { return s.createZone("z9", VEX_ZT_HARD_ACL); }),
-    edit("create zoneset", [](S& s) { return s.createZoneset("s9"); }),
-    edit("remove zone", [](S& s) { return s.removeZone("z1"); }),
-    edit("remove zoneset", [](S& s) { return s.removeZoneset("beta"); }),
-    edit("add zone", [](S& s) { return s.addZoneToZoneset("beta", "z2"); }),
-    edit("take zone", [](S& s) { return s.removeZoneFromZoneset("beta", "z1"); }),
-    edit("add to zone", [](S& s) { return s.addMemberToZone("z1", VEX_ZMT_FCID, "010203"); }),
-    edit("take from zone", [](S& s) { return s.removeMemberFromZone("z1", VEX_ZMT_ALIAS, "a1"); }),
-    edit("remove member", [](S& s) { return s.removeMember(VEX_ZMT_WWN, "2000001122000003"); }),
-    edit("commit", std::mem_fn(&S::commit), true),
-    edit("abandon", std::mem_fn(&S::abandon)),
-    {"lock", Kind::Zoning, takeLock},
-    {"database", Kind::Zoning, database, "", {}, true},
-    {"dump", Kind::Zoning, dump, "", {}, true},
-};
-
 TEST_F(FaultMatrix, EveryCallFailsInEveryWay) {
     std::string table;
-    for (const Operation& operation : kOperations) {
+    for (const Operation& operation : operations()) {
         restartFor(operation);
         const Lines before = cacheState();
         Seen good = carryOut(operation, {});
@@ -648,7 +421,7 @@ TEST_F(FaultMatrix, EveryCallFailsInEveryWay) {
         expectNoLeak(good.calls);
         Lines lines;
         failEach(operation, good, before, good, 0, {}, "", lines);
-        table += '[' + std::string(operation.name) + "]\n" + joined(lines, "\n") + '\n';
+        table += '[' + operation.name + "]\n" + joined(lines, "\n") + '\n';
         if (HasFailure()) break;
     }
     if (std::getenv("FAULT_MATRIX_WRITE") != nullptr) std::ofstream(FAULT_MATRIX) << table;
@@ -658,7 +431,7 @@ TEST_F(FaultMatrix, EveryCallFailsInEveryWay) {
 }
 
 TEST_F(FaultMatrix, EveryAllocationFails) {
-    for (const Operation& operation : kOperations) {
+    for (const Operation& operation : operations()) {
         if (operation.kind == Kind::Plain) continue;
         const bool loads = operation.kind == Kind::Loader;
         restartFor(operation);
@@ -668,7 +441,7 @@ TEST_F(FaultMatrix, EveryAllocationFails) {
         if (loads) pass();
         const Lines state = cacheState();
         for (size_t next = 0;; next += 1 + next / 5) {
-            SCOPED_TRACE(operation.name + (' ' + std::to_string(next)));
+            SCOPED_TRACE(operation.name + ' ' + std::to_string(next));
             allocations = next;
             const Seen run = carryOut(operation, {});
             if (!allocations) break;
@@ -684,39 +457,6 @@ TEST_F(FaultMatrix, EveryAllocationFails) {
             if (HasFailure()) return;
         }
         EXPECT_EQ(cacheState(), good.state) << "with memory for all that it asks for";
-    }
-}
-
-/** Each with its own memory, as C hosts use it: none is lost, and none is freed that the caller may still
- * read. */
-TEST_F(FaultMatrix, GroupsWithoutMemory) {
-    size_t asked = 0;
-    {
-        const Allocations memory;
-        vex_smlFreeMsgGroup(vex_smlAllocMsgGroup(1));
-        asked = memory.count();
-    }
-    if (asked == 0) GTEST_SKIP() << "the library was not linked into the program";
-    for (size_t next = 0; next < 4; ++next) {
-        SCOPED_TRACE(next);
-        Allocations memory;
-        memory.failAfter(next);
-        vex_smlmsggroup_s* const group = vex_smlAllocMsgGroup(1);
-        EXPECT_EQ(group == nullptr, next < 2);
-        EXPECT_EQ(memory.live(), group == nullptr ? 0U : 2U);
-        if (group == nullptr) continue;
-        vex_smlrequest_s* const records = group->records;
-        EXPECT_EQ(vex_smlAddMsgGroupV(group, "%s", "first"), 0);
-        const int added = vex_smlAddMsgGroupV(group, "%s", "second");
-        EXPECT_EQ(added, next == 2 ? 1 : 0);
-        if (added == 0) {
-            vex_smlFreeMsgGroup(group);
-        } else {
-            EXPECT_EQ(memory.live(), 1U) << "the records, which are the caller's now";
-            EXPECT_STREQ(records->key, "first");
-            std::free(records);
-        }
-        EXPECT_EQ(memory.live(), 0U);
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include "switchlib/NORV_Vex_Lib.h"
 #include "switchlib/SmlBatch.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/CacheTest.h"
 
 using namespace datacache;
@@ -124,6 +125,39 @@ TEST_F(Sml, SaveWithoutRightsHeldHereReleasesNothing) {
     calls();
     EXPECT_EQ(saveConfigEdit(), 0);
     EXPECT_THAT(calls(), ElementsAre("vex_smlSet Cmd.Cim.SaveConfig"));
+}
+
+/** Each with its own memory, as C hosts use it: none is lost, and none is freed that the caller may still
+ * read. */
+TEST(SmlGroup, WithoutMemoryLosesNone) {
+    size_t asked = 0;
+    {
+        const Allocations memory;
+        vex_smlFreeMsgGroup(vex_smlAllocMsgGroup(1));
+        asked = memory.count();
+    }
+    if (asked == 0) GTEST_SKIP() << "the library was not linked into the program";
+    for (size_t next = 0; next < 4; ++next) {
+        SCOPED_TRACE(next);
+        Allocations memory;
+        memory.failAfter(next);
+        vex_smlmsggroup_s* const group = vex_smlAllocMsgGroup(1);
+        EXPECT_EQ(group == nullptr, next < 2);
+        EXPECT_EQ(memory.live(), group == nullptr ? 0U : 2U);
+        if (group == nullptr) continue;
+        vex_smlrequest_s* const records = group->records;
+        EXPECT_EQ(vex_smlAddMsgGroupV(group, "%s", "first"), 0);
+        const int added = vex_smlAddMsgGroupV(group, "%s", "second");
+        EXPECT_EQ(added, next == 2 ? 1 : 0);
+        if (added == 0) {
+            vex_smlFreeMsgGroup(group);
+        } else {
+            EXPECT_EQ(memory.live(), 1U) << "the records, which are the caller's now";
+            EXPECT_STREQ(records->key, "first");
+            std::free(records);
+        }
+        EXPECT_EQ(memory.live(), 0U);
+    }
 }
 
 }  // namespace
