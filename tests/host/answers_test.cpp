@@ -27,6 +27,13 @@ TEST_F(HostTest, TheGraphHasTheSwitchesTheirPortsAndLinks) {
           "bgcolor=\"#b7e1b0\">0</td>", "bgcolor=\"#dddddd\">1</td>", "d3 -- d10 "}) {
         EXPECT_THAT(dot, HasSubstr(part));
     }
+    std::string domains = "03,10";
+    while (domains.size() < 255) domains += ",3,10";
+    const std::string full = writeFile(
+        "full.toml", switchText + "[sml]\n\"Oper.Eport.LsdbRecordList.255\" = \"" + domains + "\"\n");
+    EXPECT_THAT(told(0, {"graph", "--switch", full}),
+                AllOf(HasSubstr("<br/>not complete: the list of domains is full"),
+                      HasSubstr("fills its 255 characters, and its last number may be cut")));
 }
 
 TEST_F(HostTest, ZoningIsEditedUnderTheLockOnly) {
