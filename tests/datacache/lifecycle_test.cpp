@@ -192,8 +192,10 @@ TEST_F(Lifecycle, RetryIntervalMendsAnAreaWithoutAnEvent) {
     const uint32_t passes = DataCache::health().passes.count;
     usleep(1200000);
     EXPECT_EQ(DataCache::health().passes.count, passes) << "nothing is tried again unless that was asked for";
+    const auto begin = std::chrono::steady_clock::now();
     DataCache::setRetryInterval(1);  // also for the wait that goes on
     EXPECT_TRUE(eventually([&] { return DataCache::health().passes.count == passes + 2; }));
+    EXPECT_GT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(900)) << "between the two";
     EXPECT_TRUE(good()) << "one that failed, and one that did not";
     usleep(1200000);
     EXPECT_EQ(DataCache::health().passes.count, passes + 2) << "nothing is left to be mended";
