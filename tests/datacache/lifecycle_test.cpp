@@ -1,9 +1,11 @@
 // The cache with its real threads: start-up, retries, wake-ups, and the whole path from switch event to host
 // event.
+#include <dlfcn.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -18,12 +20,21 @@ using ::testing::ElementsAre;
 
 std::vector<unsigned> slept;
 
+/** What becomes of the evaluation thread's stack. */
+enum { AsWanted, Refused, TooLarge } stack = AsWanted;
+
 }  // namespace
 
 /** Stands in for the C library's: connection retries take no time here. */
 extern "C" unsigned sleep(unsigned seconds) {
     slept.push_back(seconds);
     return 0;
+}
+
+extern "C" int pthread_attr_setstacksize(pthread_attr_t* attributes, size_t size) noexcept {
+    static const auto real =
+        reinterpret_cast<decltype(&pthread_attr_setstacksize)>(dlsym(RTLD_NEXT, "pthread_attr_setstacksize"));
+    return stack == Refused ? EINVAL : real(attributes, stack == TooLarge ? ~size_t{0} << 20 : size);
 }
 
 namespace {
@@ -181,6 +192,17 @@ TEST_F(Lifecycle, HealthAnswersWhileAPassHangsInTheSwitch) {
     EXPECT_TRUE(health[CacheArea::Chassis].marked);
     EXPECT_FALSE(DataCache::idle());
     EXPECT_TRUE(DataCache::health().passes.running);
+}
+
+TEST_F(Lifecycle, AThreadThatCannotBeMadeIsLogged) {
+    ASSERT_TRUE(DataCache::init());
+    for (const auto& [how, line] : {std::pair(Refused, "2 DCACHE: pthread_attr_setstacksize failed"),
+                                    {TooLarge, "2 DCACHE: Thread creation failed"}}) {
+        stack = how;
+        EXPECT_TRUE(DataCache::start(nullptr));
+        EXPECT_EQ(capture.take().back(), line);
+    }
+    stack = AsWanted;
 }
 
 TEST_F(Lifecycle, RetryIntervalMendsAnAreaWithoutAnEvent) {
