@@ -107,13 +107,14 @@ std::string hexOui(unsigned oui) {
     return text;
 }
 
-/** The fields in which a transceiver differs from another; the company identifier in any case. */
+/** The fields in which a transceiver differs from another, and one at least, as there is one. */
 Table transceiverFields(const Transceiver& transceiver, const Transceiver& common) {
     Table fields;
     if (transceiver.identifier != common.identifier) fields.add("identifier", transceiver.identifier);
-    fields.add("oui", hexOui(transceiver.oui));
+    if (transceiver.oui != common.oui) fields.add("oui", hexOui(transceiver.oui));
     if (!transceiver.serial.empty()) fields.add("serial", quoted(transceiver.serial));
     if (transceiver.ddm != common.ddm) fields.add("ddm", transceiver.ddm ? "true" : "false");
+    if (fields.lines.empty()) fields.add("oui", hexOui(transceiver.oui));
     return fields;
 }
 
