@@ -78,6 +78,14 @@ Answers lastAnswers(const recording::Recording& recording);
 /** Replaces names, addresses, communities and serial numbers, the same text by the same mask. */
 void mask(Answers& answers);
 
+/** The walk through the accounts: its first key, and the beginning of the others. */
+inline const std::string kFirstAccount = "Oper.Switch.FirstPotentialUser";
+inline const std::string kNextAccount = "Oper.Switch.NextPotentialUser.";
+
+inline bool begins(const std::string& text, const std::string& prefix) {
+    return text.compare(0, prefix.size(), prefix) == 0;
+}
+
 /** "17", without sign, blanks and leading zeros. */
 std::optional<int64_t> wholeNumber(const std::string& text);
 

@@ -62,6 +62,16 @@ std::string quoted(const std::string& text) {
     return toml + '"';
 }
 
+std::string commented(const std::string& text) {
+    const std::string toml = quoted(text);
+    std::string plain;
+    for (size_t i = 1; i + 1 < toml.size(); ++i) {
+        if (toml[i] == '\\' && (toml[i + 1] == '"' || toml[i + 1] == '\\')) ++i;
+        plain += toml[i];
+    }
+    return "# " + plain;
+}
+
 std::string listOf(const std::vector<std::string>& items) {
     std::string toml;
     for (const std::string& item : items) toml += (toml.empty() ? "" : ", ") + item;
@@ -77,9 +87,9 @@ std::string quotedList(const std::vector<std::string>& texts) {
 
 std::string Document::text() const {
     std::string text = kHead;
+    for (const std::string& remark : remarks) text += commented("Not captured: " + remark) + '\n';
     for (const Table& table : tables) {
         text += '\n';
-        if (!table.comment.empty()) text += "# " + table.comment + '\n';
         text += table.heading + '\n';
         for (const std::string& line : table.lines) text += line + '\n';
     }
@@ -87,9 +97,10 @@ std::string Document::text() const {
 }
 
 std::string Document::drop(size_t line) {
-    size_t next = 1 + static_cast<size_t>(std::count(kHead, kHead + std::string(kHead).size(), '\n'));
+    const std::string head = Document{{}, remarks}.text();
+    size_t next = 1 + static_cast<size_t>(std::count(head.begin(), head.end(), '\n'));
     for (auto table = tables.begin(); table != tables.end(); ++table) {
-        const size_t heading = next + (table->comment.empty() ? 1 : 2);
+        const size_t heading = next + 1;  // below a blank line
         next = heading + 1 + table->lines.size();
         if (line < heading || line >= next) continue;
         std::string dropped = table->heading;

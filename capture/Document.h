@@ -12,6 +12,9 @@ bool isUtf8(const std::string& text);
 /** A text as TOML has it, in quotes; bytes that are no UTF-8 become question marks. */
 std::string quoted(const std::string& text);
 
+/** A text as a comment: one line, in characters that TOML allows there. */
+std::string commented(const std::string& text);
+
 /** A list of items that are TOML already. */
 std::string listOf(const std::vector<std::string>& items);
 /** A list of texts. */
@@ -21,7 +24,6 @@ std::string quotedList(const std::vector<std::string>& texts);
 struct Table {
     std::string heading; /**< "[switch]" */
     std::vector<std::string> lines = {};
-    std::string comment = {}; /**< one line above it; empty for none */
 
     void add(const std::string& field, const std::string& toml) { lines.push_back(field + " = " + toml); }
     void add(const std::string& field, int64_t number) { add(field, std::to_string(number)); }
@@ -30,6 +32,7 @@ struct Table {
 /** A switch file in the making. */
 struct Document {
     std::vector<Table> tables;
+    std::vector<std::string> remarks = {}; /**< a comment each, at the head */
 
     Table& add(const std::string& heading) { return tables.emplace_back(Table{heading}); }
     std::string text() const;

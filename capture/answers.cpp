@@ -11,13 +11,7 @@ namespace {
 
 using recording::Record;
 
-const std::string kFirstAccount = "Oper.Switch.FirstPotentialUser";
-const std::string kNextAccount = "Oper.Switch.NextPotentialUser.";
 constexpr uint32_t kEndOfList = 24;
-
-bool begins(const std::string& text, const std::string& prefix) {
-    return text.compare(0, prefix.size(), prefix) == 0;
-}
 
 /** Takes an answer in. */
 void take(Answers& answers, const std::string& key, Answer answer) {

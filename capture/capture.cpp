@@ -5,6 +5,8 @@
 
 #include "capture/sections.h"
 #include "simulator/Simulator.h"
+#include "simulator/areas/Area.h"
+#include "simulator/areas/fields.h"
 #include "simulator/switch_file.h"
 
 namespace capture {
@@ -12,10 +14,6 @@ namespace capture {
 namespace {
 
 using vexsim::Switch;
-
-const std::string kFirstAccount = "Oper.Switch.FirstPotentialUser";
-const std::string kNextAccount = "Oper.Switch.NextPotentialUser.";
-constexpr int64_t kEndOfList = 24;
 
 /** The line that a message "NAME:LINE: ..." names. */
 size_t lineOf(const std::string& message) {
@@ -25,7 +23,7 @@ size_t lineOf(const std::string& message) {
 /** Whether what stood in this place is a key's, so that [sml] will say it. */
 bool hasKeys(const std::string& place) {
     for (const std::string other : {"[zoning", "[[zoning", "[sml]", "[[fault]]"}) {
-        if (place.compare(0, other.size(), other) == 0) return false;
+        if (begins(place, other)) return false;
     }
     return true;
 }
@@ -67,8 +65,7 @@ class Remainder {
         const bool accounts = sameAccounts(_answers, loaded);
         bool more = false;
         for (const auto& [key, answer] : _answers.keys) {
-            const bool account =
-                key == kFirstAccount || key.compare(0, kNextAccount.size(), kNextAccount) == 0;
+            const bool account = key == kFirstAccount || begins(key, kNextAccount);
             if (_faults.count(key) != 0 || (accounts && account)) continue;
             more = compare(key, answer, loaded.read(key)) || more;
         }
@@ -96,12 +93,12 @@ class Remainder {
         if (said && !answer.unterminated) return false;
         if (!isUtf8(key)) {
             if (_unsayable.insert(key).second)
-                _remarks.push_back("the key " + quoted(key) + " is no UTF-8, so it is missing");
+                _remarks.push_back("the key " + key + " is no UTF-8, so it is missing");
             return false;
         }
         if (failed) return _faults.emplace(key, std::pair("status", std::to_string(answer.status))).second;
         if (!isUtf8(answer.value) && _unsayable.insert(key).second)
-            _remarks.push_back("the value of " + quoted(key) +
+            _remarks.push_back("the value of " + key +
                                " is no UTF-8: a question mark stands for each such byte");
         bool more = false;
         if (!said) more = _values.emplace(key, answer.value).second;
@@ -116,6 +113,24 @@ class Remainder {
     std::map<std::string, std::pair<const char*, std::string>> _faults;
     std::set<std::string> _unsayable;
 };
+
+/** The fields whose keys nobody read and that the simulated switch has a default for. */
+std::string unreadFields(const Answers& answers) {
+    std::string names;
+    for (const vexsim::Area& area : vexsim::areas()) {
+        for (const vexsim::Section& section : area.sections) {
+            if (section.fields == nullptr) continue;
+            std::string unread;
+            for (const vexsim::Field& field : section.fields().list) {
+                if (field.fallback != nullptr && answers.keys.count(field.key) == 0)
+                    unread += std::string(unread.empty() ? " " : ", ") + field.name;
+            }
+            if (!unread.empty())
+                names += std::string(names.empty() ? " [" : "; [") + section.name + ']' + unread;
+        }
+    }
+    return names;
+}
 
 size_t count(const Document& document, const std::string& heading) {
     return static_cast<size_t>(std::count_if(document.tables.begin(), document.tables.end(),
@@ -147,6 +162,8 @@ SwitchFile switchFile(const recording::Recording& recording, bool masked) {
     if (masked) mask(answers);
     if (answers.value("Oper.Switch.WWN") == nullptr)
         made.remarks.emplace_back("the switch's name was not read, so one is made up");
+    const std::string defaults = unreadFields(answers);
+    if (!defaults.empty()) made.remarks.push_back("never read, so a default stands:" + defaults);
 
     Document sections;
     describeHardware(answers, sections);
@@ -167,6 +184,7 @@ SwitchFile switchFile(const recording::Recording& recording, bool masked) {
         document = sections;
         remainder.addTo(document);
     }
+    document.remarks = made.remarks;
     made.text = document.text();
     made.ports = static_cast<size_t>(answers.number("Oper.Switch.MaxPorts").value_or(0));
     made.switches = 1 + count(document, "[[fabric.switch]]");

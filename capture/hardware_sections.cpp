@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iterator>
 #include <sstream>
 
@@ -41,11 +42,11 @@ void describeFields(const Answers& answers, Document& document) {
             Table table{'[' + std::string(section.name) + ']'};
             const bool identity = table.heading == "[switch]";
             const std::string* const wwn = answers.value("Oper.Switch.WWN");
-            if (identity && (wwn == nullptr || Wwn(*wwn).isNull())) {
-                table.comment = "The name is made up: the switch gave none.";
-                table.add("wwn", quoted("1000000000000001"));
+            const bool nameless = identity && (wwn == nullptr || Wwn(*wwn).isNull());
+            if (nameless) table.add("wwn", quoted("1000000000000001"));
+            for (const Field& field : section.fields().list) {
+                if (!nameless || field.kind != Field::Name) addField(table, field, answers);
             }
-            for (const Field& field : section.fields().list) addField(table, field, answers);
             if (identity) {
                 addNumber(table, "domain", answers, "Oper.Switch.DomainID");
                 addKey(table, "state", answers, "Oper.Switch.OperState");
@@ -88,8 +89,9 @@ void describeBlades(const Answers& answers, Document& document) {
         const char* key;
     } kTexts[] = {{"type", "Type"},       {"part", "PlanarPartNum"}, {"serial", "BoardSerialNum"},
                   {"state", "OperState"}, {"admin", "AdminState"},   {"diagnosis", "DiagStatus"}};
+    constexpr int64_t kMostSlots = 65535;
     const int64_t slots = answers.number("Oper.Chassis.0.MaxSlots").value_or(0);
-    for (int64_t slot = 0; slot < slots; ++slot) {
+    for (int64_t slot = 0; slot < std::min(slots, kMostSlots); ++slot) {
         const std::string stem = "Oper.Blade." + std::to_string(slot) + '.';
         const std::string* const type = answers.value(stem + "Type");
         if (type == nullptr || type->empty()) continue;

@@ -32,8 +32,8 @@ class Filling {
 
     void takeZoneset(const Zoneset& zoneset) {
         if (_database.createZoneset(zoneset.name) != vexsim::Ok)
-            return remark("a zoneset is called " + quoted(zoneset.name) + ", which no zoneset can be");
-        if (!zoneset.listed) remark("not all zones of zoneset " + quoted(zoneset.name) + " were read");
+            return remark("a zoneset is called \"" + zoneset.name + "\", which none can be");
+        if (!zoneset.listed) remark("not all zones of zoneset " + zoneset.name + " were read");
         for (const Container& zone : zoneset.zones) {
             if (zone.name) _database.addZone(zoneset.name, *zone.name);
         }
@@ -45,36 +45,35 @@ class Filling {
     bool create(const char* kind, const Container& container,
                 vexsim::Status (ZoningDatabase::*make)(const std::string&)) {
         if (!container.name) {
-            remark(std::string("the name of ") + kind + " was never read, so it is missing");
+            remark(std::string("the name of one ") + kind + " was never read, so it is missing");
             return false;
         }
         const vexsim::Status status = (_database.*make)(*container.name);
         if (status == vexsim::Exists) return false;  // several zonesets have it
         if (status == vexsim::Ok) {
             if (!container.complete)
-                remark(std::string("not all members of ") + kind + ' ' + quoted(*container.name) +
-                       " were read");
+                remark(std::string("not all members of ") + kind + ' ' + *container.name + " were read");
             return true;
         }
-        remark(std::string(kind) + " is called " + quoted(*container.name) + ", which none can be");
+        remark(std::string("one ") + kind + " is called \"" + *container.name + "\", which none can be");
         return false;
     }
 
     void takeAlias(const Container& alias) {
-        if (!create("an alias", alias, &ZoningDatabase::createAlias)) return;
+        if (!create("alias", alias, &ZoningDatabase::createAlias)) return;
         for (const recording::Member& member : alias.members)
             addMember(member, *alias.name, *_database.aliases.find(*alias.name),
                       &ZoningDatabase::addAliasMember);
     }
 
     void takeZone(const Container& zone) {
-        if (!create("a zone", zone, &ZoningDatabase::createZone)) return;
+        if (!create("zone", zone, &ZoningDatabase::createZone)) return;
         vexsim::ZoneContent& made = *_database.zones.find(*zone.name);
         const int64_t type = zone.type.value_or(VEX_ZT_SOFT);
         if (type >= VEX_ZT_SOFT && type <= VEX_ZT_HARD_ACL) {
             made.type = static_cast<vex_fzs_zone_type_e>(type);
         } else {
-            remark("zone " + quoted(*zone.name) + " has a type that no zone has, " + std::to_string(type));
+            remark("zone " + *zone.name + " has a type that no zone has, " + std::to_string(type));
         }
         for (const recording::Member& member : zone.members)
             addMember(member, *zone.name, made, &ZoningDatabase::addZoneMember);
@@ -87,8 +86,7 @@ class Filling {
         const bool good = id && (_database.*add)(name, memberText(*id)) == vexsim::Ok &&
                           made.members.size() > before && made.members.back() == *id;
         if (!good) {
-            remark(quoted(name) + " has a member that no switch file can name" +
-                   (id ? ", " + quoted(memberText(*id)) : ""));
+            remark(name + " has a member that no switch file can name" + (id ? ", " + memberText(*id) : ""));
         }
     }
 
@@ -144,7 +142,7 @@ void addActive(const Zoneset& active, const ZoningDatabase& configured, Table& t
         table.add("active", quoted(active.name));
         if (!equal) {
             remarks.push_back("active zoneset: not all of it was read, so the configured zoneset " +
-                              quoted(active.name) + " stands for it");
+                              active.name + " stands for it");
         }
     } else {
         remarks.insert(remarks.end(), missing.begin(), missing.end());
@@ -179,7 +177,12 @@ size_t describeZoning(const Answers& answers, Document& document, std::vector<st
     if (zoning.all || zoning.names || zoning.limits || zoning.active) {
         Table table{"[zoning]"};
         ZoningDatabase own;
-        if (zoning.active) addActive(*zoning.active, configured, table, own, remarks);
+        if (zoning.active) {
+            Zoneset active = *zoning.active;
+            const std::string* const name = answers.value("Oper.Zoning.ActiveZoneSet");
+            if (active.name.empty() && name != nullptr) active.name = *name;
+            addActive(active, configured, table, own, remarks);
+        }
         document.tables.push_back(std::move(table));
         if (zoning.limits) addLimits(document, *zoning.limits);
         addTables(document, "zoning", configured);

@@ -6,8 +6,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
-#include <memory>
 
 #include "host/areas.h"
 #include "host/commands.h"
@@ -16,23 +17,27 @@ namespace host {
 
 namespace {
 
-[[noreturn]] void failToWrite(const std::string& path) {
-    throw HostInputError("datacache-host: " + path + " cannot be written: " + std::strerror(errno));
-}
-
-/** Puts a text into a file: whole or not at all, in place of one that is there. */
-void replaceFile(const std::string& path, const std::string& text) {
-    std::string made = path + ".XXXXXX";
+/** Puts a text into a file: whole or not at all, in place of one that is there. False leaves the reason in
+ * errno. */
+bool replaceFile(const std::string& path, const std::string& text) {
+    std::error_code error;
+    const auto kind = std::filesystem::status(path, error).type();
+    if (kind != std::filesystem::file_type::regular && kind != std::filesystem::file_type::not_found) {
+        return static_cast<bool>(std::ofstream(path)
+                                 << text << std::flush);  // a device has no other in its place
+    }
+    const std::string target = std::filesystem::weakly_canonical(path, error);
+    std::string made = target + ".XXXXXX";
     const int descriptor = mkstemp(made.data());
-    if (descriptor == -1) failToWrite(path);
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(fdopen(descriptor, "w"), std::fclose);
-    const bool good = file && std::fwrite(text.data(), 1, text.size(), file.get()) == text.size() &&
-                      std::fflush(file.get()) == 0 && std::rename(made.c_str(), path.c_str()) == 0;
-    if (good) return;
+    if (descriptor == -1) return false;
+    FILE* const file = fdopen(descriptor, "w");
+    bool good = file != nullptr && std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    good = (file == nullptr ? close(descriptor) : std::fclose(file)) == 0 && good;
+    if (good && std::rename(made.c_str(), target.c_str()) == 0) return true;
     const int reason = errno;
     unlink(made.c_str());
     errno = reason;
-    failToWrite(path);
+    return false;
 }
 
 Json summaryOf(const std::string& path, const capture::SwitchFile& file) {
@@ -40,14 +45,16 @@ Json summaryOf(const std::string& path, const capture::SwitchFile& file) {
             {"keys", file.keys}, {"faults", file.faults}, {"remarks", file.remarks}};
 }
 
-/** Writes the switch file and says what it holds. */
-void writeCapture(const HostRequest& request, const recording::Recording& recording) {
+/** Writes the switch file and says what it holds. Returns the exit status. */
+int writeCapture(const HostRequest& request, const recording::Recording& recording) {
     const capture::SwitchFile file = capture::switchFile(recording, request.mask);
     const bool toOutput = request.output == "-";
     if (toOutput) {
         std::cout << file.text;
-    } else {
-        replaceFile(request.output, file.text);
+    } else if (!replaceFile(request.output, file.text)) {
+        std::cerr << "datacache-host: " << request.output << " cannot be written: " << std::strerror(errno)
+                  << std::endl;
+        return EXIT_NOT_DONE;
     }
     for (const std::string& remark : file.remarks)
         std::cerr << "datacache-host: not captured: " << plainText(remark) << '\n';
@@ -60,6 +67,7 @@ void writeCapture(const HostRequest& request, const recording::Recording& record
              << file.faults << '\n';
     }
     told << std::flush;
+    return EXIT_DONE;
 }
 
 recording::Recording loadRecording(const std::string& path) {
@@ -78,8 +86,7 @@ recording::Recording loadRecording(const std::string& path) {
 }  // namespace
 
 int captureRecording(const HostRequest& request) {
-    writeCapture(request, loadRecording(request.replay));
-    return EXIT_DONE;
+    return writeCapture(request, loadRecording(request.replay));
 }
 
 int captureCommand(Session& session, const HostRequest& request) {
@@ -90,10 +97,15 @@ int captureCommand(Session& session, const HostRequest& request) {
     readAreas("all");  // the members of all zones among them
     const std::vector<std::string> stale = Session::state().stale;
     session.finish();
-    writeCapture(request, loadRecording(request.recording));
+    int status = EXIT_NOT_DONE;
+    try {
+        status = writeCapture(request, loadRecording(request.recording));
+    } catch (const HostInputError& error) {  // the process's own recording
+        std::cerr << error.what() << std::endl;
+    }
     session.setUndone("");
     for (const std::string& area : stale) reportStale(area);
-    return stale.empty() ? EXIT_DONE : EXIT_NOT_DONE;
+    return stale.empty() ? status : EXIT_NOT_DONE;
 }
 
 }  // namespace host

@@ -215,12 +215,13 @@ void addCapture(CLI::App& app, CommandLine& line) {
     addTimeout(capture, line.request);
     capture.final_callback([&line] {
         line.request.command = HostRequest::Capture;
-        const bool plays = line.request.strict || line.request.speed || !line.record.empty();
+        const bool plays = line.request.strict || line.request.speed || !line.record.empty() ||
+                           !line.request.transcript.empty();
         if (!line.request.replay.empty() && plays) {
             throw HostInputError(
                 "datacache-host: a recording is captured without being played: --replay goes without "
                 "--strict, "
-                "--speed and --record");
+                "--speed, --record and --transcript");
         }
     });
 }

@@ -2,7 +2,8 @@
  * Plays recordings to the real library, whose vexlib is the replayer.
  *
  *     replay_cache FILE                  strictly, and prints what the library tells
- *     replay_cache --hostile FILE COUNT  so many recordings made from FILE by damage: none may do harm
+ *     replay_cache --hostile FILE COUNT  so many recordings made from FILE by damage, captured as well: none
+ *                                        may do harm
  */
 #include <cstdio>
 #include <fstream>
@@ -10,6 +11,7 @@
 #include <random>
 #include <sstream>
 
+#include "capture/capture.h"
 #include "replayer/vexreplay.h"
 #include "switchlib/NORV_Vex_Lib.h"
 #include "tests/recording/CacheRun.h"
@@ -91,6 +93,7 @@ int playHostile(const std::string& path, int count) {
             std::cout << "no line is told: " << error << std::endl;
             return 1;
         }
+        static_cast<void>(capture::switchFile(recording::load(file), i % 2 == 0));  // throws where it fails
         if (i % 10 == 0) continue;
         CacheRun run;
         play(run, true);
