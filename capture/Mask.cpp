@@ -159,7 +159,7 @@ std::string Mask::word(const std::string& word, Words words) {
     if (wwnOf(word)) return wwn(word);
     in6_addr bytes{};
     char address[INET6_ADDRSTRLEN];
-    for (const auto& [family, make] : {std::pair(AF_INET, ipv4), {AF_INET6, ipv6}}) {
+    for (const auto& [family, make] : {std::pair(AF_INET, &ipv4), {AF_INET6, &ipv6}}) {
         if (!words.addresses || inet_pton(family, word.c_str(), &bytes) != 1) continue;
         inet_ntop(family, &bytes, address, sizeof address);
         return tellsOfHost(address) ? next(address, make, family == AF_INET ? "ipv4" : "ipv6") : word;

@@ -1,6 +1,5 @@
 // Switch files written from live switches and from recordings: what the cache makes of them.
 #include <algorithm>
-#include <fstream>
 #include <map>
 #include <sstream>
 
@@ -12,12 +11,6 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 namespace {
-
-std::string contents(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
 
 std::string example(const std::string& name) {
     return contents(EXAMPLES_DIR "/" + name + ".toml");
@@ -71,26 +64,24 @@ zoneset = [{name = "prod", zones = ["z1"]}, {name = "empty"}]
                          faultOn("vex_smlGetBatch", "Oper.Switch.EnhFaultMonFeature", "result = 5") +
                          faultOn("vex_fzsGetZoneset", "empty", "result = 77");
 
-class Captures : public HostTest {
-  protected:
-    static std::string printed(const std::vector<std::string>& words) {
-        Tool tool(HOST_TOOL, words);
-        tool.finish();
-        return joined(tool.output);
-    }
-    /** All areas but the health, less the place for faults, which is there once there were some. */
-    static std::string areas(const char* option, const std::string& path, std::vector<std::string> but = {}) {
-        but.emplace_back("\"area\":\"health\"");
-        return without(replaced(printed({"show", "all", "--json", option, path}),
-                                R"(,{"code":0,"text":"no fault"})", ""),
-                       but);
-    }
-    static std::string captured(const char* option, const std::string& path) {
-        return printed({"capture", "-", option, path});
-    }
-};
+std::string printed(const std::vector<std::string>& words) {
+    Tool tool(HOST_TOOL, words);
+    tool.finish();
+    return joined(tool.output);
+}
 
-TEST_F(Captures, OfASwitchAreTheSameSwitch) {
+std::string captured(const char* option, const std::string& path) {
+    return printed({"capture", "-", option, path});
+}
+
+/** All areas but the health, less the place for faults, which is there once there were some. */
+std::string areas(const char* option, const std::string& path, std::vector<std::string> but = {}) {
+    but.emplace_back("\"area\":\"health\"");
+    const std::string all = printed({"show", "all", "--json", option, path});
+    return without(replaced(all, R"(,{"code":0,"text":"no fault"})", ""), but);
+}
+
+TEST_F(HostTest, ACapturedSwitchIsTheSameSwitch) {
     const std::string beyond =
         vexsim::writeSwitchFile({90, 3, vexsim::NameScheme::Naa5, false});  // the domain list
     for (const std::string& text :
@@ -106,7 +97,7 @@ TEST_F(Captures, OfASwitchAreTheSameSwitch) {
     }
 }
 
-TEST_F(Captures, OfARecordingAreTheSwitchAtItsEnd) {
+TEST_F(HostTest, ACapturedRecordingIsTheSwitchAtItsEnd) {
     const std::vector<std::string> unread = {"\"area\":\"properties\"", "\"area\":\"lsdb\"",
                                              "\"area\":\"accounts\""};
     const std::string path = writeFile("run.jsonl", "");
@@ -132,7 +123,7 @@ TEST_F(Captures, OfARecordingAreTheSwitchAtItsEnd) {
     }
 }
 
-TEST_F(Captures, TellWhatWasNotReadAndWhatNoFileCanSay) {
+TEST_F(HostTest, ACaptureTellsWhatWasNotReadAndWhatNoFileCanSay) {
     const std::string path = writeFile("all.jsonl", "");
     printed({"show", "all", "--switch", switchFile, "--record", path});
     const std::string bytes = replaced(contents(path), "\"Bad\"", "\"B\\u00ffd\"");
@@ -161,7 +152,7 @@ std::string shape(const std::string& json) {
     return shaped;
 }
 
-TEST_F(Captures, ThatAreMaskedDifferInNamesAlone) {
+TEST_F(HostTest, AMaskedCaptureDiffersInNamesAlone) {
     std::string text = replaced(example("modular-chassis"), "night", "weekend");  // sorted as it is masked
     text = replaced(text, "Modular 128-Port Fibre", "core-a: 192.0.2.32, [192.0.2.33] 00:11:22:AB:cd:ef");
     const std::string file = writeFile("named.toml", text);
