@@ -77,7 +77,7 @@ class Follower {
         const auto* const address =
             record.given.empty() ? nullptr : std::get_if<Address>(&record.given.front());
         if (address == nullptr) return;
-        if (isOneOf(record, kDestroys)) return forget(*address);
+        if (isOneOf(record, kDestroys) && record.status() == 0) return forget(*address);
         const auto found = _alive.find(address->value);
         if (found == _alive.end()) return;
         const std::shared_ptr<Object> object = found->second;
