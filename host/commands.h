@@ -17,6 +17,11 @@ int showCommand(Session& session, const HostRequest& request);
 /** Writes the fabric as Graphviz DOT. */
 int graphCommand(Session& session, const HostRequest& request);
 
+/** Reads all of the switch and writes it as a switch file for the simulated switch. */
+int captureCommand(Session& session, const HostRequest& request);
+/** The same from a recording, which needs no session. Throws HostInputError. */
+int captureRecording(const HostRequest& request);
+
 /** Carries out zoning statements under the fabric's lock, and prints the switch's zoning afterwards. */
 int zoneCommand(Session& session, const HostRequest& request);
 

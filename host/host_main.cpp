@@ -19,6 +19,8 @@ int run(Session& session, const HostRequest& request) {
             return zoneCommand(session, request);
         case HostRequest::Config:
             return configCommand(session, request);
+        case HostRequest::Capture:
+            return captureCommand(session, request);
         default:
             break;
     }
@@ -29,6 +31,8 @@ int run(Session& session, const HostRequest& request) {
 
 int hostMain(void* provider, const HostRequest& request) {
     try {
+        if (request.command == HostRequest::Capture && !request.replay.empty())
+            return captureRecording(request);
         Session session(provider, request);
         session.start();
         session.leave(run(session, request));

@@ -88,8 +88,8 @@ std::string recordOwnCalls(void* provider) {
  * HostInputError. */
 void* loadProvider(CommandLine& line) {
     const std::string chosen = providerPath(line);
-    const bool needsRecording =
-        line.request.command == HostRequest::Capture || line.request.command == HostRequest::Report;
+    const bool captures = line.request.command == HostRequest::Capture && line.request.replay.empty();
+    const bool needsRecording = captures || line.request.command == HostRequest::Report;
     const bool recorded = needsRecording || !line.record.empty();
     void* const provider = load(chosen, RTLD_NOW | (recorded ? RTLD_LOCAL : RTLD_GLOBAL));
     if (dlsym(provider, "vex_IPConnect") == nullptr) {
@@ -118,6 +118,7 @@ constexpr const char* kFooter = R"(Examples:
   datacache-host config --switch examples/blade-module.toml edit "set Config.Services.TelnetEnable True" save
 
   datacache-host run --replay switch.jsonl --speed max
+  datacache-host capture field.toml --replay switch.jsonl
 
 On a switch, --vexlib names its management library.
 
@@ -203,6 +204,28 @@ void addShow(CLI::App& app, CommandLine& line) {
     show.final_callback([&line] { line.request.command = HostRequest::Show; });
 }
 
+void addCapture(CLI::App& app, CommandLine& line) {
+    CLI::App& capture =
+        *app.add_subcommand("capture", "Write the switch as a switch file for the simulated switch");
+    capture.add_option("file", line.request.output, "The switch file, - for standard output")
+        ->required()
+        ->type_name("FILE");
+    capture.add_flag("--mask", line.request.mask, "Replace names, addresses, communities and serial numbers");
+    addCommonOptions(capture, line);
+    addTimeout(capture, line.request);
+    capture.final_callback([&line] {
+        line.request.command = HostRequest::Capture;
+        const bool plays = line.request.strict || line.request.speed || !line.record.empty() ||
+                           !line.request.transcript.empty();
+        if (!line.request.replay.empty() && plays) {
+            throw HostInputError(
+                "datacache-host: a recording is captured without being played: --replay goes without "
+                "--strict, "
+                "--speed, --record and --transcript");
+        }
+    });
+}
+
 void addGraph(CLI::App& app, CommandLine& line) {
     CLI::App& graph = *app.add_subcommand("graph", "Write the fabric as Graphviz DOT");
     addCommonOptions(graph, line);
@@ -248,13 +271,14 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
     addRun(app, line);
     addShow(app, line);
     addGraph(app, line);
+    addCapture(app, line);
     addSession(app, line, given, HostRequest::Zone, "zone", "Edit the fabric's zoning", zoneLanguage());
     addSession(app, line, given, HostRequest::Config, "config", "Edit the switch's configuration",
                configLanguage());
     app.footer(kFooter);  // after the commands, which would print it as well
     if (argc > 1 && argv[1][0] != '-' && !hasCommand(app, argv[1])) {
         throw HostInputError(std::string("datacache-host: no such command: ") + argv[1] +
-                             " (run, show, graph, zone or config; see --help)");
+                             " (run, show, graph, capture, zone or config; see --help)");
     }
     try {
         app.parse(argc, argv);

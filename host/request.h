@@ -39,6 +39,7 @@ struct HostRequest {
     std::string area;                   ///< Show: one of kAreaNames, or "all"
     std::vector<Statement> statements;  ///< Zone, Config
     bool keepGoing = false;             ///< Zone, Config: also after a statement that was not done
+    bool mask = false;                  ///< Capture: names and addresses are replaced
     std::string output;                 ///< Capture, Report: the file to write
     std::string recording;              ///< Capture, Report: where the calls of this process are recorded
 };

@@ -10,6 +10,8 @@
 
 namespace vexsim {
 
+struct Fields;
+
 /** One command of a vex_smlSet or vex_smlSetBatch call. */
 struct Command {
     std::string key;                       /**< "Cmd.Switch.ReqAdmin"; operands are inside it */
@@ -27,6 +29,8 @@ struct Section {
     const char* name;
     bool repeated;
     void (*load)(TableReader& table, Switch& target);
+    /** Those of its fields that stand for a key each; null where it has none. */
+    const Fields& (*fields)() = nullptr;
 };
 
 /** A scenario step. Reading it checks all that can be checked before the scenario starts. */

@@ -56,4 +56,10 @@ struct Fields {
     }
 };
 
+/** Loads a section that has no other fields. */
+template <const Fields& (*fields)()>
+void loadFields(TableReader& table, Switch& target) {
+    fields().load(table, target);
+}
+
 }  // namespace vexsim

@@ -51,19 +51,14 @@ Action readAddress(TableReader& table) {
     };
 }
 
-template <const Fields& (*fields)()>
-void loadFields(TableReader& table, Switch& target) {
-    fields().load(table, target);
-}
-
 }  // namespace
 
 Area propertiesArea() {
     Area made;
     made.name = "properties";
-    made.sections = {{"services", false, loadFields<services>},
-                     {"snmp", false, loadFields<snmp>},
-                     {"network", false, loadFields<network>}};
+    made.sections = {{"services", false, loadFields<services>, services},
+                     {"snmp", false, loadFields<snmp>, snmp},
+                     {"network", false, loadFields<network>, network}};
     made.steps = {
         {"ip_address", readAddress},
         // A setting that somebody else changes, past the edit session.

@@ -99,11 +99,10 @@ Area switchArea() {
     Area made;
     made.name = "switch";
     made.sections = {
-        {"switch", false, loadSwitch},
-        {"features", false, [](TableReader& table, Switch& target) { features().load(table, target); }},
-        {"versions", false, [](TableReader& table, Switch& target) { versions().load(table, target); }},
-        {"manufacturing", false,
-         [](TableReader& table, Switch& target) { manufacturing().load(table, target); }},
+        {"switch", false, loadSwitch, identity},
+        {"features", false, loadFields<features>, features},
+        {"versions", false, loadFields<versions>, versions},
+        {"manufacturing", false, loadFields<manufacturing>, manufacturing},
     };
     made.steps = {
         keyStep({"switch_state",

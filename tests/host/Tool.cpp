@@ -76,3 +76,9 @@ std::string writeFile(const std::string& name, const std::string& text) {
     std::ofstream(path) << text;
     return path;
 }
+
+std::string contents(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}

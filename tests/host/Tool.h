@@ -35,3 +35,4 @@ class Tool {
 
 /** Writes a file that is the running test's own; returns its path. */
 std::string writeFile(const std::string& name, const std::string& text);
+std::string contents(const std::string& path);

@@ -20,6 +20,7 @@ TEST_F(HostTest, WrongUsageAndInputStartNothing) {
         {{"run", "--switch", switchFile, "--for", "0.5s"}, "--for: 0.5s is no number of seconds\n"},
         {{"run", "--switch", malformed}, malformed + ":2: "},
         {{"run", "--switch", switchFile, "--scenario", badStep}, badStep + ":2: "},
+        {{"capture", "x", "--replay", "y", "--strict"}, "captured without being played"},
         {{"zone", "--switch", switchFile}, "no statement"},
         {{"zone", "--switch", switchFile, "lock", "fly away"}, "not understood: fly away"},
         {{"config", "--switch", switchFile, "--script", badScript},

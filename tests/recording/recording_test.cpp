@@ -23,12 +23,6 @@ using ::testing::HasSubstr;
 
 namespace {
 
-std::string contents(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
 /** The switch of which there is a recording of each platform. */
 const std::string kSwitchFile = RECORDINGS_DIR "/switch.toml";
 const std::string kSwitchText = contents(kSwitchFile);

@@ -3,7 +3,8 @@
  *
  *     replay_cache FILE                  strictly, and prints what the library tells
  *     replay_cache --hostile FILE COUNT  recordings made from FILE by damage: so many that are refused or
- *                                        played, and so many that are played; none may do harm
+ *                                        played, and so many that are played; none may do harm, nor when it
+ *                                        is captured
  */
 #include <cstdio>
 #include <fstream>
@@ -11,6 +12,7 @@
 #include <random>
 #include <sstream>
 
+#include "capture/capture.h"
 #include "replayer/vexreplay.h"
 #include "switchlib/NORV_Vex_Lib.h"
 #include "tests/recording/CacheRun.h"
@@ -93,6 +95,8 @@ int playHostile(const std::string& path, int count) {
             std::cout << "no line is told: " << error << std::endl;
             return 1;
         }
+        // It throws where it fails.
+        if (files % 4 == 1) static_cast<void>(capture::switchFile(recording::load(file), files % 8 == 1));
         if (!untouchedStart) continue;
         CacheRun run;
         play(run, true);

@@ -16,7 +16,7 @@ namespace {
 std::mutex linesMutex;
 std::vector<std::string> lines;
 
-void capture(void*, unsigned int level, const char* line, size_t length, size_t message) {
+void captureLine(void*, unsigned int level, const char* line, size_t length, size_t message) {
     const Allocations::Pause own;
     std::string text(line + message, length - message);
     if (!text.empty() && text.back() == '\n') text.pop_back();
@@ -45,7 +45,7 @@ struct OwnLog {
 
 LogCapture::LogCapture() {
     static const OwnLog own;
-    observeLog(capture, nullptr);
+    observeLog(captureLine, nullptr);
     take();
 }
 

@@ -1,0 +1,111 @@
+#include "capture/capture.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include "host/areas.h"
+#include "host/commands.h"
+
+namespace host {
+
+namespace {
+
+/** Puts a text into a file: whole or not at all, in place of one that is there. False leaves the reason in
+ * errno. */
+bool replaceFile(const std::string& path, const std::string& text) {
+    std::error_code error;
+    const auto kind = std::filesystem::status(path, error).type();
+    if (kind != std::filesystem::file_type::regular && kind != std::filesystem::file_type::not_found) {
+        return static_cast<bool>(std::ofstream(path)
+                                 << text << std::flush);  // a device has no other in its place
+    }
+    const std::string target = std::filesystem::weakly_canonical(path, error);
+    std::string made = target + ".XXXXXX";
+    const int descriptor = mkstemp(made.data());
+    if (descriptor == -1) return false;
+    FILE* const file = fdopen(descriptor, "w");
+    bool good = file != nullptr && std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    good = (file == nullptr ? close(descriptor) : std::fclose(file)) == 0 && good;
+    if (good && std::rename(made.c_str(), target.c_str()) == 0) return true;
+    const int reason = errno;
+    unlink(made.c_str());
+    errno = reason;
+    return false;
+}
+
+Json summaryOf(const std::string& path, const capture::SwitchFile& file) {
+    return {{"file", path},      {"ports", file.ports},   {"switches", file.switches}, {"zones", file.zones},
+            {"keys", file.keys}, {"faults", file.faults}, {"remarks", file.remarks}};
+}
+
+/** Writes the switch file and says what it holds. Returns the exit status. */
+int writeCapture(const HostRequest& request, const recording::Recording& recording) {
+    const capture::SwitchFile file = capture::switchFile(recording, request.mask);
+    const bool toOutput = request.output == "-";
+    if (toOutput) {
+        std::cout << file.text;
+    } else if (!replaceFile(request.output, file.text)) {
+        std::cerr << "datacache-host: " << request.output << " cannot be written: " << std::strerror(errno)
+                  << std::endl;
+        return EXIT_NOT_DONE;
+    }
+    for (const std::string& remark : file.remarks)
+        std::cerr << "datacache-host: not captured: " << plainText(remark) << '\n';
+    std::ostream& told = toOutput ? std::cerr : std::cout;
+    if (request.json) {
+        told << jsonLine(summaryOf(request.output, file)) << '\n';
+    } else {
+        told << (toOutput ? "captured" : request.output) << ": ports " << file.ports << ", switches "
+             << file.switches << ", zones " << file.zones << ", keys under [sml] " << file.keys << ", faults "
+             << file.faults << '\n';
+    }
+    told << std::flush;
+    return EXIT_DONE;
+}
+
+recording::Recording loadRecording(const std::string& path) {
+    try {
+        recording::Recording recording = recording::load(path);
+        if (recording.tornLine != 0) {
+            std::cerr << path << ':' << recording.tornLine << ": the last line is not whole and was skipped"
+                      << std::endl;
+        }
+        return recording;
+    } catch (const recording::RecordingError& error) {
+        throw HostInputError(error.what());
+    }
+}
+
+}  // namespace
+
+int captureRecording(const HostRequest& request) {
+    return writeCapture(request, loadRecording(request.replay));
+}
+
+int captureCommand(Session& session, const HostRequest& request) {
+    if (!session.waitRead(request.timeout)) return EXIT_NOT_DONE;
+    session.setUndone("capturing the switch");
+    warnOfCapacity();
+    readAccounts();
+    readAreas("all");  // the members of all zones among them
+    const std::vector<std::string> stale = Session::state().stale;
+    session.finish();
+    int status = EXIT_NOT_DONE;
+    try {
+        status = writeCapture(request, loadRecording(request.recording));
+    } catch (const HostInputError& error) {  // the process's own recording
+        std::cerr << error.what() << std::endl;
+    }
+    session.setUndone("");
+    for (const std::string& area : stale) reportStale(area);
+    return stale.empty() ? status : EXIT_NOT_DONE;
+}
+
+}  // namespace host
