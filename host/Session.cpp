@@ -132,6 +132,9 @@ void Session::reportConnection() {
 
 std::vector<HostEvent> Session::wait() {
     std::vector<HostEvent> events = _queue.wait(100);
+    if (_observer) {
+        for (const HostEvent& event : events) _observer(event);
+    }
     reportConnection();
     return events;
 }

@@ -75,9 +75,6 @@ void printHealth(std::ostream& out, const Json& area);
  */
 void printArea(std::ostream& out, const Json& area);
 
-/** A name in camelCase as words: "powerSupplies" becomes "power supplies". */
-std::string wordsOf(const std::string& name);
-
 /** Reads one key from the switch, past the cache; nothing when the switch does not give it. */
 std::optional<std::string> readKey(const std::string& key);
 

@@ -17,6 +17,9 @@ int showCommand(Session& session, const HostRequest& request);
 /** Writes the fabric as Graphviz DOT. */
 int graphCommand(Session& session, const HostRequest& request);
 
+/** Writes one page that tells all: of a switch, of a scenario, or of a recording. */
+int reportCommand(Session& session, const HostRequest& request);
+
 /** Carries out zoning statements under the fabric's lock, and prints the switch's zoning afterwards. */
 int zoneCommand(Session& session, const HostRequest& request);
 

@@ -19,6 +19,8 @@ int run(Session& session, const HostRequest& request) {
             return zoneCommand(session, request);
         case HostRequest::Config:
             return configCommand(session, request);
+        case HostRequest::Report:
+            return reportCommand(session, request);
         default:
             break;
     }

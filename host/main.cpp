@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -101,6 +102,9 @@ void* loadProvider(CommandLine& line) {
     } else if (needsRecording) {
         line.request.recording = recordOwnCalls(provider);
     }
+    line.request.recordingBegan =
+        std::chrono::nanoseconds(std::chrono::system_clock::now().time_since_epoch()).count();
+    line.request.provider = chosen;
     return provider;
 }
 
@@ -114,6 +118,7 @@ constexpr const char* kFooter = R"(Examples:
   datacache-host run --switch examples/blade-module.toml --for 2 --json
   datacache-host show chassis --switch examples/blade-module.toml
   datacache-host graph --switch examples/blade-module.toml | dot -Tsvg > fabric.svg
+  datacache-host report report.html --switch examples/blade-module.toml
   datacache-host zone --switch examples/blade-module.toml lock "create zone vault" commit
   datacache-host config --switch examples/blade-module.toml edit "set Config.Services.TelnetEnable True" save
 
@@ -177,16 +182,23 @@ void addTimeout(CLI::App& command, HostRequest& request) {
         ->capture_default_str();
 }
 
+/** How long the switch is followed. */
+void addFollowing(CLI::App& command, HostRequest& request) {
+    command
+        .add_option("--scenario", request.scenario,
+                    "Scenario that the simulated switch plays; its end is the end")
+        ->type_name("FILE");
+    command
+        .add_option("--for", request.seconds,
+                    "End after this time (default: at the scenario's end; run without one: on Ctrl-C)")
+        ->type_name("SECONDS")
+        ->check(isTime);
+}
+
 void addRun(CLI::App& app, CommandLine& line) {
     CLI::App& run = *app.add_subcommand("run", "Print events as they come, and the cached state at the end");
     addCommonOptions(run, line);
-    run.add_option("--scenario", line.request.scenario,
-                   "Scenario that the simulated switch plays; its end is the end")
-        ->type_name("FILE");
-    run.add_option("--for", line.request.seconds,
-                   "End after this time (default: at the scenario's end, or on Ctrl-C)")
-        ->type_name("SECONDS")
-        ->check(isTime);
+    addFollowing(run, line.request);
     run.final_callback([&line] { line.request.command = HostRequest::Run; });
 }
 
@@ -208,6 +220,21 @@ void addGraph(CLI::App& app, CommandLine& line) {
     addCommonOptions(graph, line);
     addTimeout(graph, line.request);
     graph.final_callback([&line] { line.request.command = HostRequest::Graph; });
+}
+
+void addReport(CLI::App& app, CommandLine& line) {
+    CLI::App& report = *app.add_subcommand("report", "Write all that is known as one page for a bug report");
+    report.add_option("output", line.request.output, "The page, - for standard output")
+        ->required()
+        ->type_name("OUT.html");
+    addCommonOptions(report, line);
+    report.remove_option(report.get_option("--json"));
+    report.add_option("--json", line.request.factsFile, "Write what the page shows as JSON, too")
+        ->type_name("OUT.json");
+    report.add_flag("--unmasked", line.request.unmasked, "Show names of accounts, communities and passwords");
+    addFollowing(report, line.request);
+    addTimeout(report, line.request);
+    report.final_callback([&line] { line.request.command = HostRequest::Report; });
 }
 
 /** `zone` and `config`: a session of statements. */
@@ -248,13 +275,14 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
     addRun(app, line);
     addShow(app, line);
     addGraph(app, line);
+    addReport(app, line);
     addSession(app, line, given, HostRequest::Zone, "zone", "Edit the fabric's zoning", zoneLanguage());
     addSession(app, line, given, HostRequest::Config, "config", "Edit the switch's configuration",
                configLanguage());
     app.footer(kFooter);  // after the commands, which would print it as well
     if (argc > 1 && argv[1][0] != '-' && !hasCommand(app, argv[1])) {
         throw HostInputError(std::string("datacache-host: no such command: ") + argv[1] +
-                             " (run, show, graph, zone or config; see --help)");
+                             " (run, show, graph, report, zone or config; see --help)");
     }
     try {
         app.parse(argc, argv);
