@@ -5,7 +5,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -102,8 +101,6 @@ void* loadProvider(CommandLine& line) {
     } else if (needsRecording) {
         line.request.recording = recordOwnCalls(provider);
     }
-    line.request.recordingBegan =
-        std::chrono::nanoseconds(std::chrono::system_clock::now().time_since_epoch()).count();
     line.request.provider = chosen;
     return provider;
 }

@@ -148,6 +148,7 @@ int reportCommand(Session& session, const HostRequest& request) {
     if (session.interrupted() && !session.started()) return EXIT_NOT_DONE;
     if (session.interrupted()) session.finish();
     session.setUndone("writing the report");
+    seen.log = logTail();
     readSwitch(session, session.interrupted() ? kSecondsAfterInterrupt : request.timeout, seen);
     session.finish();
     try {

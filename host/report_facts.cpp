@@ -25,6 +25,7 @@ namespace {
 using recording::Recording;
 using report::Secrets;
 
+constexpr char kLogFile[] = "/tmp/cim.out";
 constexpr size_t kMostEntries = 1000;
 constexpr size_t kMostLogLines = 400;
 constexpr off_t kMostLogBytes = 256 << 10;
@@ -34,8 +35,8 @@ Json platformFields() {
     utsname system{};
     uname(&system);
     return {{"platform", std::string(system.sysname) + ' ' + system.release + ", " + system.machine},
-            {"wordSize", sizeof(void*) * 8},
-            {"byteOrder", little ? "little" : "big"}};
+            {"wordSize", std::to_string(sizeof(void*) * 8) + " bits"},
+            {"byteOrder", little ? "little endian" : "big endian"}};
 }
 
 /** The file that the library was loaded from, whose name ends in its version. */
@@ -68,8 +69,8 @@ Json recordingFields(const Recording& recording) {
     size_t notifications = 0;
     uint64_t end = 0;
     Json fields{{"platform", header.platform},
-                {"wordSize", header.wordSize},
-                {"byteOrder", header.bigEndian ? "big" : "little"},
+                {"wordSize", std::to_string(header.wordSize) + " bits"},
+                {"byteOrder", header.bigEndian ? "big endian" : "little endian"},
                 {"begun", header.time},
                 {"masked", header.masked}};
     for (const recording::Record& record : recording.records) {
@@ -78,7 +79,9 @@ Json recordingFields(const Recording& recording) {
         if (record.kind == recording::Record::Kind::End) fields["endedAtItsLimit"] = record.limit;
         end = std::max(end, record.time + record.took);
     }
-    fields.update({{"seconds", end / 1'000'000'000}, {"calls", calls}, {"notifications", notifications}});
+    fields.update({{"lasted", std::to_string(end / 1'000'000'000) + " s"},
+                   {"calls", calls},
+                   {"notifications", notifications}});
     if (recording.tornLine != 0) fields["lineThatIsNotWhole"] = recording.tornLine;
     return fields;
 }
@@ -87,11 +90,11 @@ Json recordingFields(const Recording& recording) {
  * of. */
 class Clocks {
   public:
-    Clocks(const Recording& told, const Recording& own, bool replay, report::WallTime ownBegan)
+    Clocks(const Recording& told, const Recording& own, bool replay)
         : _map(told, own),
           _replay(replay),
-          _ownBegan(ownBegan),
-          _toldBegan(replay ? report::beginOf(told.header) : ownBegan) {}
+          _ownBegan(report::beginOf(own.header)),
+          _toldBegan(report::beginOf(told.header)) {}
 
     report::WallTime toldBegan() const { return _toldBegan; }
     /** On the clock of the recording. */
@@ -156,10 +159,9 @@ std::string tailOf(const char* path) {
     return text;
 }
 
-Json logFields(const Secrets& secrets) {
-    Json log{{"file", "/tmp/cim.out"}};
-    log.update(report::foldedLog(tailOf("/tmp/cim.out.1") + tailOf("/tmp/cim.out"), getpid(), kMostLogLines,
-                                 secrets));
+Json logFields(const std::string& text, const Secrets& secrets) {
+    Json log{{"file", kLogFile}};
+    log.update(report::foldedLog(text, getpid(), kMostLogLines, secrets));
     return log;
 }
 
@@ -241,6 +243,10 @@ std::string titleOf(const std::vector<Json>& areas) {
 
 }  // namespace
 
+std::string logTail() {
+    return tailOf((std::string(kLogFile) + ".1").c_str()) + tailOf(kLogFile);
+}
+
 Json reportFacts(const HostRequest& request, const Witnessed& seen) {
     const bool replay = !request.replay.empty();
     const Recording own = recording::load(request.recording);
@@ -250,7 +256,7 @@ Json reportFacts(const HostRequest& request, const Witnessed& seen) {
     if (replay) secrets.learn(told);
     learnSecrets(secrets, seen);
 
-    const Clocks clocks(told, own, replay, request.recordingBegan);
+    const Clocks clocks(told, own, replay);
     return {{"report", "datacache-host"},
             {"version", 1},
             {"title", titleOf(seen.areas)},
@@ -262,7 +268,7 @@ Json reportFacts(const HostRequest& request, const Witnessed& seen) {
             {"fabric", fabricFields(seen.graph)},
             {"timeline", timeline(told, clocks, seen.events, secrets)},
             {"calls", report::callStatistics(told, secrets)},
-            {"log", logFields(secrets)}};
+            {"log", logFields(seen.log, secrets)}};
 }
 
 }  // namespace host

@@ -15,9 +15,13 @@ struct Witnessed {
     std::deque<HostEvent> events;    ///< the newest of those that the cache told
     std::vector<Json> areas;         ///< those that could be read
     std::optional<Json> graph;       ///< of the fabric
+    std::string log;                 ///< its end, before anything was read for the report alone
     std::string trouble;             ///< why the switch could not be read; empty where it was
     std::vector<std::string> notes;  ///< what else the reader of the report must know
 };
+
+/** The end of the cache's log, and of the file before it. */
+std::string logTail();
 
 /** All that a report says, with secrets masked unless the user wants them shown. Throws
  * recording::RecordingError. */

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -42,7 +41,6 @@ struct HostRequest {
     bool keepGoing = false;             ///< Zone, Config: also after a statement that was not done
     std::string output;                 ///< Capture, Report: the file to write
     std::string recording;              ///< Capture, Report: where the calls of this process are recorded
-    int64_t recordingBegan = 0;         ///< Report: when, in nanoseconds since 1970
     std::string provider;               ///< Report: path of the provider of vexlib
     std::string factsFile;              ///< Report: what the page shows, as JSON; empty for no such file
     bool unmasked = false;              ///< Report: secrets are shown

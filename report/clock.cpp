@@ -35,8 +35,13 @@ std::string localTime(WallTime time) {
 
 WallTime beginOf(const recording::Header& header) {
     tm parts{};
-    const char* const end = strptime(header.time.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts);
-    return end == nullptr ? 0 : static_cast<WallTime>(timegm(&parts)) * kSecond;
+    const char* const rest = strptime(header.time.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
+    if (rest == nullptr) return 0;
+    WallTime begin = static_cast<WallTime>(timegm(&parts)) * kSecond;
+    WallTime digit = kSecond / 10;
+    if (*rest != '.') return begin;
+    for (const char* at = rest + 1; *at >= '0' && *at <= '9'; ++at, digit /= 10) begin += (*at - '0') * digit;
+    return begin;
 }
 
 std::vector<ClockMap::Interval> ClockMap::intervalsOf(const recording::Recording& recording) {

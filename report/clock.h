@@ -16,7 +16,7 @@ WallTime now();
 /** Local time in ISO 8601 with milliseconds and offset. */
 std::string localTime(WallTime time);
 
-/** When a recording began, to the second; 0 for a header without a time. */
+/** When a recording began; 0 for a header without a time. */
 WallTime beginOf(const recording::Header& header);
 
 /**

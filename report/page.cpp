@@ -6,6 +6,11 @@ namespace report {
 
 namespace {
 
+/** Whether there is more than the health. */
+bool isRead(const Json& facts) {
+    return !areaOf(facts, "ports").is_null();
+}
+
 /** The state of an area of the cache. */
 Markup stateOf(const Json& area) {
     if (area["upToDate"] == true) return badge(Tone::Good, "up to date");
@@ -17,7 +22,7 @@ Markup stateOf(const Json& area) {
 Markup failureOf(const Json& failure) {
     if (failure.is_null()) return cell(Json());
     return Markup::element(
-        "td", Markup(valueText(failure["text"])) + Markup::element("small", valueText(failure["time"])));
+        "td", Markup(valueText(failure["text"])) + Markup::element("small", momentText(failure["time"])));
 }
 
 Markup healthSection(const Json& facts) {
@@ -27,8 +32,8 @@ Markup healthSection(const Json& facts) {
     for (const Json& area : health["areas"]) {
         if (area["upToDate"] == true) ++good;
         Markup cells = Markup::element("th", valueText(area["name"])) + Markup::element("td", stateOf(area));
-        for (const char* field : {"lastGoodRead", "reads", "failures", "inARow", "gaps"})
-            cells += cell(area[field]);
+        cells += momentCell(area["lastGoodRead"]);
+        for (const char* field : {"reads", "failures", "inARow", "gaps"}) cells += cell(area[field]);
         rows += row(cells + failureOf(area["lastFailure"]) + failureOf(area["firstGap"]));
     }
     const Markup areas = table({"area", "state", "last good read", ">reads", ">failures", ">in a row",
@@ -37,17 +42,19 @@ Markup healthSection(const Json& facts) {
     return section(
         {"health", "Health",
          std::to_string(good) + " of " + std::to_string(health["areas"].size()) + " areas up to date"},
-        areas + fieldList(health, {"area", "areas"}));
+        areas + fieldList(health, {"area", "upToDate", "areas"}));
 }
 
 Markup switchSection(const Json& facts) {
     const Json& area = areaOf(facts, "switch");
-    const Json& properties = areaOf(facts, "properties");
-    Markup content = fieldList(area, {"area"});
-    if (!properties.is_null()) content += part("properties", fieldList(properties, {"area"}));
-    const Json& accounts = areaOf(facts, "accounts");
-    if (!accounts.is_null()) content += part("accounts", fieldList(accounts, {"area"}));
-    return section({"switch", "Switch", valueText(area.value("wwn", Json()))}, content);
+    Markup names;
+    for (const Json& account : areaOf(facts, "accounts")["accounts"])
+        names += Markup::element("li", valueText(account["name"]));
+    const Markup accounts = Markup::element("ul", {{"class", "units"}}, names);
+    return section({"switch", "Switch", valueText(area["wwn"]), false, area["upToDate"]},
+                   fieldList(area, {"area", "upToDate"}) +
+                       part("properties", fieldList(areaOf(facts, "properties"), {"area"})) +
+                       part("accounts", names.empty() ? paragraph("none") : accounts));
 }
 
 Tone toneOfPart(const Json& status) {
@@ -70,13 +77,32 @@ Markup unitsOf(const Json& units, const char* name) {
 Markup chassisSection(const Json& facts) {
     const Json& chassis = areaOf(facts, "chassis");
     const Json& blades = areaOf(facts, "blades");
-    Markup content = fieldList(chassis, {"area", "powerSupplies", "fans"}) +
-                     unitsOf(chassis["powerSupplies"], "power supply ") + unitsOf(chassis["fans"], "fan ");
-    if (!blades.is_null()) content += part("blades", fieldList(blades, {"area"}));
+    Json taken = Json::array();
+    for (const Json& slot : blades["slots"]) {
+        if (!slot["operationalStatus"].is_null()) taken.push_back(slot);
+    }
+    const Markup slots =
+        part(counted(blades["slotCount"], "slot") + ", " + counted(taken.size(), "blade") + " known",
+             taken.empty() ? Markup() : table(taken));
     return section({"chassis", "Chassis and blades",
                     counted(chassis["powerSupplies"].size(), "power supply") + ", " +
-                        counted(chassis["fans"].size(), "fan")},
-                   content);
+                        counted(chassis["fans"].size(), "fan"),
+                    false, chassis["upToDate"] == true && blades["upToDate"] == true},
+                   fieldList(chassis, {"area", "upToDate", "powerSupplies", "fans"}) +
+                       unitsOf(chassis["powerSupplies"], "power supply ") + unitsOf(chassis["fans"], "fan ") +
+                       slots);
+}
+
+Markup recordingNote(const Json& recording) {
+    const std::string what =
+        "This is a recording, of " + valueText(recording["platform"]) + " (" +
+        valueText(recording["wordSize"]) + ", " + valueText(recording["byteOrder"]) + "), begun " +
+        valueText(recording["begun"]) +
+        ". Timeline and calls are as recorded; the state of the switch is that at the recording's "
+        "end; health and log are those of its replay.";
+    return Markup::element(
+        "div", {{"class", "notes"}},
+        Markup::element("p", what) + fieldList(recording, {"platform", "wordSize", "byteOrder", "begun"}));
 }
 
 /** What the report is about, and whether all is well. */
@@ -89,11 +115,12 @@ Markup heading(const Json& facts) {
     Markup notes;
     for (const Json& note : facts["notes"]) notes += Markup::element("li", valueText(note));
     if (!notes.empty()) head += Markup::element("ul", {{"class", "notes"}}, notes);
+    if (!facts["recording"].is_null()) head += recordingNote(facts["recording"]);
     return Markup::element("header", head + fieldList(facts["made"]));
 }
 
 Markup navigation(const Json& facts) {
-    const bool areas = !areaOf(facts, "ports").is_null();
+    const bool areas = isRead(facts);
     Markup links;
     const auto link = [&](const char* id, const char* title) {
         links += Markup::element("a", {{"href", std::string("#") + id}}, Markup(title));
@@ -120,7 +147,7 @@ Markup navigation(const Json& facts) {
 
 std::string page(const Json& facts, const std::string& nonce) {
     Markup body = heading(facts) + navigation(facts) + healthSection(facts);
-    if (!areaOf(facts, "ports").is_null()) {
+    if (isRead(facts)) {
         body += switchSection(facts) + chassisSection(facts) + portsSection(facts) + fabricSection(facts) +
                 zoningSection(facts);
     }

@@ -86,11 +86,12 @@ Markup fabricSection(const Json& facts) {
     Markup content = layout.is_null()
                          ? paragraph("No picture: " + valueText(facts["fabric"]["noPicture"]) + ".")
                          : picture(graph, layout);
-    content += fieldList(area, {"area"});
+    content += fieldList(area, {"area", "upToDate"});
     if (isTable(graph["links"])) content += part("links", table(graph["links"]));
     if (!lsdb.is_null())
         content += part("link state database and attached devices", fieldList(lsdb, {"area"}), false);
-    return section({"fabric", "Fabric", counted(area["switches"].size(), "switch")}, content);
+    return section({"fabric", "Fabric", counted(area["switches"].size(), "switch"), false, area["upToDate"]},
+                   content);
 }
 
 }  // namespace report

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 
 namespace report {
 
@@ -38,15 +39,8 @@ std::string valueText(const Json& value) {
     if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
     if (value.is_string())
         return value.get_ref<const std::string&>().empty() ? "-" : value.get<std::string>();
-    if (value.is_object()) {
-        if (value.contains("code"))
-            return valueText(value["code"]) + ' ' + valueText(value.value("text", Json()));
-        std::string text;
-        for (const auto& field : value.items()) {
-            text += (text.empty() ? "" : ", ") + wordsOf(field.key()) + ' ' + valueText(field.value());
-        }
-        return text;
-    }
+    if (value.is_object())
+        return valueText(value.value("code", Json())) + ' ' + valueText(value.value("text", Json()));
     if (!value.is_array()) return value.dump();
     std::string list;
     for (const Json& element : value) list += (list.empty() ? "" : ", ") + valueText(element);
@@ -60,6 +54,8 @@ Markup fieldList(const Json& object, const std::vector<std::string>& without) {
         if (std::find(without.begin(), without.end(), field.key()) != without.end()) continue;
         if (isTable(field.value())) {
             tables += part(wordsOf(field.key()), table(field.value()));
+        } else if (field.value().is_object() && !field.value().contains("code")) {
+            tables += part(wordsOf(field.key()), fieldList(field.value()));
         } else {
             list += Markup::element("div", Markup::element("dt", wordsOf(field.key())) +
                                                Markup::element("dd", valueText(field.value())));
@@ -94,6 +90,16 @@ Markup table(const std::vector<std::string>& headings, const Markup& rows) {
         Markup::element("table", Markup::element("thead", row(head)) + Markup::element("tbody", rows)));
 }
 
+std::string momentText(const Json& time) {
+    std::string text = valueText(time).substr(0, std::strlen("2026-11-21T08:33:54"));
+    std::replace(text.begin(), text.end(), 'T', ' ');
+    return text;
+}
+
+Markup momentCell(const Json& time) {
+    return Markup::element("td", {{"class", "moment"}}, Markup(momentText(time)));
+}
+
 Markup cell(const Json& value) {
     if (value.is_number()) return Markup::element("td", {{"class", "number"}}, Markup(valueText(value)));
     return Markup::element("td", valueText(value));
@@ -117,9 +123,9 @@ Markup section(const Section& head, const Markup& content) {
             Markup::element("input", {{"type", "search"}, {"placeholder", what}, {"aria-label", what}}) +
                 Markup::element("output", Markup()));
     }
-    const Markup title =
-        Markup::element("h2", head.title) +
-        (head.hint.empty() ? Markup() : Markup::element("span", {{"class", "hint"}}, Markup(head.hint)));
+    Markup title = Markup::element("h2", head.title);
+    if (!head.hint.empty()) title += Markup::element("span", {{"class", "hint"}}, Markup(head.hint));
+    if (!head.upToDate) title += badge(Tone::Bad, "not up to date");
     return Markup::element(
         "section", {{"id", head.id}},
         Markup::element("details", {{"open", ""}}, Markup::element("summary", title) + body + content));

@@ -20,7 +20,7 @@ Markup badge(Tone tone, std::string_view text);
  * commas. */
 std::string valueText(const Json& value);
 
-/** An object as names and values; its tables, which are lists of rows, below them. */
+/** An object as names and values; what is a list of rows or an object itself, below them. */
 Markup fieldList(const Json& object, const std::vector<std::string>& without = {});
 
 /** Rows under their headings. */
@@ -29,6 +29,9 @@ Markup table(const Json& rows);
 Markup table(const std::vector<std::string>& headings, const Markup& rows);
 
 Markup cell(const Json& value);
+/** A point of time, to the second. */
+std::string momentText(const Json& time);
+Markup momentCell(const Json& time);
 Markup row(const Markup& cells);
 /** One that a search can hide. */
 Markup searchedRow(const Markup& cells);
@@ -39,6 +42,7 @@ struct Section {
     const char* title;
     std::string hint;
     bool searched = false;  ///< has rows that can be searched
+    bool upToDate = true;
 };
 Markup section(const Section& head, const Markup& content);
 

@@ -42,7 +42,7 @@ Markup portsSection(const Json& facts) {
         tiles += portTile(port);
         rows += portRow(port);
     }
-    Markup content = fieldList(area, {"area", "ports"});
+    Markup content = fieldList(area, {"area", "upToDate", "ports"});
     if (!rows.empty()) {
         std::vector<std::string> headings;
         for (const std::string& column : columnsOf(area["ports"])) headings.push_back(wordsOf(column));
@@ -50,9 +50,10 @@ Markup portsSection(const Json& facts) {
         content +=
             Markup::element("ul", {{"class", "panel"}}, tiles) + part("every port", table(headings, rows));
     }
-    return section({"ports", "Ports",
-                    std::to_string(online) + " of " + std::to_string(area["ports"].size()) + " OK", true},
-                   content);
+    return section(
+        {"ports", "Ports", std::to_string(online) + " of " + std::to_string(area["ports"].size()) + " OK",
+         true, area["upToDate"]},
+        content);
 }
 
 }  // namespace report

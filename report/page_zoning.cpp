@@ -57,8 +57,9 @@ Markup zoningSection(const Json& facts) {
     } else {
         tree += paragraph("The configured zoning is not loaded.");
     }
-    return section({"zoning", "Zoning", "active: " + valueText(area["activeZoneset"]), true},
-                   fieldList(area, {"area", "zonesets", "zones", "aliases"}) + tree);
+    return section(
+        {"zoning", "Zoning", "active: " + valueText(area["activeZoneset"]), true, area["upToDate"]},
+        fieldList(area, {"area", "upToDate", "zonesets", "zones", "aliases"}) + tree);
 }
 
 }  // namespace report

@@ -91,7 +91,9 @@ std::vector<Happening> happeningsOf(const recording::Recording& recording, WallT
                           {"name", names(record.event->code)},
                           {"text", secrets.event(record.event->code, record.event->text)}});
     }
-    for (const Pass& pass : passes) add(pass.begin, passFields(pass, secrets));
+    for (const Pass& pass : passes) {
+        if (!pass.calls.empty()) add(pass.begin, passFields(pass, secrets));
+    }
     return happenings;
 }
 

@@ -32,7 +32,8 @@ struct Happening {
 /** What a switch event is called. */
 using EventNames = const char* (*)(int32_t code);
 
-/** The switch events and passes of a recording, which began at `begin`. */
+/** The switch events and passes of a recording, which began at `begin`; less the passes that found nothing to
+ * read. */
 std::vector<Happening> happeningsOf(const recording::Recording& recording, WallTime begin,
                                     const std::vector<Pass>& passes, EventNames names,
                                     const Secrets& secrets);
