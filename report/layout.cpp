@@ -1,6 +1,7 @@
 #include "report/layout.h"
 
 #include <cmath>
+#include <iomanip>
 #include <sstream>
 #include <vector>
 
@@ -9,6 +10,7 @@ namespace report {
 namespace {
 
 constexpr size_t kMostPoints = 1000;  // of a curve
+constexpr int kLabelDigits = 5;       // about as wide as the label in the picture
 constexpr double kLargest = 1e5;      // inches
 
 /** Names that are given out: n and l with the number of the switch or link. */
@@ -67,7 +69,7 @@ bool allPlaced(const Json& list) {
 std::string layoutInput(const Json& graph) {
     std::ostringstream text;
     std::vector<std::pair<int, size_t>> domains;
-    text << "graph fabric {\n  graph [nodesep=0.5, ranksep=0.8]\n  edge [fontsize=11]\n  node [shape=box, "
+    text << "graph fabric {\n  graph [nodesep=0.5, ranksep=0.8]\n  edge [fontsize=14]\n  node [shape=box, "
             "fixedsize=true, label=\"\", width="
          << kSwitchWidth << ", height=" << kSwitchHeight << "]\n";
     for (const Json& one : graph["switches"]) {
@@ -82,8 +84,8 @@ std::string layoutInput(const Json& graph) {
     };
     size_t index = 0;
     for (const Json& link : graph["links"]) {
-        text << "  n" << indexOf(link["from"]) << " -- n" << indexOf(link["to"]) << " [label=\"l" << index++
-             << "\"]\n";
+        text << "  n" << indexOf(link["from"]) << " -- n" << indexOf(link["to"]) << " [label=\"l"
+             << std::setfill('0') << std::setw(kLabelDigits) << index++ << "\"]\n";
     }
     text << "}\n";
     return text.str();

@@ -116,7 +116,9 @@ Markup heading(const Json& facts) {
     for (const Json& note : facts["notes"]) notes += Markup::element("li", valueText(note));
     if (!notes.empty()) head += Markup::element("ul", {{"class", "notes"}}, notes);
     if (!facts["recording"].is_null()) head += recordingNote(facts["recording"]);
-    return Markup::element("header", head + fieldList(facts["made"]));
+    Json made = facts["made"];
+    made["reportMade"] = momentText(made["reportMade"]);
+    return Markup::element("header", head + fieldList(made));
 }
 
 Markup navigation(const Json& facts) {

@@ -14,6 +14,8 @@ for (const search of document.querySelectorAll(".search")) {
       row.hidden = !words.every((word) => texts[i].includes(word));
       if (!row.hidden) shown += 1;
     });
+    for (const tile of section.querySelectorAll("[data-follows]"))
+      tile.hidden = rows[tile.dataset.follows].hidden;
     for (const group of section.querySelectorAll("[data-group]"))
       group.hidden = words.length > 0 && group.querySelector("[data-row]:not([hidden])") === null;
     found.textContent = words.length === 0 ? "" : shown + " of " + rows.length;

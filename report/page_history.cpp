@@ -22,7 +22,7 @@ Markup detail(std::string_view text) {
 
 Markup passText(const Json& entry) {
     const bool complete = entry["complete"] == true;
-    std::string text = milliseconds(entry["milliseconds"]) + ", " + counted(entry["calls"], "call");
+    std::string text = duration(entry["milliseconds"]) + ", " + counted(entry["calls"], "call");
     if (entry["failed"] != 0) text += ", " + valueText(entry["failed"]) + " failed";
     Markup made =
         badge(complete ? Tone::Good : Tone::Warning, complete ? "all up to date" : "not all up to date") +
@@ -31,7 +31,7 @@ Markup passText(const Json& entry) {
         const Json& slowest = entry["slowest"];
         const std::string key = slowest["key"];
         made += detail("slowest: " + valueText(slowest["function"]) + (key.empty() ? "" : " " + key) + ", " +
-                       milliseconds(slowest["milliseconds"]));
+                       duration(slowest["milliseconds"]));
     }
     return made;
 }
@@ -75,8 +75,8 @@ Markup costTable(const Json& rows, const std::vector<std::string>& columns, cons
         for (const std::string& column : columns) {
             const Json& value = one[column];
             const bool time = column == "milliseconds" || column == "longest";
-            cells += time ? Markup::element("td", {{"class", "number"}}, Markup(milliseconds(value)))
-                          : cell(value);
+            cells +=
+                time ? Markup::element("td", {{"class", "number"}}, Markup(duration(value))) : cell(value);
             if (column == "milliseconds") cells += bar(value, whole);
         }
         body += row(cells);
@@ -123,7 +123,7 @@ Markup timelineSection(const Json& facts) {
 
 Markup callsSection(const Json& facts) {
     const Json& calls = facts["calls"];
-    const std::string hint = counted(calls["count"], "call") + " in " + milliseconds(calls["milliseconds"]) +
+    const std::string hint = counted(calls["count"], "call") + " in " + duration(calls["milliseconds"]) +
                              (calls["failed"] == 0 ? "" : ", " + valueText(calls["failed"]) + " failed");
     return section(
         {"calls", "Calls of the switch library", hint},

@@ -150,10 +150,18 @@ std::string counted(size_t count, std::string what) {
     return std::to_string(count) + ' ' + what;
 }
 
-std::string milliseconds(const Json& value) {
+std::string duration(const Json& milliseconds) {
     char text[64];
-    const double number = value.is_number() ? value.get<double>() : 0;
-    std::snprintf(text, sizeof text, number < 10 ? "%.2f ms" : number < 1000 ? "%.1f ms" : "%.0f ms", number);
+    const double number = milliseconds.is_number() ? milliseconds.get<double>() : 0;
+    if (number < 1) {
+        std::snprintf(text, sizeof text, "%.0f \u00b5s", number * 1000);
+    } else {
+        std::snprintf(text, sizeof text,
+                      number < 10     ? "%.2f ms"
+                      : number < 1000 ? "%.1f ms"
+                                      : "%.0f ms",
+                      number);
+    }
     return text;
 }
 

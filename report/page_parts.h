@@ -54,8 +54,8 @@ Markup paragraph(std::string_view text);
 /** "1 zone", "2 zones", "2 aliases". */
 std::string counted(size_t count, std::string what);
 
-/** "12.3 ms" */
-std::string milliseconds(const Json& value);
+/** Milliseconds as "12.3 ms" or "38 µs". */
+std::string duration(const Json& milliseconds);
 
 /** An area by its name; null where the report has none. */
 const Json& areaOf(const Json& facts, const char* name);

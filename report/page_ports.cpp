@@ -12,9 +12,10 @@ Tone toneOfPort(const Json& status) {
     return code == 10 ? Tone::Off : Tone::Warning;
 }
 
-Markup portTile(const Json& port) {
+/** A tile goes with its row, which has all that can be searched for. */
+Markup portTile(const Json& port, size_t row) {
     return Markup::element(
-        "li", {{"data-row", ""}},
+        "li", {{"data-follows", std::to_string(row)}},
         Markup::element("b", valueText(port["index"])) +
             badge(toneOfPort(port["operationalStatus"]), valueText(port["operationalStatus"]["text"])) +
             Markup::element("small", valueText(port["type"]["text"])));
@@ -37,9 +38,10 @@ Markup portsSection(const Json& facts) {
     Markup tiles;
     Markup rows;
     size_t online = 0;
+    size_t number = 0;
     for (const Json& port : area["ports"]) {
         if (toneOfPort(port["operationalStatus"]) == Tone::Good) ++online;
-        tiles += portTile(port);
+        tiles += portTile(port, number++);
         rows += portRow(port);
     }
     Markup content = fieldList(area, {"area", "upToDate", "ports"});
