@@ -1,7 +1,10 @@
+#include <algorithm>
 #include <chrono>
-#include <future>
+#include <condition_variable>
 #include <iostream>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <random>
 #include <thread>
 
@@ -67,43 +70,81 @@ int watch(Session& session, const HostRequest& request, Witnessed& seen) {
     }
 }
 
-/** What is read with the cache locked, or from the switch itself. */
-struct Reading {
-    std::vector<Json> areas;
-    Json graph;
+/** What is read of the switch, piece by piece, as any piece may wait for ever for it. */
+class Reading {
+  public:
+    /** Reads on a thread of its own, which is left behind where it does not come back in time. */
+    static std::shared_ptr<Reading> start() {
+        auto reading = std::make_shared<Reading>();
+        std::thread([reading] { reading->read(); }).detach();
+        return reading;
+    }
+
+    /** Whether all was read, within so many seconds. */
+    bool wait(double seconds) {
+        std::unique_lock<std::mutex> guard(_mutex);
+        return _done.wait_for(guard, std::chrono::duration<double>(seconds),
+                              [this] { return _graph.has_value(); });
+    }
+
+    void moveTo(Witnessed& seen) {
+        const std::lock_guard<std::mutex> guard(_mutex);
+        seen.areas = std::move(_areas);
+        seen.graph = std::move(_graph);
+    }
+
+  private:
+    void read() {
+        keep(readAreas("cached"));
+        readAccounts();
+        for (const char* name : {"accounts", "properties", "lsdb"}) keep(readAreas(name));
+        Json graph = fabricGraph();
+        const std::lock_guard<std::mutex> guard(_mutex);
+        _graph = std::move(graph);
+        _done.notify_one();
+    }
+
+    /** The accounts that the cache has are not what the switch has now. */
+    void keep(std::vector<Json> areas) {
+        const std::lock_guard<std::mutex> guard(_mutex);
+        const bool all = areas.size() > 1;
+        for (Json& area : areas) {
+            if (!all || area["area"] != "accounts") _areas.push_back(std::move(area));
+        }
+    }
+
+    std::mutex _mutex;
+    std::condition_variable _done;
+    std::vector<Json> _areas;
+    std::optional<Json> _graph;
 };
 
-/** Reads all areas on a thread of its own, as the switch may let it wait for ever; null when it has not come
- * back. */
-std::unique_ptr<Reading> readAll(double seconds) {
-    auto promise = std::make_shared<std::promise<Reading>>();
-    std::future<Reading> reading = promise->get_future();
-    std::thread([promise] {
-        try {
-            readAccounts();
-            std::vector<Json> areas = readAreas("all");
-            promise->set_value({std::move(areas), fabricGraph()});
-        } catch (...) {
-            promise->set_exception(std::current_exception());
-        }
-    }).detach();
-    if (reading.wait_for(std::chrono::duration<double>(seconds)) != std::future_status::ready) return nullptr;
-    return std::make_unique<Reading>(reading.get());
+/** The areas that a complete report has and this one lacks. */
+std::vector<std::string> missingAreas(const std::vector<Json>& areas) {
+    std::vector<std::string> names;
+    for (const char* name : kAreaNames) {
+        const auto named = [&](const Json& area) { return area["area"] == name; };
+        if (std::none_of(areas.begin(), areas.end(), named)) names.emplace_back(name);
+    }
+    return names;
 }
 
 void readSwitch(Session& session, double seconds, Witnessed& seen) {
-    const std::unique_ptr<Reading> reading = seen.trouble.empty() ? readAll(seconds) : nullptr;
-    session.wait();  // for the events of accounts that came and went
-    if (reading) {
-        seen.areas = reading->areas;
-        seen.graph = reading->graph;
-        return;
-    }
     if (seen.trouble.empty()) {
-        seen.trouble = "The cache could not be read in " + secondsText(seconds) + runningPass() + ".";
-        std::cerr << "datacache-host: " << seen.trouble << std::endl;
+        const std::shared_ptr<Reading> reading = Reading::start();
+        const bool whole = reading->wait(seconds);
+        reading->moveTo(seen);
+        seen.areas.push_back(healthArea());
+        if (!whole) {
+            const std::vector<std::string> missing = missingAreas(seen.areas);
+            seen.trouble = "Not all could be read in " + secondsText(seconds) +
+                           (missing.empty() ? "" : "; missing: " + listed(missing)) + runningPass() + ".";
+            std::cerr << "datacache-host: " << seen.trouble << std::endl;
+        }
+    } else {
+        seen.areas = {healthArea()};
     }
-    seen.areas = {healthArea()};
+    session.wait();  // for the events of accounts that came and went
 }
 
 std::string nonce() {

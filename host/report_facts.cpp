@@ -79,7 +79,7 @@ Json recordingFields(const Recording& recording) {
         if (record.kind == recording::Record::Kind::End) fields["endedAtItsLimit"] = record.limit;
         end = std::max(end, record.time + record.took);
     }
-    fields.update({{"lasted", std::to_string(end / 1'000'000'000) + " s"},
+    fields.update({{"seconds", static_cast<double>(end / 1'000'000) / 1000},
                    {"calls", calls},
                    {"notifications", notifications}});
     if (recording.tornLine != 0) fields["lineThatIsNotWhole"] = recording.tornLine;
@@ -205,13 +205,13 @@ void learnSecrets(Secrets& secrets, const Witnessed& seen) {
 }
 
 Json fabricFields(const std::optional<Json>& graph) {
-    if (!graph)
-        return {{"graph", {{"switches", Json::array()}, {"links", Json::array()}}},
-                {"noPicture", "the fabric was not read"}};
-    Json fields{{"graph", *graph}, {"layout", nullptr}};
+    const Json none{{"switches", Json::array()}, {"links", Json::array()}};
+    Json fields{
+        {"graph", graph.value_or(none)}, {"layout", nullptr}, {"noPicture", "the links were not read"}};
+    if (!graph) return fields;
     try {
         fields["layout"] = report::layoutOf(*graph, runDot(report::layoutInput(*graph)));
-        if (fields["layout"].is_null()) fields["noPicture"] = "dot's answer is not understood";
+        fields["noPicture"] = fields["layout"].is_null() ? Json("dot's answer is not understood") : Json();
     } catch (const NoPicture& why) {
         fields["noPicture"] = why.what();
     }

@@ -8,7 +8,7 @@ namespace {
 
 /** Whether there is more than the health. */
 bool isRead(const Json& facts) {
-    return !areaOf(facts, "ports").is_null();
+    return !areaOf(facts, "ports").empty();
 }
 
 /** The state of an area of the cache. */
@@ -48,13 +48,14 @@ Markup healthSection(const Json& facts) {
 Markup switchSection(const Json& facts) {
     const Json& area = areaOf(facts, "switch");
     Markup names;
-    for (const Json& account : areaOf(facts, "accounts")["accounts"])
-        names += Markup::element("li", valueText(account["name"]));
-    const Markup accounts = Markup::element("ul", {{"class", "units"}}, names);
+    const Json accounts = areaOf(facts, "accounts").value("accounts", Json());
+    for (const Json& account : accounts) names += Markup::element("li", valueText(account["name"]));
+    const Markup properties = fieldList(areaOf(facts, "properties"), {"area"});
     return section({"switch", "Switch", valueText(area["wwn"]), false, area["upToDate"]},
                    fieldList(area, {"area", "upToDate"}) +
-                       part("properties", fieldList(areaOf(facts, "properties"), {"area"})) +
-                       part("accounts", names.empty() ? paragraph("none") : accounts));
+                       part("properties", properties.empty() ? paragraph("not read") : properties) +
+                       part("accounts", names.empty() ? paragraph(accounts.is_null() ? "not read" : "none")
+                                                      : Markup::element("ul", {{"class", "units"}}, names)));
 }
 
 Tone toneOfPart(const Json& status) {

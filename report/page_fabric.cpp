@@ -88,7 +88,7 @@ Markup fabricSection(const Json& facts) {
                          : picture(graph, layout);
     content += fieldList(area, {"area", "upToDate"});
     if (isTable(graph["links"])) content += part("links", table(graph["links"]));
-    if (!lsdb.is_null())
+    if (!lsdb.empty())
         content += part("link state database and attached devices", fieldList(lsdb, {"area"}), false);
     return section({"fabric", "Fabric", counted(area["switches"].size(), "switch"), false, area["upToDate"]},
                    content);

@@ -166,7 +166,7 @@ std::string duration(const Json& milliseconds) {
 }
 
 const Json& areaOf(const Json& facts, const char* name) {
-    static const Json none;
+    static const Json none = Json::object();
     for (const Json& area : facts["areas"]) {
         if (area["area"] == name) return area;
     }

@@ -57,7 +57,7 @@ std::string counted(size_t count, std::string what);
 /** Milliseconds as "12.3 ms" or "38 µs". */
 std::string duration(const Json& milliseconds);
 
-/** An area by its name; null where the report has none. */
+/** An area by its name; an empty one where the report has none. */
 const Json& areaOf(const Json& facts, const char* name);
 
 // ---- Sections ----
