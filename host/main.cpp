@@ -74,7 +74,9 @@ void recordCalls(void* provider, const std::string& path) {
  * process ends. Returns a path by which this process can read it.
  */
 std::string recordOwnCalls(void* provider) {
-    const std::string path = std::filesystem::temp_directory_path() / "datacache-host-XXXXXX";
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+    const std::string path = (error ? "/tmp" : folder) / "datacache-host-XXXXXX";
     std::vector<char> name(path.c_str(), path.c_str() + path.size() + 1);
     const int file = mkostemp(name.data(), O_CLOEXEC);
     if (file == -1) throw HostInputError("datacache-host: " + path + ": " + std::strerror(errno));

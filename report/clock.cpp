@@ -11,6 +11,12 @@ namespace {
 constexpr WallTime kSecond = 1'000'000'000;
 constexpr uint64_t kMainThread = 1;
 
+bool readsAccounts(const recording::Record& call) {
+    const auto* const entries = std::get_if<recording::SmlEntries>(&call.in("records"));
+    return entries != nullptr && !entries->empty() &&
+           entries->front().key.find("PotentialUser") != std::string::npos;
+}
+
 }  // namespace
 
 WallTime now() {
@@ -51,7 +57,8 @@ std::vector<ClockMap::Interval> ClockMap::intervalsOf(const recording::Recording
         if (record.kind == recording::Record::Kind::Notification) {
             // Two that overlap may have returned in the other order.
             intervals.push_back({std::max(record.time, intervals.back().begin), {}});
-        } else if (record.kind == recording::Record::Kind::Call && record.thread != kMainThread) {
+        } else if (record.kind == recording::Record::Kind::Call &&
+                   (record.thread != kMainThread || readsAccounts(record))) {
             ends.push_back(record.time + record.took);
         }
     }

@@ -23,8 +23,9 @@ WallTime beginOf(const recording::Header& header);
  * Brings times of a replay to those of the recording that was replayed.
  *
  * The notifications are the same in both, and so, between two of them, are the calls that the cache's
- * threads make: what happened in the replay behind so many of either happened in the recording behind the
- * same. The main thread's calls do not count, as another host makes other ones.
+ * threads make and those that read the accounts: what happened in the replay behind so many of either
+ * happened in the recording behind the same. The main thread's other calls do not count, as another host
+ * makes other ones.
  */
 class ClockMap {
   public:
