@@ -227,7 +227,7 @@ void addReport(CLI::App& app, CommandLine& line) {
         ->required()
         ->type_name("OUT.html");
     addCommonOptions(report, line);
-    report.remove_option(report.get_option("--json"));
+    for (const char* other : {"--json", "--strict"}) report.remove_option(report.get_option(other));
     report.add_option("--json", line.request.factsFile, "Write what the page shows as JSON, too")
         ->type_name("OUT.json");
     report.add_flag("--unmasked", line.request.unmasked, "Show names of accounts, communities and passwords");

@@ -42,9 +42,11 @@ std::string runningPass() {
  * and returns the status so far. */
 int watch(Session& session, const HostRequest& request, Witnessed& seen) {
     if (!session.waitRead(request.timeout)) {
-        seen.trouble = (session.started() ? "The switch was still being read after "
-                                          : "The switch was not reached in ") +
-                       secondsText(request.timeout) + runningPass() + ".";
+        seen.trouble = session.interrupted() ? "Interrupted before the switch was read"
+                       : session.started()
+                           ? "The switch was still being read after " + secondsText(request.timeout)
+                           : "The switch was not reached in " + secondsText(request.timeout);
+        seen.trouble += runningPass() + ".";
         return EXIT_NOT_DONE;
     }
     const bool replay = session.replay().available();
@@ -191,7 +193,6 @@ int reportCommand(Session& session, const HostRequest& request) {
         if (seen.events.size() > kMostHeld) seen.events.pop_front();
     });
     int status = watch(session, request, seen);
-    if (session.interrupted() && !session.started()) return EXIT_NOT_DONE;
     if (session.interrupted()) session.finish();
     session.setUndone("writing the report");
     seen.log = logTail();
