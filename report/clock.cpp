@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <deque>
+#include <map>
+#include <string_view>
 
 namespace report {
 
@@ -11,10 +14,44 @@ namespace {
 constexpr WallTime kSecond = 1'000'000'000;
 constexpr uint64_t kMainThread = 1;
 
-bool readsAccounts(const recording::Record& call) {
+/** The end of a call, and its kind: its function and first key. */
+struct CallEnd {
+    uint64_t time;
+    std::string kind;
+};
+
+/** From a notification, or from the beginning, to the next one. */
+struct Interval {
+    uint64_t begin = 0;
+    std::vector<CallEnd> calls;  ///< in order
+};
+
+std::string firstKey(const recording::Record& call) {
     const auto* const entries = std::get_if<recording::SmlEntries>(&call.in("records"));
-    return entries != nullptr && !entries->empty() &&
-           entries->front().key.find("PotentialUser") != std::string::npos;
+    return entries == nullptr || entries->empty() ? "" : entries->front().key;
+}
+
+std::vector<Interval> intervalsOf(const recording::Recording& recording) {
+    std::vector<Interval> intervals(1);
+    std::vector<CallEnd> ends;
+    for (const recording::Record& record : recording.records) {
+        if (record.kind == recording::Record::Kind::Notification) {
+            // Two that overlap may have returned in the other order.
+            intervals.push_back({std::max(record.time, intervals.back().begin), {}});
+        } else if (record.kind == recording::Record::Kind::Call) {
+            const std::string key = firstKey(record);
+            if (record.thread == kMainThread && key.find("PotentialUser") == std::string::npos) continue;
+            ends.push_back({record.time + record.took, record.function->name + key});
+        }
+    }
+    std::stable_sort(ends.begin(), ends.end(),
+                     [](const CallEnd& one, const CallEnd& other) { return one.time < other.time; });
+    size_t current = 0;
+    for (CallEnd& end : ends) {
+        while (current + 1 < intervals.size() && intervals[current + 1].begin <= end.time) ++current;
+        intervals[current].calls.push_back(std::move(end));
+    }
+    return intervals;
 }
 
 }  // namespace
@@ -50,39 +87,32 @@ WallTime beginOf(const recording::Header& header) {
     return begin;
 }
 
-std::vector<ClockMap::Interval> ClockMap::intervalsOf(const recording::Recording& recording) {
-    std::vector<Interval> intervals(1);
-    std::vector<uint64_t> ends;
-    for (const recording::Record& record : recording.records) {
-        if (record.kind == recording::Record::Kind::Notification) {
-            // Two that overlap may have returned in the other order.
-            intervals.push_back({std::max(record.time, intervals.back().begin), {}});
-        } else if (record.kind == recording::Record::Kind::Call &&
-                   (record.thread != kMainThread || readsAccounts(record))) {
-            ends.push_back(record.time + record.took);
+ClockMap::ClockMap(const recording::Recording& recorded, const recording::Recording& replayed) {
+    const std::vector<Interval> told = intervalsOf(recorded);
+    const std::vector<Interval> replay = intervalsOf(replayed);
+    uint64_t latest = 0;
+    const auto add = [&](uint64_t time, uint64_t toldTime) {
+        latest = std::max(latest, toldTime);
+        _pairs.push_back({time, latest});
+    };
+    for (size_t i = 0; i < replay.size(); ++i) {
+        std::map<std::string_view, std::deque<uint64_t>> ends;
+        if (i < told.size()) {
+            for (const CallEnd& call : told[i].calls) ends[call.kind].push_back(call.time);
+        }
+        add(replay[i].begin, i < told.size() ? told[i].begin : latest);
+        for (const CallEnd& call : replay[i].calls) {
+            std::deque<uint64_t>& same = ends[call.kind];
+            add(call.time, same.empty() ? latest : same.front());
+            if (!same.empty()) same.pop_front();
         }
     }
-    std::sort(ends.begin(), ends.end());
-    size_t current = 0;
-    for (const uint64_t end : ends) {
-        while (current + 1 < intervals.size() && intervals[current + 1].begin <= end) ++current;
-        intervals[current].calls.push_back(end);
-    }
-    return intervals;
 }
 
-ClockMap::ClockMap(const recording::Recording& recorded, const recording::Recording& replayed)
-    : _recorded(intervalsOf(recorded)), _replayed(intervalsOf(replayed)) {}
-
 uint64_t ClockMap::recordedTime(uint64_t replayedTime) const {
-    size_t at = 0;
-    while (at + 1 < _replayed.size() && _replayed[at + 1].begin <= replayedTime) ++at;
-    const std::vector<uint64_t>& made = _replayed[at].calls;
-    const auto calls =
-        static_cast<size_t>(std::upper_bound(made.begin(), made.end(), replayedTime) - made.begin());
-    const Interval& interval = _recorded[std::min(at, _recorded.size() - 1)];
-    if (calls == 0 || interval.calls.empty()) return interval.begin;
-    return interval.calls[std::min(calls, interval.calls.size()) - 1];
+    const auto after = std::upper_bound(_pairs.begin(), _pairs.end(), replayedTime,
+                                        [](uint64_t time, const Pair& pair) { return time < pair.replayed; });
+    return after == _pairs.begin() ? 0 : (after - 1)->recorded;
 }
 
 }  // namespace report

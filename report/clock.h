@@ -22,10 +22,10 @@ WallTime beginOf(const recording::Header& header);
 /**
  * Brings times of a replay to those of the recording that was replayed.
  *
- * The notifications are the same in both, and so, between two of them, are the calls that the cache's
- * threads make and those that read the accounts: what happened in the replay behind so many of either
- * happened in the recording behind the same. The main thread's other calls do not count, as another host
- * makes other ones.
+ * The notifications are the same in both. Between two of them the cache makes the same calls but for a few,
+ * as objects may be found at other addresses; so what happened in the replay after the third call of a kind
+ * happened in the recording after the third call of that kind. Of the main thread's calls only those count
+ * that read the accounts, as another host makes other ones.
  */
 class ClockMap {
   public:
@@ -35,15 +35,11 @@ class ClockMap {
     uint64_t recordedTime(uint64_t replayedTime) const;
 
   private:
-    /** From a notification, or from the beginning, to the next one. */
-    struct Interval {
-        uint64_t begin = 0;
-        std::vector<uint64_t> calls;  ///< their ends, in order
+    struct Pair {
+        uint64_t replayed;
+        uint64_t recorded;
     };
-    static std::vector<Interval> intervalsOf(const recording::Recording& recording);
-
-    const std::vector<Interval> _recorded;
-    const std::vector<Interval> _replayed;
+    std::vector<Pair> _pairs;  ///< in order of both
 };
 
 }  // namespace report

@@ -103,10 +103,10 @@ Markup timelineSection(const Json& facts) {
         const std::string time = entry["time"];
         if (time.substr(0, kDate) != day) {
             day = time.substr(0, kDate);
-            const std::string zone =
-                time.size() > kClock + kClockSize ? time.substr(kClock + kClockSize) : "";
+            std::string title = day + ", UTC";
+            if (time.size() > kClock + kClockSize) title.append(time, kClock + kClockSize);
             rows += Markup::element("tr", {{"class", "day"}},
-                                    Markup::element("th", {{"colspan", "3"}}, Markup(day + ", UTC" + zone)));
+                                    Markup::element("th", {{"colspan", "3"}}, Markup(title)));
         }
         const std::string kind = entry["kind"];
         rows += Markup::element(

@@ -73,6 +73,7 @@ Markup table(const Json& rows) {
         body += row(cells);
     }
     std::vector<std::string> headings;
+    headings.reserve(columns.size());
     for (const std::string& column : columns)
         headings.push_back((isNumeric(rows, column) ? ">" : "") + wordsOf(column));
     return table(headings, body);

@@ -23,9 +23,10 @@ TEST(Report, LogLinesAreFoldedAndThoseOfOthersLeftOut) {
         Json lines = Json::array();
         const Json log = foldedLog(text, 7, 3, Secrets(true));
         for (const Json& line : log["lines"]) {
-            lines.push_back({line["text"]});
-            if (line.contains("times"))
-                lines.back().insert(lines.back().end(), {line["times"], line["until"]});
+            lines.push_back(Json::array({line["text"]}));
+            for (const char* more : {"times", "until"}) {
+                if (line.contains(more)) lines.back().push_back(line[more]);
+            }
         }
         EXPECT_EQ(lines.dump(), expected);
     }
@@ -53,7 +54,7 @@ TEST(Report, TimesOfAReplayBecomeThoseOfTheRecording) {
     std::vector<uint64_t> times;
     for (uint64_t at = 0; at <= 12; ++at)
         times.push_back(ClockMap(told, replay).recordedTime(at * 1'000'000) / 1'000'000);
-    EXPECT_THAT(times, ElementsAre(0, 0, 20, 40, 1000, 1000, 1020, 1050, 9000, 9000, 9020, 9000, 9000));
+    EXPECT_THAT(times, ElementsAre(0, 0, 20, 40, 1000, 1000, 1020, 1050, 9000, 9000, 9020, 9020, 9020));
 }
 
 TEST(Report, APassEndsAtAPauseOrWhereTheCacheSaysSo) {
