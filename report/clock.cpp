@@ -6,6 +6,8 @@
 #include <deque>
 #include <map>
 #include <string_view>
+#include <tuple>
+#include <utility>
 
 namespace report {
 
@@ -44,8 +46,9 @@ std::vector<Interval> intervalsOf(const recording::Recording& recording) {
             ends.push_back({record.time + record.took, record.function->name + key});
         }
     }
-    std::stable_sort(ends.begin(), ends.end(),
-                     [](const CallEnd& one, const CallEnd& other) { return one.time < other.time; });
+    std::sort(ends.begin(), ends.end(), [](const CallEnd& one, const CallEnd& other) {
+        return std::tie(one.time, one.kind) < std::tie(other.time, other.kind);
+    });
     size_t current = 0;
     for (CallEnd& end : ends) {
         while (current + 1 < intervals.size() && intervals[current + 1].begin <= end.time) ++current;
