@@ -4,7 +4,7 @@
 
 #include "capture/Answers.h"
 #include "capture/Mask.h"
-#include "recorder/mask.h"
+#include "recording/mask.h"
 
 namespace capture {
 
@@ -45,7 +45,7 @@ bool isSimulated(const std::string& serial) {
 }
 
 std::string maskKey(Mask& mask, const std::string& key) {
-    const size_t secret = vexrecord::secretPart(key);
+    const size_t secret = recording::secretPart(key);
     if (secret < key.size()) return key.substr(0, secret) + mask.name(secretKind(key), key.substr(secret));
     std::string made;
     for (size_t at = 0; at <= key.size();) {
@@ -57,7 +57,7 @@ std::string maskKey(Mask& mask, const std::string& key) {
 }
 
 std::string maskValue(Mask& mask, const std::string& key, const std::string& value) {
-    if (vexrecord::secretPart(key) != std::string::npos) return mask.name(secretKind(key), value);
+    if (recording::secretPart(key) != std::string::npos) return mask.name(secretKind(key), value);
     if (endsWithAny(key, kNameKeys)) return mask.name("name", value);
     if (key == "Oper.Zoning.ActiveZoneSet") return mask.name("zoneset", value);
     if (key.find("Serial") != std::string::npos) return isSimulated(value) ? value : mask.serial(value);
@@ -151,7 +151,7 @@ void mask(Answers& answers) {
     if (answers.zoning.active) answers.keys.erase("Oper.Zoning.ActiveChecksum");
     // Names first, wherever their keys stand: other texts may mention them.
     for (auto& [key, answer] : answers.keys) {
-        if (endsWithAny(key, kNameKeys) || vexrecord::secretPart(key) != std::string::npos)
+        if (endsWithAny(key, kNameKeys) || recording::secretPart(key) != std::string::npos)
             maskValue(mask, key, answer.value);
     }
     change(answers.keys, [&](const std::string& key, Answer answer) {

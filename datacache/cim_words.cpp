@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "datacache/event_codes.h"
 #include "datacache/event_text.h"
 
 namespace datacache {
@@ -79,6 +80,8 @@ const char* cimWord(CimValue what, uint32_t value) {
             return wordOf(kZoneTypes, value);
         case CimValue::EventType:
             return eventName(static_cast<int32_t>(value));
+        case CimValue::SwitchEvent:
+            return eventCodeName(static_cast<int32_t>(value));
     }
     return "?";
 }

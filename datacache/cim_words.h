@@ -16,7 +16,8 @@ enum class CimValue : uint8_t {
     TransceiverFormat,
     MemberType,  ///< of a zone's or an alias's member
     ZoneType,
-    EventType,  ///< DataCacheEvent::type: the class's name
+    EventType,    ///< DataCacheEvent::type: the class's name
+    SwitchEvent,  ///< vex_eventcode_e: its name; "VEX_EVENT_OTHER" for a value that has none
 };
 
 /** The word for a value, as people read it; "?" for a value that has none. A constant: nobody's to free. */

@@ -1,10 +1,8 @@
 #include "host/EventQueue.h"
 
 #include <chrono>
-#include <ctime>
+#include <cstring>
 #include <exception>
-#include <iomanip>
-#include <sstream>
 #include <string>
 #include <utility>
 
@@ -39,11 +37,10 @@ EventQueue& EventQueue::instance() {
 
 void EventQueue::callback(DataCacheEvent* event) {
     try {
-        HostEvent copy{{}, datacache::eventText(*event), {{"type", event->type}}};
+        HostEvent copy{report::now(), datacache::eventText(*event), {{"type", event->type}}};
         copy.fields["class"] = datacache::eventName(event->type);
         JsonFields fields(copy.fields);
         datacache::visitFields(*event, fields);
-        clock_gettime(CLOCK_REALTIME, &copy.time);
         instance().add(std::move(copy));
     } catch (const std::exception&) {
         // Without memory an event is lost; a callback must not throw.
@@ -87,29 +84,15 @@ int EventQueue::interrupted() const {
     return _interrupted;
 }
 
-namespace {
-
-/** Local time as HH:MM:SS.mmm, or in ISO 8601 with date and offset. */
-std::string localTime(const timespec& time, bool iso) {
-    tm local{};
-    localtime_r(&time.tv_sec, &local);
-    std::ostringstream text;
-    text << std::put_time(&local, iso ? "%Y-%m-%dT%H:%M:%S." : "%H:%M:%S.") << std::setfill('0')
-         << std::setw(3) << time.tv_nsec / 1'000'000;
-    if (!iso) return text.str();
-    text << std::put_time(&local, "%z");
-    return text.str().insert(text.str().size() - 2, ":");  // +0100 as +01:00
-}
-
-}  // namespace
-
 void printEvent(std::ostream& out, const HostEvent& event, bool json) {
+    const std::string time = report::localTime(event.time);
     if (json) {
-        Json line{{"time", localTime(event.time, true)}};
+        Json line{{"time", time}};
         line.update(event.fields);
         out << jsonLine(line) << std::endl;
     } else {
-        out << localTime(event.time, false) << "  " << event.text << std::endl;
+        out << time.substr(std::strlen("2026-11-21T"), std::strlen("08:33:54.134")) << "  " << event.text
+            << std::endl;
     }
 }
 

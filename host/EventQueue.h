@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/json_text.h"
+#include "report/clock.h"
 
 class DataCacheEvent;
 
@@ -14,7 +15,7 @@ namespace host {
 
 /** An event of the cache, as it was when the callback ran. */
 struct HostEvent {
-    timespec time;     ///< CLOCK_REALTIME
+    report::WallTime time;
     std::string text;  ///< as datacache::eventText() gives it
     Json fields;       ///< "type", "class", "wwn" where there is one, and the class's own, in their order
 };

@@ -65,8 +65,9 @@ Session::Session(void* provider, const HostRequest& request) : _simulator(provid
     if (!request.replay.empty()) {
         const bool editing = request.command == HostRequest::Zone || request.command == HostRequest::Config;
         const bool running = request.command == HostRequest::Run;
+        const bool following = running || request.command == HostRequest::Report;
         _replay.open(request.replay, request.strict, request.speed.value_or(running ? 1 : 0),
-                     !editing && !running);
+                     !editing && !following);
     }
     if (!_simulator.available()) {
         for (const auto& [name, file] : {std::pair("--switch", request.switchFile),
@@ -132,6 +133,9 @@ void Session::reportConnection() {
 
 std::vector<HostEvent> Session::wait() {
     std::vector<HostEvent> events = _queue.wait(100);
+    if (_observer) {
+        for (const HostEvent& event : events) _observer(event);
+    }
     reportConnection();
     return events;
 }

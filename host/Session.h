@@ -2,8 +2,10 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/EventQueue.h"
@@ -67,6 +69,9 @@ class Session {
     /** Waits up to a tenth of a second for something to happen, and returns the events that came. */
     std::vector<HostEvent> wait();
 
+    /** Sees every event that wait() returns, also where nobody looks at them. */
+    void observe(std::function<void(const HostEvent&)> observer) { _observer = std::move(observer); }
+
     /** Waits until the switch is connected. False when the time is up, which it then reports, or the user
      * interrupted. Events that come meanwhile are dropped. */
     bool waitConnected(double seconds);
@@ -111,6 +116,7 @@ class Session {
     SimulatedSwitch _simulator;
     ReplayedSwitch _replay;
     EventQueue& _queue = EventQueue::instance();
+    std::function<void(const HostEvent&)> _observer;
     Clock::time_point _begin;
     int _notices = 0;  ///< times that the user was told that there is no connection
     bool _reported = false;

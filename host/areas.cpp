@@ -6,8 +6,12 @@
 #include <vector>
 
 #include "host/request.h"
+#include "report/fields.h"
 
 namespace host {
+
+using report::isTable;
+using report::wordsOf;
 
 std::string listed(const std::vector<std::string>& names) {
     std::string list;
@@ -17,23 +21,6 @@ std::string listed(const std::vector<std::string>& names) {
 
 namespace {
 
-/** The fields that rows have, in the order in which they first come up. */
-std::vector<std::string> columnsOf(const Json& rows) {
-    std::vector<std::string> columns;
-    for (const Json& row : rows) {
-        for (const auto& field : row.items()) {
-            if (std::find(columns.begin(), columns.end(), field.key()) == columns.end()) {
-                columns.push_back(field.key());
-            }
-        }
-    }
-    return columns;
-}
-
-bool isTable(const Json& value) {
-    return value.is_array() && !value.empty() && value[0].is_object() && !value[0].contains("code");
-}
-
 std::string padded(const std::string& text, size_t width, bool right) {
     const std::string blanks(width > text.size() ? width - text.size() : 0, ' ');
     return right ? blanks + text : text + blanks;
@@ -41,7 +28,7 @@ std::string padded(const std::string& text, size_t width, bool right) {
 
 /** Prints rows under their headings; columns of numbers are aligned to the right. */
 void printTable(std::ostream& out, const Json& rows, const std::string& indent) {
-    const std::vector<std::string> columns = columnsOf(rows);
+    const std::vector<std::string> columns = report::columnsOf(rows);
     std::vector<std::string> lines(rows.size() + 1, indent);
     for (const std::string& column : columns) {
         std::vector<std::string> cells{wordsOf(column)};
@@ -62,16 +49,6 @@ void printTable(std::ostream& out, const Json& rows, const std::string& indent) 
 }
 
 }  // namespace
-
-std::string wordsOf(const std::string& name) {
-    std::string words;
-    for (const char letter : name) {
-        const auto code = static_cast<unsigned char>(letter);
-        if (std::isupper(code) != 0 && !words.empty()) words += ' ';
-        words += static_cast<char>(std::tolower(code));
-    }
-    return words;
-}
 
 void printArea(std::ostream& out, const Json& area) {
     std::string heading = plainText(area.value("area", Json()));

@@ -50,6 +50,14 @@ Json lsdbArea();
 /** What the cache knows of itself; waits for nothing. */
 Json healthArea();
 
+/**
+ * The fabric as a graph: its "name", its "switches" with "domain", "wwn", "local", "principal" and "ports"
+ * (each an "index" and, on the local switch, a CIM "status"), its "links" between domains ("from", "to",
+ * "port"), and how far to trust it: the areas of the cache that are "notUpToDate", and whether it is
+ * "complete". Takes the access lock and reads the links from the switch.
+ */
+Json fabricGraph();
+
 /** The fabric's switches, each with "domain", "wwn", "local", "principal" and what `add` adds to it. The
  * caller holds the access lock. */
 Json switchesOf(const FabricCache& fabric, const std::function<void(Json&, const SwitchCache&)>& add);
@@ -66,9 +74,6 @@ void printHealth(std::ostream& out, const Json& area);
  * words.
  */
 void printArea(std::ostream& out, const Json& area);
-
-/** A name in camelCase as words: "powerSupplies" becomes "power supplies". */
-std::string wordsOf(const std::string& name);
 
 /** Reads one key from the switch, past the cache; nothing when the switch does not give it. */
 std::optional<std::string> readKey(const std::string& key);

@@ -1,44 +1,14 @@
 #include "capture/capture.h"
 
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 
 #include "host/areas.h"
 #include "host/commands.h"
+#include "host/replace_file.h"
 
 namespace host {
 
 namespace {
-
-/** Puts a text into a file: whole or not at all, in place of one that is there. False leaves the reason in
- * errno. */
-bool replaceFile(const std::string& path, const std::string& text) {
-    std::error_code error;
-    const auto kind = std::filesystem::status(path, error).type();
-    if (kind != std::filesystem::file_type::regular && kind != std::filesystem::file_type::not_found) {
-        return static_cast<bool>(std::ofstream(path)
-                                 << text << std::flush);  // a device has no other in its place
-    }
-    const std::string target = std::filesystem::weakly_canonical(path, error);
-    std::string made = target + ".XXXXXX";
-    const int descriptor = mkstemp(made.data());
-    if (descriptor == -1) return false;
-    FILE* const file = fdopen(descriptor, "w");
-    bool good = file != nullptr && std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    good = (file == nullptr ? close(descriptor) : std::fclose(file)) == 0 && good;
-    if (good && std::rename(made.c_str(), target.c_str()) == 0) return true;
-    const int reason = errno;
-    unlink(made.c_str());
-    errno = reason;
-    return false;
-}
 
 Json summaryOf(const std::string& path, const capture::SwitchFile& file) {
     return {{"file", path},      {"ports", file.ports},   {"switches", file.switches}, {"zones", file.zones},
@@ -49,11 +19,13 @@ Json summaryOf(const std::string& path, const capture::SwitchFile& file) {
 int writeCapture(const HostRequest& request, const recording::Recording& recording) {
     const capture::SwitchFile file = capture::switchFile(recording, request.mask);
     const bool toOutput = request.output == "-";
-    if (toOutput) {
-        std::cout << file.text;
-    } else if (!replaceFile(request.output, file.text)) {
-        std::cerr << "datacache-host: " << request.output << " cannot be written: " << std::strerror(errno)
-                  << std::endl;
+    try {
+        if (toOutput)
+            std::cout << file.text;
+        else
+            replaceFile(request.output, file.text);
+    } catch (const HostInputError& error) {
+        std::cerr << error.what() << std::endl;
         return EXIT_NOT_DONE;
     }
     for (const std::string& remark : file.remarks)

@@ -21,6 +21,8 @@ int graphCommand(Session& session, const HostRequest& request);
 int captureCommand(Session& session, const HostRequest& request);
 /** The same from a recording, which needs no session. Throws HostInputError. */
 int captureRecording(const HostRequest& request);
+/** Writes one page that tells all: of a switch, of a scenario, or of a recording. */
+int reportCommand(Session& session, const HostRequest& request);
 
 /** Carries out zoning statements under the fabric's lock, and prints the switch's zoning afterwards. */
 int zoneCommand(Session& session, const HostRequest& request);

@@ -6,6 +6,7 @@
 
 #include "datacache/DataCache.h"
 #include "host/areas.h"
+#include "report/fields.h"
 
 namespace host {
 
@@ -197,7 +198,8 @@ void printHealth(std::ostream& out, const Json& area) {
     for (const char* group : {"passes", "events", "capacity"}) {
         std::string line;
         for (const auto& field : area[group].items()) {
-            line += (line.empty() ? "" : ", ") + wordsOf(field.key()) + ' ' + plainText(field.value());
+            line +=
+                (line.empty() ? "" : ", ") + report::wordsOf(field.key()) + ' ' + plainText(field.value());
         }
         shown[group] = line;
     }

@@ -21,8 +21,8 @@ int run(Session& session, const HostRequest& request) {
             return configCommand(session, request);
         case HostRequest::Capture:
             return captureCommand(session, request);
-        default:
-            break;
+        case HostRequest::Report:
+            return reportCommand(session, request);
     }
     return EXIT_WRONG_INPUT;
 }

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
+
+#include "report/fields.h"
 
 namespace host {
 
-/** JSON whose fields keep the order in which they were added. */
-using Json = nlohmann::ordered_json;
+using report::Json;
 
 /**
  * A value as JSON on one line, in ASCII: texts from the switch may hold any bytes, so control characters and

@@ -74,7 +74,9 @@ void recordCalls(void* provider, const std::string& path) {
  * process ends. Returns a path by which this process can read it.
  */
 std::string recordOwnCalls(void* provider) {
-    const std::string path = std::filesystem::temp_directory_path() / "datacache-host-XXXXXX";
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+    const std::string path = (error ? "/tmp" : folder) / "datacache-host-XXXXXX";
     std::vector<char> name(path.c_str(), path.c_str() + path.size() + 1);
     const int file = mkostemp(name.data(), O_CLOEXEC);
     if (file == -1) throw HostInputError("datacache-host: " + path + ": " + std::strerror(errno));
@@ -101,6 +103,7 @@ void* loadProvider(CommandLine& line) {
     } else if (needsRecording) {
         line.request.recording = recordOwnCalls(provider);
     }
+    line.request.provider = chosen;
     return provider;
 }
 
@@ -114,6 +117,7 @@ constexpr const char* kFooter = R"(Examples:
   datacache-host run --switch examples/blade-module.toml --for 2 --json
   datacache-host show chassis --switch examples/blade-module.toml
   datacache-host graph --switch examples/blade-module.toml | dot -Tsvg > fabric.svg
+  datacache-host report report.html --switch examples/blade-module.toml
   datacache-host zone --switch examples/blade-module.toml lock "create zone vault" commit
   datacache-host config --switch examples/blade-module.toml edit "set Config.Services.TelnetEnable True" save
 
@@ -178,16 +182,23 @@ void addTimeout(CLI::App& command, HostRequest& request) {
         ->capture_default_str();
 }
 
+/** How long the switch is followed. */
+void addFollowing(CLI::App& command, HostRequest& request) {
+    command
+        .add_option("--scenario", request.scenario,
+                    "Scenario that the simulated switch plays; its end is the end")
+        ->type_name("FILE");
+    command
+        .add_option("--for", request.seconds,
+                    "End after this time (default: at the scenario's end; run without one: on Ctrl-C)")
+        ->type_name("SECONDS")
+        ->check(isTime);
+}
+
 void addRun(CLI::App& app, CommandLine& line) {
     CLI::App& run = *app.add_subcommand("run", "Print events as they come, and the cached state at the end");
     addCommonOptions(run, line);
-    run.add_option("--scenario", line.request.scenario,
-                   "Scenario that the simulated switch plays; its end is the end")
-        ->type_name("FILE");
-    run.add_option("--for", line.request.seconds,
-                   "End after this time (default: at the scenario's end, or on Ctrl-C)")
-        ->type_name("SECONDS")
-        ->check(isTime);
+    addFollowing(run, line.request);
     run.final_callback([&line] { line.request.command = HostRequest::Run; });
 }
 
@@ -233,6 +244,21 @@ void addGraph(CLI::App& app, CommandLine& line) {
     graph.final_callback([&line] { line.request.command = HostRequest::Graph; });
 }
 
+void addReport(CLI::App& app, CommandLine& line) {
+    CLI::App& report = *app.add_subcommand("report", "Write all that is known as one page for a bug report");
+    report.add_option("output", line.request.output, "The page, - for standard output")
+        ->required()
+        ->type_name("OUT.html");
+    addCommonOptions(report, line);
+    for (const char* other : {"--json", "--strict"}) report.remove_option(report.get_option(other));
+    report.add_option("--json", line.request.factsFile, "Write what the page shows as JSON, too")
+        ->type_name("OUT.json");
+    report.add_flag("--unmasked", line.request.unmasked, "Show names of accounts, communities and passwords");
+    addFollowing(report, line.request);
+    addTimeout(report, line.request);
+    report.final_callback([&line] { line.request.command = HostRequest::Report; });
+}
+
 /** `zone` and `config`: a session of statements. */
 void addSession(CLI::App& app, CommandLine& line, StatementTexts& given, HostRequest::Command command,
                 const char* name, const char* what, const std::vector<StatementForm>& language) {
@@ -272,13 +298,14 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
     addShow(app, line);
     addGraph(app, line);
     addCapture(app, line);
+    addReport(app, line);
     addSession(app, line, given, HostRequest::Zone, "zone", "Edit the fabric's zoning", zoneLanguage());
     addSession(app, line, given, HostRequest::Config, "config", "Edit the switch's configuration",
                configLanguage());
     app.footer(kFooter);  // after the commands, which would print it as well
     if (argc > 1 && argv[1][0] != '-' && !hasCommand(app, argv[1])) {
         throw HostInputError(std::string("datacache-host: no such command: ") + argv[1] +
-                             " (run, show, graph, capture, zone or config; see --help)");
+                             " (run, show, graph, capture, report, zone or config; see --help)");
     }
     try {
         app.parse(argc, argv);

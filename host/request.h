@@ -35,13 +35,16 @@ struct HostRequest {
     std::optional<double> speed;  ///< of a recording; 0 for no waiting
     bool json = false;
     double timeout = 30;                ///< seconds until a command that needs a complete cache gives up
-    double seconds = 0;                 ///< Run: end after this time; 0 for no such limit
+    double seconds = 0;                 ///< Run, Report: end after this time; 0 for no such limit
     std::string area;                   ///< Show: one of kAreaNames, or "all"
     std::vector<Statement> statements;  ///< Zone, Config
     bool keepGoing = false;             ///< Zone, Config: also after a statement that was not done
     bool mask = false;                  ///< Capture: names and addresses are replaced
     std::string output;                 ///< Capture, Report: the file to write
     std::string recording;              ///< Capture, Report: where the calls of this process are recorded
+    std::string provider;               ///< Report: path of the provider of vexlib
+    std::string factsFile;              ///< Report: what the page shows, as JSON; empty for no such file
+    bool unmasked = false;              ///< Report: secrets are shown
 };
 
 /** The areas that the tool shows, in the order in which it prints them all. */

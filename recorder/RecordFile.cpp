@@ -108,20 +108,21 @@ int RecordFile::make(const std::string& path, int how) {
         _file = ::open(path.c_str(), flags, 0600);
     } while (_file == -1 && errno == EINTR);
     if (_file == -1) return errno;
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
     _began = monotonic();
-    const time_t now = time(nullptr);
     tm parts{};
-    gmtime_r(&now, &parts);
+    gmtime_r(&now.tv_sec, &parts);
     char when[32];
-    strftime(when, sizeof when, "%Y-%m-%dT%H:%M:%SZ", &parts);
+    strftime(when, sizeof when, "%Y-%m-%dT%H:%M:%S", &parts);
     constexpr bool little = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
     char line[256];
     const int length = std::snprintf(
         line, sizeof line,
         "{\"recording\":\"vexlib\",\"version\":%d,\"platform\":\"linux-%s\",\"wordSize\":%d,"
-        "\"byteOrder\":\"%s\",\"time\":\"%s\",\"process\":%ld,\"masked\":%s}\n",
+        "\"byteOrder\":\"%s\",\"time\":\"%s.%06ldZ\",\"process\":%ld,\"masked\":%s}\n",
         recording::kFormatVersion, kProcessor, static_cast<int>(sizeof(void*) * 8), little ? "little" : "big",
-        when, static_cast<long>(getpid()), _settings.masked ? "true" : "false");
+        when, now.tv_nsec / 1000, static_cast<long>(getpid()), _settings.masked ? "true" : "false");
     _used = static_cast<size_t>(length);
     _state = OPEN;
     put({line, static_cast<size_t>(length)});

@@ -12,12 +12,13 @@
 
 #include "common/bounded_text.h"
 #include "recorder/Line.h"
-#include "recorder/mask.h"
 #include "recording/interface.h"
+#include "recording/mask.h"
 
 namespace vexrecord {
 
 using datacache::boundedText;
+using recording::Mask;
 
 /** What the arguments of one call need to know of each other. */
 struct CallParts {
@@ -44,7 +45,7 @@ inline void putValue(Line& line, std::string_view value, bool secret) {
 /** A key, whose end may be secret. */
 template <typename Put>
 void withKey(const CallParts& parts, std::string_view key, bool& secret, Put put) {
-    const size_t begin = parts.masked ? secretPart(key) : std::string_view::npos;
+    const size_t begin = parts.masked ? recording::secretPart(key) : std::string_view::npos;
     secret = begin != std::string_view::npos;
     if (!secret || begin == key.size()) return put(key);
     char text[2 * VEX_SML_KEY_SIZE];

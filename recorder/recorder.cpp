@@ -185,7 +185,7 @@ void putEvent(Line& line, const vex_event_s* event, const Registration& registra
         putList(line, event->source.word, 3, [&](int32_t word) { line.number(int64_t{word}); });
         line.raw(",\"text\":");
         const bool masked = RecordFile::instance().masked();
-        putValue(line, wholeField(event->text, masked), masked && isSecretEvent(event->code));
+        putValue(line, wholeField(event->text, masked), masked && recording::isSecretEvent(event->code));
         line.raw("}");
     }
     line.raw(",\"context\":");

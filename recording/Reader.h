@@ -37,7 +37,7 @@ struct Header {
     std::string platform; /**< "linux-powerpc" */
     int wordSize = 0;     /**< 32 or 64 bits */
     bool bigEndian = false;
-    std::string time; /**< when it began, UTC, ISO 8601 */
+    std::string time; /**< when it began, UTC, ISO 8601; early recordings have whole seconds */
     bool masked = false;
 };
 

@@ -2,7 +2,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <map>
 #include <sstream>
@@ -10,7 +9,6 @@
 #include "common/log_hooks.h"
 #include "datacache/CacheReader.h"
 #include "datacache/cim_words.h"
-#include "datacache/event_codes.h"
 #include "datacache/event_text.h"
 #include "host/areas.h"
 #include "switchlib/NORV_Vex_Lib.h"
@@ -161,10 +159,11 @@ const std::map<std::string, ZoningCall> kZoningCalls = {
 };
 
 /** The numbers up to 2^16 that have a word, five a line. */
-std::string wordsOf(const std::function<const char*(uint32_t)>& wordOf, const std::string& none) {
+std::string wordsOf(datacache::CimValue what) {
+    const std::string none = datacache::cimWord(what, 0xFFFF);
     std::string text;
     for (uint32_t value = 0, found = 0; value < 0x10000; ++value) {
-        const std::string word = wordOf(value);
+        const std::string word = datacache::cimWord(what, value);
         if (word == none) continue;
         text += (found == 0 ? "" : found % 5 == 0 ? "\n" : ", ") + std::to_string(value) + ' ' + word;
         ++found;
@@ -215,10 +214,7 @@ std::string Golden::carryOut(const std::string& command, Words words) {
         return out.str().substr(out.str().find('\n') + 1);  // its heading is the command
     } else if (command == "words") {                        // for the numbers of the cache's records
         const auto what = static_cast<datacache::CimValue>(std::atoi(words[0].c_str()));
-        return wordsOf([what](uint32_t value) { return datacache::cimWord(what, value); }, "?");
-    } else if (command == "events") {  // that the log names
-        return wordsOf([](uint32_t value) { return datacache::eventCodeName(static_cast<int32_t>(value)); },
-                       "VEX_EVENT_OTHER");
+        return wordsOf(what);
     } else if (const auto request = kRequests.find(command); request != kRequests.end()) {
         (cache().*request->second)();
     } else if (const auto configure = kCommands.find(command); configure != kCommands.end()) {

@@ -1,4 +1,4 @@
-#include "recorder/mask.h"
+#include "recording/mask.h"
 
 #include <sys/auxv.h>
 
@@ -8,7 +8,7 @@
 
 #include "vexlib/vexlib.h"
 
-namespace vexrecord {
+namespace recording {
 
 namespace {
 
@@ -66,4 +66,4 @@ Mask::Mask(std::string_view secret) {
         std::snprintf(_text, sizeof _text, "masked-%08x", static_cast<unsigned>(hash >> 32)));
 }
 
-}  // namespace vexrecord
+}  // namespace recording

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace vexrecord {
+namespace recording {
 
 /** Where the secret part of a key begins: behind a word that names accounts, passwords or communities, to
  * its end. npos for a key that has to do with none; the key's size when its value alone is secret. */
@@ -23,4 +23,4 @@ class Mask {
     size_t _size;
 };
 
-}  // namespace vexrecord
+}  // namespace recording
