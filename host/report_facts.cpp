@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 
 #include "datacache/DataCache.h"
@@ -79,7 +80,7 @@ Json recordingFields(const Recording& recording) {
         if (record.kind == recording::Record::Kind::End) fields["endedAtItsLimit"] = record.limit;
         end = std::max(end, record.time + record.took);
     }
-    fields.update({{"seconds", static_cast<double>(end / 1'000'000) / 1000},
+    fields.update({{"seconds", std::round(static_cast<double>(end) / 1e6) / 1e3},
                    {"calls", calls},
                    {"notifications", notifications}});
     if (recording.tornLine != 0) fields["lineThatIsNotWhole"] = recording.tornLine;

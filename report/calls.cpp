@@ -1,6 +1,7 @@
 #include "report/calls.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 
 namespace report {
@@ -48,7 +49,7 @@ Json costOf(const Cost& cost) {
 }  // namespace
 
 Json millisecondsOf(uint64_t nanoseconds) {
-    return static_cast<double>(nanoseconds / 1000) / 1000;
+    return std::round(static_cast<double>(nanoseconds) / 1e3) / 1e3;
 }
 
 bool hasFailed(const Record& call) {
