@@ -21,7 +21,8 @@ ReplayedSwitch::ReplayedSwitch(void* provider) {
     find(_mentions, provider, "vexreplay_mentions");
     find(_deliver, provider, "vexreplay_deliver");
     find(_skip, provider, "vexreplay_skip");
-    if (_open && !(_next && _mentions && _deliver && _skip)) {
+    find(_hush, provider, "vexreplay_hush");
+    if (_open && !(_next && _mentions && _deliver && _skip && _hush)) {
         throw HostInputError("datacache-host: this replayer is of another version");
     }
 }

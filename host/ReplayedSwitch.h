@@ -26,6 +26,9 @@ class ReplayedSwitch {
     /** Starts the thread. The object must live as long as the process. */
     void start();
 
+    /** Nothing more is told of calls that were never recorded. */
+    void hush() const { _hush(); }
+
     /** Nothing happens until the main thread makes a call; or it is over. */
     bool rests() const;
     /** Does on the main thread what makes its calls that mention this text, as often as they are due. True
@@ -41,6 +44,7 @@ class ReplayedSwitch {
     decltype(&vexreplay_mentions) _mentions;
     decltype(&vexreplay_deliver) _deliver;
     decltype(&vexreplay_skip) _skip;
+    decltype(&vexreplay_hush) _hush;
     bool _strict = false;
     bool _toItsEnd = false;
 };

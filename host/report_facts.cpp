@@ -245,6 +245,16 @@ std::string titleOf(const std::vector<Json>& areas) {
     return "Switch " + (name.empty() ? wwn : name + " (" + wwn + ")");
 }
 
+/** What a replay could not answer. */
+std::vector<std::string> gapsOf(const Recording& told, const Recording& own, const Secrets& secrets) {
+    std::set<std::string> unknown = report::keysAsked(own);
+    for (const std::string& key : report::keysAsked(told)) unknown.erase(key);
+    if (unknown.empty()) return {};
+    const std::string first = secrets.key(*unknown.begin());
+    return {"Not asked when it was recorded, and so unknown here: " +
+            (unknown.size() == 1 ? first : std::to_string(unknown.size()) + " keys, such as " + first) + "."};
+}
+
 }  // namespace
 
 std::string logTail() {
@@ -261,11 +271,13 @@ Json reportFacts(const HostRequest& request, const Witnessed& seen) {
     learnSecrets(secrets, seen);
 
     const Clocks clocks(told, own, replay);
+    std::vector<std::string> notes = seen.notes;
+    for (const std::string& gap : gapsOf(told, own, secrets)) notes.push_back(gap);
     return {{"report", "datacache-host"},
             {"version", 1},
             {"title", titleOf(seen.areas)},
             {"outcome", outcomeOf(seen)},
-            {"notes", seen.notes},
+            {"notes", notes},
             {"made", madeFields(request)},
             {"recording", replay ? recordingFields(told) : Json()},
             {"areas", maskedAreas(seen.areas, secrets)},

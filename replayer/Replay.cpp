@@ -211,10 +211,11 @@ std::optional<size_t> Replay::lenientAnswer(const std::vector<size_t>& places) {
 }
 
 const KeyAnswer* Replay::answerKey(const std::string& key) {
-    const Lock lock(_mutex);
+    Lock lock(_mutex);
     const std::vector<KeyAnswer>* const answers = _script->answers(key);
     if (answers == nullptr) {
-        tellLocked("never asked when it was recorded: the key " + key);
+        lock.unlock();
+        tellUnasked("the key " + key);
         return nullptr;
     }
     const uint64_t now = _now;
@@ -384,6 +385,16 @@ void Replay::run() {
 void Replay::tell(const std::string& what) {
     const Lock lock(_mutex);
     tellLocked(what);
+}
+
+void Replay::tellUnasked(const std::string& what) {
+    const Lock lock(_mutex);
+    if (!_hushed) tellLocked("never asked when it was recorded: " + what);
+}
+
+void Replay::hush() {
+    const Lock lock(_mutex);
+    _hushed = true;
 }
 
 void Replay::tellLocked(const std::string& what) {

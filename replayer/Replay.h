@@ -60,8 +60,12 @@ class Replay {
     void skip(size_t place) DC_EXCLUDES(_mutex);
     bool mentions(size_t place, const std::string& text) DC_EXCLUDES(_mutex);
 
+    void hush() DC_EXCLUDES(_mutex);
+
     /** Tells of something odd on standard error, once. */
     void tell(const std::string& what) DC_EXCLUDES(_mutex);
+    /** Tells of a call that was never recorded, unless that is not wanted. */
+    void tellUnasked(const std::string& what) DC_EXCLUDES(_mutex);
 
     Handles handles;
 
@@ -112,6 +116,7 @@ class Replay {
     void* _context DC_GUARDED_BY(_mutex) = nullptr;
     bool _running DC_GUARDED_BY(_mutex) = false; /**< our own thread */
     std::set<std::string> _told DC_GUARDED_BY(_mutex);
+    bool _hushed DC_GUARDED_BY(_mutex) = false;
 };
 
 }  // namespace vexreplay

@@ -110,7 +110,7 @@ struct Replayer<Row, recording::Kinds<Kind...>> {
                 static_cast<long>(std::chrono::duration_cast<std::chrono::seconds>(now).count());
             ((*argument = seconds), ...);
         } else {
-            replay.tell("never asked when it was recorded: " + describeCall(Row::name, given));
+            replay.tellUnasked(describeCall(Row::name, given));
             if constexpr (std::is_same_v<typename Row::Result, recording::Status>) return kUnknownKey;
             return {};
         }
@@ -152,4 +152,8 @@ void vexreplay_deliver(void) {
 
 void vexreplay_skip(uint64_t place) {
     Replay::instance().skip(static_cast<size_t>(place));
+}
+
+void vexreplay_hush(void) {
+    Replay::instance().hush();
 }

@@ -46,6 +46,9 @@ DC_EXPORT void vexreplay_deliver(void);
  * ends the process. */
 DC_EXPORT void vexreplay_skip(uint64_t place);
 
+/** From now on nothing is told of calls that were never recorded: the caller sees to that. */
+DC_EXPORT void vexreplay_hush(void);
+
 DC_END_C
 
 #endif

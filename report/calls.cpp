@@ -48,6 +48,20 @@ Json costOf(const Cost& cost) {
 
 }  // namespace
 
+std::set<std::string> keysAsked(const recording::Recording& recording) {
+    std::set<std::string> keys;
+    for (const Record& record : recording.records) {
+        if (record.isCall("vex_smlGet")) {
+            if (const auto* const key = std::get_if<std::string>(&record.in("key"))) keys.insert(*key);
+        } else if (record.isCall("vex_smlGetBatch")) {
+            const auto* const entries = std::get_if<recording::SmlEntries>(&record.in("records"));
+            if (entries == nullptr) continue;
+            for (const recording::SmlEntry& entry : *entries) keys.insert(entry.key);
+        }
+    }
+    return keys;
+}
+
 Json millisecondsOf(uint64_t nanoseconds) {
     return std::round(static_cast<double>(nanoseconds) / 1e3) / 1e3;
 }

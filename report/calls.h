@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "report/secrets.h"
@@ -11,6 +12,9 @@ std::string subjectOf(const recording::Record& call, const Secrets& secrets);
 
 /** Whether the call as a whole failed. */
 bool hasFailed(const recording::Record& call);
+
+/** The keys whose values were asked for. */
+std::set<std::string> keysAsked(const recording::Recording& recording);
 
 /** Nanoseconds as milliseconds, in JSON. */
 Json millisecondsOf(uint64_t nanoseconds);
