@@ -84,7 +84,8 @@ DC_EXPORT int32_t vex_smlSetBatch(uint32_t handle, vex_smlrequest_s* records, in
 
 DC_EXPORT int32_t vex_smlGet(uint32_t handle, const char* key, char** value, uint32_t* extra) {
     ApiCall call("vex_smlGet", {key}, handle);
-    if (call.misused(key == nullptr || notEmpty(value) || extra == nullptr)) return call.refusal();
+    if (call.misused(key == nullptr || notEmpty(value) || extra == nullptr || *extra != 0))
+        return call.refusal();
     if (call.nulled()) {
         *value = nullptr;
         return call.done(Ok);

@@ -160,7 +160,7 @@ int32_t vex_smlSetBatch(uint32_t handle, vex_smlrequest_s* records, int32_t coun
 
 /**
  * Reads one key. On success returns 0 and stores a text that the caller releases with vex_libFreeMemory. The
- * second out slot has no meaning that is known here; callers set it to 0 and do not read it.
+ * second out slot has no meaning that is known here; it is 0 at the call, and callers do not read it.
  */
 int32_t vex_smlGet(uint32_t handle, const char* key, char** value, uint32_t* extra);
 

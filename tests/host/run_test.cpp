@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <thread>
@@ -13,7 +15,9 @@ using ::testing::MatchesRegex;
 using ::testing::Not;
 
 TEST_F(HostTest, RunPrintsEventsAndThenTheState) {
+    std::remove("/tmp/cim.crit.out");
     const std::string output = told(0, {"run", "--switch", switchFile, "--scenario", scenario});
+    EXPECT_TRUE(std::ifstream("/tmp/cim.crit.out")) << "the log's place is told in every manual";
     EXPECT_THAT(
         output,
         MatchesRegex(".*\n[0-9:]{8}\\.[0-9]{3}  DCEventPowerSupplyRemove wwn=[0-9]{16} index=1 count=0\n"

@@ -114,7 +114,7 @@ TEST_F(ZoningEdit, MemberTextsDifferBetweenCommandsAndPeople) {
         vex_fzs_zonemember_type_e type;
         const char *text, *command, *forPeople;
     } cases[] = {
-        {VEX_ZMT_WWN, "20000011220000ab", "20000011220000AB", "20000011220000AB"},
+        {VEX_ZMT_WWN, "0123456789abcdef", "0123456789ABCDEF", "0123456789ABCDEF"},
         {VEX_ZMT_DOMAIN_PORT, "171,12", "ab0c", "171:12"},
         {VEX_ZMT_DOMAIN_PORT, "1,2", "0102", "01:02"},
         {VEX_ZMT_DOMAIN_PORT, "1,4294967295", "01ffffffff", "01:-01"},

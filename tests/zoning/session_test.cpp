@@ -3,6 +3,7 @@
 #include <future>
 #include <memory>
 
+#include "tests/support/Allocations.h"
 #include "tests/zoning/ZoningTest.h"
 
 namespace {
@@ -74,6 +75,10 @@ TEST_F(ZoningSessions, ThatGetNoLockAreClosed) {
         calls();
     }
     EXPECT_THAT(calls(), IsEmpty()) << "there is nothing to give back";
+    Allocations memory;
+    memory.failAfter(0);
+    const ZoningOutcome outcome = ZoningSession(zoning(), client).lockOutcome();
+    EXPECT_TRUE(memory.count() == 0 || outcome.status == ZoningStatus::OutOfMemory) << outcome.text();
 }
 
 TEST_F(ZoningSessions, DropTheirEditsWhenTheyAreNotCommitted) {
