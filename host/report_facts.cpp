@@ -131,7 +131,7 @@ Json timeline(const Recording& told, const Clocks& clocks, const std::deque<Host
         if (event.fields["type"] == kComplete) {
             completions.push_back(time);
         } else {
-            happenings.push_back({clocks.toldBegan() + static_cast<report::WallTime>(time),
+            happenings.push_back({report::timeAfter(clocks.toldBegan(), time),
                                   {{"kind", "host event"},
                                    {"class", event.fields["class"]},
                                    {"fields", eventFields(event, secrets)}}});

@@ -14,6 +14,7 @@ namespace report {
 namespace {
 
 constexpr WallTime kSecond = 1'000'000'000;
+constexpr WallTime kLatest = 4'000'000'000 * kSecond;  ///< less than half of what a WallTime can tell
 constexpr uint64_t kMainThread = 1;
 
 /** The end of a call, and its kind: its function and first key. */
@@ -83,11 +84,17 @@ WallTime beginOf(const recording::Header& header) {
     tm parts{};
     const char* const rest = strptime(header.time.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
     if (rest == nullptr) return 0;
-    WallTime begin = static_cast<WallTime>(timegm(&parts)) * kSecond;
+    const WallTime seconds = timegm(&parts);
+    if (seconds < 0 || seconds >= kLatest / kSecond) return 0;
+    WallTime begin = seconds * kSecond;
     WallTime digit = kSecond / 10;
     if (*rest != '.') return begin;
     for (const char* at = rest + 1; *at >= '0' && *at <= '9'; ++at, digit /= 10) begin += (*at - '0') * digit;
     return begin;
+}
+
+WallTime timeAfter(WallTime begin, uint64_t nanoseconds) {
+    return begin + static_cast<WallTime>(std::min<uint64_t>(nanoseconds, kLatest));
 }
 
 ClockMap::ClockMap(const recording::Recording& recorded, const recording::Recording& replayed) {

@@ -16,8 +16,11 @@ WallTime now();
 /** Local time in ISO 8601 with milliseconds and offset. */
 std::string localTime(WallTime time);
 
-/** When a recording began; 0 for a header without a time. */
+/** When a recording began; 0 for a header without a time, or with one that no clock shows. */
 WallTime beginOf(const recording::Header& header);
+
+/** So long after a recording's begin; a recording may tell any time. */
+WallTime timeAfter(WallTime begin, uint64_t nanoseconds);
 
 /**
  * Brings times of a replay to those of the recording that was replayed.

@@ -82,7 +82,7 @@ std::vector<Happening> happeningsOf(const recording::Recording& recording, WallT
                                     const Secrets& secrets) {
     std::vector<Happening> happenings;
     const auto add = [&](uint64_t time, Json fields) {
-        happenings.push_back({begin + static_cast<WallTime>(time), std::move(fields)});
+        happenings.push_back({timeAfter(begin, time), std::move(fields)});
     };
     for (const Record& record : recording.records) {
         if (!record.event) continue;

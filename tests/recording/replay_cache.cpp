@@ -4,7 +4,7 @@
  *     replay_cache FILE                  strictly, and prints what the library tells
  *     replay_cache --hostile FILE COUNT  recordings made from FILE by damage: so many that are refused or
  *                                        played, and so many that are played; none may do harm, nor when it
- *                                        is captured
+ *                                        is captured or reported
  */
 #include <cstdio>
 #include <fstream>
@@ -14,6 +14,9 @@
 
 #include "capture/capture.h"
 #include "replayer/vexreplay.h"
+#include "report/calls.h"
+#include "report/clock.h"
+#include "report/timeline.h"
 #include "switchlib/NORV_Vex_Lib.h"
 #include "tests/recording/CacheRun.h"
 
@@ -77,6 +80,18 @@ std::string damaged(std::string text, size_t from, std::mt19937& random) {
     return text;
 }
 
+/** What else is made of recordings; throws where it fails. */
+void makeMost(const recording::Recording& recording, bool masked) {
+    static_cast<void>(capture::switchFile(recording, masked));
+    report::Secrets secrets(masked);
+    secrets.learn(recording);
+    static_cast<void>(report::callStatistics(recording, secrets));
+    const auto names = [](int32_t) { return "x"; };
+    static_cast<void>(report::happeningsOf(recording, report::beginOf(recording.header),
+                                           report::passesOf(recording, {}), names, secrets));
+    static_cast<void>(report::ClockMap(recording, recording).recordedTime(1000));
+}
+
 int playHostile(const std::string& path, int count) {
     std::stringstream whole;
     whole << std::ifstream(path).rdbuf();
@@ -95,8 +110,7 @@ int playHostile(const std::string& path, int count) {
             std::cout << "no line is told: " << error << std::endl;
             return 1;
         }
-        // It throws where it fails.
-        if (files % 4 == 1) static_cast<void>(capture::switchFile(recording::load(file), files % 8 == 1));
+        if (files % 4 == 1) makeMost(recording::load(file), files % 8 == 1);
         if (!untouchedStart) continue;
         CacheRun run;
         play(run, true);
