@@ -144,7 +144,7 @@ TEST_F(Recordings, HoldEveryByteAndChangeNone) {
         errno = 78;
         add(vex_smlSetBatch(handle, keys, 3));
         char* value = nullptr;
-        uint32_t extra = 9;
+        uint32_t extra = 0;
         all += std::to_string(vex_smlGet(handle, "Oper.Switch.DomainID", &value, &extra));
         all += value;
         all += std::to_string(vex_libFreeMemory(value)) + std::to_string(vex_libFreeMemory(value));

@@ -1,5 +1,6 @@
 #include <fstream>
 
+#include "tests/host/Tool.h"
 #include "tests/simulator/SimulatorTest.h"
 
 using namespace vexsim;
@@ -43,8 +44,7 @@ TEST_F(EventsTest, OnlyRegisteredCodesArriveUnlessForced) {
 }
 
 TEST_F(EventsTest, AScenarioRunsInItsTimeAndWritesItsTranscript) {
-    const std::string path = testing::TempDir() + "transcript.txt";
-    std::remove(path.c_str());
+    const std::string path = writeFile("transcript.txt", "");
     sim.setDelivery(Delivery::Thread);
     sim.loadSwitchText("[chassis]\nfans = 1\n");
     sim.writeTranscript(path);

@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <fstream>
 
 #include "tests/simulator/SimulatorTest.h"
@@ -55,7 +57,7 @@ TEST_F(SimulatorTest, ASwitchFileThatIsWrongChangesNothingAndSaysWhere) {
         EXPECT_THAT(errorOf([&] { sim.loadSwitchText(bad.text, "f"); }), testing::HasSubstr(bad.message));
         EXPECT_EQ(sim.get("Kept"), "yes") << bad.message;
     }
-    const std::string path = testing::TempDir() + "switch.toml";
+    const std::string path = testing::TempDir() + std::to_string(getpid()) + "switch.toml";
     std::ofstream(path) << "[chassis]\nfans = 1\n";
     EXPECT_EQ(errorOf([&] { sim.loadSwitchFile(path); }),
               path + R"(:1: the switch has no name: [switch] needs "wwn")");
