@@ -1,5 +1,6 @@
 #include "zoning/ZoningOutcome.h"
 
+#include <iterator>
 #include <new>
 
 namespace datacache {
@@ -62,7 +63,8 @@ const ZoningLimitNames& namesOf(ZoningLimit limit) {
         // Required: spelt so in the log; tools look for this line.
         {"Members per alisa", "members in an alias"},
     };
-    return kNames[static_cast<size_t>(limit)];
+    const auto index = static_cast<size_t>(limit);
+    return kNames[index < std::size(kNames) ? index : 0];  // a host may put any value into a failure
 }
 
 ZoningFailure failureOf(std::string_view call, int64_t result) noexcept {
