@@ -2,6 +2,7 @@
 
 #include <sys/auxv.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
