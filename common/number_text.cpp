@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 #include <cstdlib>
 #include <limits>
 
@@ -11,13 +10,12 @@ namespace datacache {
 int32_t toInt(std::string_view text) {
     constexpr int64_t kMagnitude = int64_t{1} << 31;
     const auto isBlank = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
-    size_t at = 0;
-    while (at < text.size() && isBlank(text[at])) ++at;
-    const bool negative = at < text.size() && text[at] == '-';
-    if (at < text.size() && (negative || text[at] == '+')) ++at;
+    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+    const bool negative = !text.empty() && text.front() == '-';
+    if (negative || (!text.empty() && text.front() == '+')) text.remove_prefix(1);
     int64_t value = 0;
-    for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
-        value = std::min(value * 10 + (text[at] - '0'), kMagnitude);
+    for (; !text.empty() && text.front() >= '0' && text.front() <= '9'; text.remove_prefix(1)) {
+        value = std::min(value * 10 + (text.front() - '0'), kMagnitude);
     }
     return static_cast<int32_t>(negative ? -value : std::min(value, kMagnitude - 1));
 }
@@ -37,10 +35,9 @@ uint32_t strtoul32(const std::string& text, int base) {
     const bool negative = text[start] == '-';
     const size_t digits = start + (negative || text[start] == '+' ? 1 : 0);
     // A second sign is no number; strtoull would take it.
-    if (digits >= text.size() || std::isalnum(static_cast<unsigned char>(text[digits])) == 0) return 0;
-    errno = 0;
+    if (std::isalnum(static_cast<unsigned char>(text[digits])) == 0) return 0;
     const unsigned long long magnitude = std::strtoull(text.c_str() + digits, nullptr, base);
-    if (errno == ERANGE || magnitude > kOverflow) return kOverflow;
+    if (magnitude > kOverflow) return kOverflow;
     const auto value = static_cast<uint32_t>(magnitude);
     return negative ? 0U - value : value;
 }

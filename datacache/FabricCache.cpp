@@ -18,9 +18,7 @@ SwitchCache* switchOf(Element<SwitchCache>* element) {
 
 FabricCache::FabricCache() = default;
 
-FabricCache::~FabricCache() {
-    _switches.purge_list(true);
-}
+FabricCache::~FabricCache() = default;
 
 Wwn FabricCache::getFabricWorldWideName() const {
     return _fabric_name;

@@ -51,7 +51,7 @@ TextScan& TextScan::word(std::string& value, size_t most) {
 
 TextScan& TextScan::literal(char character) {
     if (_ended) return *this;
-    if (_at < _text.size() && _text[_at] == character) {
+    if (peek() == character) {
         ++_at;
     } else {
         _ended = true;

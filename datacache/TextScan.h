@@ -30,7 +30,8 @@ class TextScan {
 
   private:
     bool startItem();
-    char peek() const { return _at < _text.size() ? _text[_at] : '\0'; }
+    /** The next character; at the end the terminator. */
+    char peek() const { return _text[_at]; }
 
     const std::string& _text;
     size_t _at = 0;

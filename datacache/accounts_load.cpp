@@ -21,7 +21,7 @@ constexpr uint32_t kEndOfList = 24;
 int readNames(uint32_t handle, std::vector<std::string>& names) {
     constexpr int kCallFailed = 1880;
     constexpr int kNoEnd = 1897;
-    SmlBatch batch(1);
+    SmlBatch batch;
     batch.add("Oper.Switch.FirstPotentialUser");
     for (;;) {
         if (!batch.get(handle, kEndOfList)) return kCallFailed;

@@ -66,14 +66,14 @@ Kind kindOf(std::string_view type) {
 /** What the switch says of one slot. */
 struct Slot {
     Kind kind = KIND_NONE;  ///< of an empty slot none
-    uint16_t operStatus = 0;
-    uint16_t tempSensors = 0;
-    uint16_t voltageSensors = 0;
+    uint16_t operStatus{};
+    uint16_t tempSensors{};
+    uint16_t voltageSensors{};
 };
 
 /** Reads one slot; false when the call or any key failed. */
 bool readSlot(uint32_t handle, uint32_t number, Slot& slot) {
-    SmlBatch batch(8);
+    SmlBatch batch;
     const size_t stateKey = batch.add("Oper.Blade.%u.OperState", number);
     const size_t partKey = batch.add("Oper.Blade.%u.PlanarPartNum", number);
     const size_t serialKey = batch.add("Oper.Blade.%u.BoardSerialNum", number);
@@ -118,7 +118,7 @@ void storeSlot(BladeState& state, size_t number, const Slot& slot) {
 
 /** Reads the sensors of a switch that is its own only slot. */
 bool readSingleSlot(uint32_t handle, BladeState& state) {
-    SmlBatch batch(3);
+    SmlBatch batch;
     batch.add("Oper.Switch.Nop");  // part of the request, read by nobody
     const size_t temperatureKey = batch.add("Oper.Blade.0.TempSensors");
     const size_t voltageKey = batch.add("Oper.Blade.0.VoltageSensors");
@@ -169,7 +169,7 @@ void reportChanges(DataCacheCallback host, const Wwn& name, const BladeState& be
 bool DataCache::_getBladeInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getBladeInfo()\n");
     _prevBladeState = _bladeState;
-    SmlBatch batch(1);
+    SmlBatch batch;
     const size_t slotsKey = batch.add("Oper.Chassis.0.MaxSlots");
     if (!batch.read(_handle)) {
         logUpdateFailed("_getBladeInfo", 1415);

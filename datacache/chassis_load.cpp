@@ -51,14 +51,14 @@ struct Faults {
 
 /** What is read first: the counts, and whether there are fault lists. */
 struct ChassisCounts {
-    uint16_t powerSupplies = 0;
-    uint16_t fans = 0;
-    uint16_t slots = 0;
-    bool monitoring = false;
+    uint16_t powerSupplies{};
+    uint16_t fans{};
+    uint16_t slots{};
+    bool monitoring{};
 };
 
 bool readCounts(uint32_t handle, ChassisCounts& counts) {
-    SmlBatch batch(4);
+    SmlBatch batch;
     const size_t powerSuppliesKey = batch.add("Oper.Chassis.0.PowerSupplies");
     const size_t fansKey = batch.add("Oper.Chassis.0.Fans");
     const size_t slotsKey = batch.add("Oper.Chassis.0.MaxSlots");

@@ -170,7 +170,7 @@ std::string quoted(const std::string& text) {
         } else if (code >= 0x20 && code < 0x7F) {
             result += c;
         } else {
-            char escape[8];
+            char escape[sizeof "\\x00"];
             std::snprintf(escape, sizeof escape, "\\x%02x", unsigned{code});
             result += escape;
         }

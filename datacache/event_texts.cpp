@@ -41,7 +41,7 @@ std::string overheatDescription(const std::string& text) {
     const size_t start = head + kHead.size();
     // Required: the end is where the character whose code is the start's position stands, from position 32
     // on.
-    const size_t end = text.find(static_cast<char>(static_cast<unsigned char>(start % 256)), 32);
+    const size_t end = text.find(static_cast<char>(static_cast<unsigned char>(start)), 32);
     return end == kNone ? kUnknown : sensorBetween(text, start, end);
 }
 
@@ -57,7 +57,7 @@ std::string voltageDescription(const std::string& text, bool tooHigh) {
 
 MediaInserted parseMediaInserted(const std::string& text) {
     MediaInserted media;
-    int32_t unused = 0;
+    int32_t unused{};
     TextScan scan(text);
     scan.number(unused).literal(';').number(unused).literal(';').number(unused).literal(';');
     scan.number(media.port).literal(';').number(media.presence).literal(';');
@@ -69,7 +69,7 @@ MediaInserted parseMediaInserted(const std::string& text) {
 
 MediaRemoved parseMediaRemoved(const std::string& text) {
     MediaRemoved media;
-    int32_t unused = 0;
+    int32_t unused{};
     TextScan scan(text);
     scan.number(unused).literal(';').number(unused).literal(';').number(unused).literal(';').number(
         media.port);

@@ -11,7 +11,7 @@ namespace {
 
 /** Reads the list of domains as the switch gives it; false when the call failed. */
 bool readDomains(uint32_t handle, std::string& list) {
-    SmlBatch batch(1);
+    SmlBatch batch;
     const size_t listKey = batch.add("Oper.Eport.LsdbRecordList.255");
     if (!batch.get(handle)) {
         logUpdateFailed("_load_switch_domain_list", 2038);
@@ -37,7 +37,7 @@ void markAll(FabricCache& fabric) {
 /** Reads one domain of the list into its switch's record; false when the load has failed. */
 bool loadDomain(uint32_t handle, FabricCache& fabric, const std::string& domain) {
     cim_log(CIM_LOG_TRACE, "DCACHE: Validating domainID %s\n", domain.c_str());
-    SmlBatch batch(2);
+    SmlBatch batch;
     const size_t wwnKey = batch.add("Oper.Eport.LsdbRecord.%s.WWN", domain.c_str());
     const size_t hopsKey = batch.add("Oper.Eport.LsdbRecord.%s.Hops", domain.c_str());
     if (!batch.read(handle)) {

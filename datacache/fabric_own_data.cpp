@@ -12,7 +12,7 @@ bool DataCache::_getFabricInfo() {
 bool DataCache::_load_fabric_info() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _load_fabric_info()\n");
     const bool transparent = isTransparentSwitch();  // such a switch is no member of a fabric of its own
-    SmlBatch batch(3);
+    SmlBatch batch;
     if (!transparent) batch.add("Oper.Switch.WhoIsPrincipal");
     const size_t wwnKey = batch.add("Oper.Switch.WWN");
     if (!transparent) batch.add("Oper.Switch.DomainID");

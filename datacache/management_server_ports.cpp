@@ -14,7 +14,7 @@ constexpr long kPatience_s = 10;
 
 /** Fills the port table of one remote switch; false when the load has failed. */
 bool loadPorts(uint32_t handle, SwitchCache& remote, long& requestTime) {
-    SmlBatch batch(1);  // again and again
+    SmlBatch batch;  // again and again
     const size_t countKey = batch.add("Oper.TopologyAll.%u.PortEntries", remote._domain_id);
     requestTime = uptimeSeconds();
     if (!batch.get(handle)) {

@@ -19,7 +19,7 @@ constexpr const char* kScan = "_getPortInfo";
 
 /** Reads how many ports are scanned; ports behind them do not exist any more. */
 bool readPortCount(uint32_t handle, PortState& ports) {
-    SmlBatch batch(1);
+    SmlBatch batch;
     const size_t maxPortsKey = batch.add("Oper.Switch.MaxPorts");
     if (!batch.read(handle)) {
         logUpdateFailed(kScan, 1617);
@@ -72,7 +72,7 @@ bool readPort(uint32_t handle, SmlBatch& batch, unsigned port, PortState& ports,
 /** Reads the marked ports; before the first complete scan, when nothing is known, every port. */
 bool readMarkedPorts(uint32_t handle, const std::bitset<kPortRows>& marked, PortState& ports,
                      TransceiverState& media) {
-    SmlBatch batch(8);  // one for all ports: room for a batch costs more than the rest of a port
+    SmlBatch batch;  // one for all ports: room for a batch costs more than the rest of a port
     for (unsigned port = 0; port < ports.portCount; ++port) {
         if (ports.portsLoaded && !marked[port]) continue;
         if (readPort(handle, batch, port, ports, media)) continue;
@@ -127,7 +127,7 @@ bool DataCache::_getPortInfo() {
 
 bool DataCache::_processPort0Wwn() {
     const unsigned first = nextRootPort(_portState, 0);
-    SmlBatch batch(3);
+    SmlBatch batch;
     const size_t nameKey = batch.add("Oper.UserPort.0.%u.WWN", first == kPortRows ? 0 : first);
     const size_t domainKey = batch.add("Oper.Switch.DomainID");
     const size_t principalKey = batch.add("Oper.Switch.WhoIsPrincipal");

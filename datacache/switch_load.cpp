@@ -7,7 +7,7 @@ using namespace datacache;
 
 int DataCache::_getSwitchInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getSwitchInfo()\n");
-    SmlBatch batch(8);
+    SmlBatch batch;
     const size_t principalKey = batch.add("Oper.Switch.WhoIsPrincipal");
     const size_t wwnKey = batch.add("Oper.Switch.WWN");
     const size_t stateKey = batch.add("Oper.Switch.OperState");

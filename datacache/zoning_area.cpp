@@ -7,7 +7,7 @@ using namespace datacache;
 
 int DataCache::_getZoningInfo() {
     if (isTransparentSwitch()) return 1;  // has no zoning of its own
-    SmlBatch batch(4);
+    SmlBatch batch;
     const size_t principalKey = batch.add("Oper.Switch.WhoIsPrincipal");
     const size_t activeKey = batch.add("Oper.Zoning.ActiveChecksum");
     const size_t inactiveKey = batch.add("Oper.Zoning.InactiveChecksum");

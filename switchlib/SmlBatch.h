@@ -14,7 +14,7 @@ namespace datacache {
 /**
  * How a loader reads the switch: add keys, read them in one batch, check, take the values as bounded text.
  *
- *     SmlBatch batch(1);
+ *     SmlBatch batch;
  *     const size_t fans = batch.add("Oper.Chassis.0.Fans");
  *     if (!batch.read(_handle)) return 0;
  *     int n = batch.number(fans);
@@ -25,8 +25,9 @@ namespace datacache {
  */
 class SmlBatch {
   public:
-    /** Makes room for `expected` keys at once; more find room as well. */
-    explicit SmlBatch(size_t expected) { _records.reserve(expected); }
+    /** Makes room for `expected` keys at once, for most batches' few without a number; more find room as
+     * well. */
+    explicit SmlBatch(size_t expected = 8) { _records.reserve(expected); }
 
     /** Appends a key, cut at 255 characters. Returns the record's index. */
     size_t add(const char* format, ...) DC_PRINTF(2, 3);

@@ -11,7 +11,8 @@ namespace datacache {
 /** A group of commands to the switch, freed with the object. Without memory it sends nothing. */
 class CommandGroup {
   public:
-    explicit CommandGroup(int capacity) : _group(vex_smlAllocMsgGroup(capacity)) {}
+    /** `capacity`: commands that find room at once; more find room as well. */
+    explicit CommandGroup(int capacity = 2) : _group(vex_smlAllocMsgGroup(capacity)) {}
     ~CommandGroup() {
         if (_group != nullptr) vex_smlFreeMsgGroup(_group);
     }

@@ -35,7 +35,7 @@ inline const char* given(const char* name) {
  */
 inline bool readName(int32_t (*getName)(void*, char*), void* object, std::string& name) {
     if (object == nullptr) return false;
-    char field[256] = {};  // longer than any name, for a library that forgets the terminator
+    char field[VEX_SML_VALUE_SIZE] = {};  // longer than any name, for a library that forgets the terminator
     if (getName(object, field) != 0) return false;
     name.assign(field, strnlen(field, sizeof field));
     return true;

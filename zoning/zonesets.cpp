@@ -61,15 +61,14 @@ int ZoningCache::addZoneset(void* handle, _ZoneSetTypes type) {
 }
 
 bool ZoningCache::_addOrDestroy(void* zoneset, _ZoneSetTypes type) {
-    bool added = false;
     try {
-        added = addZoneset(zoneset, type) == 0;
+        if (addZoneset(zoneset, type) == 0) return true;
     } catch (const std::bad_alloc&) {
         vex_ZonesetDestroy(&zoneset);
         throw;
     }
-    if (!added) vex_ZonesetDestroy(&zoneset);
-    return added;
+    vex_ZonesetDestroy(&zoneset);
+    return false;
 }
 
 int ZoningCache::delZoneset(void* handle, _ZoneSetTypes type) {

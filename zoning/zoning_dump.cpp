@@ -9,7 +9,7 @@ namespace {
 void dumpMembers(const ContainerCalls& calls, void* container) {
     const int32_t count = entriesOf(calls.memberCount(container));
     for (int32_t i = 0; i < count; ++i) {
-        char text[256] = {};
+        char text[VEX_ZONING_NAME_SIZE] = {};
         ZoneMemberToString(text, calls.listMembers(container, i));
         cim_log(CIM_LOG_TRACE, "INFO:%s:%s:[%d]     Member: %s\n", "ZoningCache", "dump", __LINE__, text);
     }

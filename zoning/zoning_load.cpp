@@ -63,7 +63,7 @@ bool ZoningCache::_loadConfigured(uint32_t handle) {
     clearInactive();
     clearUber();
     _dropEntry(ZONESET_UBER);
-    int32_t count = 0;
+    int32_t count{};
     char(*names)[VEX_ZONING_NAME_SIZE] = nullptr;
     if (ReadTrace::follow("vex_fzsGetZonesetList", "",
                           [&] { return vex_fzsGetZonesetList(handle, &count, &names); }) != 0) {

@@ -46,6 +46,8 @@ TEST(Text, ReadsFieldsWithTheirBound) {
 TEST(Text, ReadsNumbersAsOnThePlatformOfRecord) {
     const std::pair<const char*, int32_t> decimals[] = {{"12", 12},
                                                         {" -7x", -7},
+                                                        {"\t\n\v\f\r 9", 9},
+                                                        {"-", 0},
                                                         {"", 0},
                                                         {"0x10", 0},
                                                         {"+5", 5},
@@ -61,6 +63,7 @@ TEST(Text, ReadsNumbersAsOnThePlatformOfRecord) {
                                                           {"4294967296", 4294967295U},
                                                           {"99999999999999999999999", 4294967295U},
                                                           {"-2", 4294967294U},
+                                                          {"-4294967295", 1},
                                                           {"+5", 5},
                                                           {"--5", 0},
                                                           {"  ", 0},

@@ -53,6 +53,8 @@ TEST_F(FabricTest, TakesDomainsAsTheyAreWritten) {
     }
     EXPECT_THAT(members,
                 ElementsAre("1 " + kPlain, "2 " + kRemote, "44 1000001122000008", "0 1000001122000009"));
+    EXPECT_EQ(fabric().getSwitchCount(), 4U);
+    EXPECT_EQ(fabric().getFirstSwitch()->getStatus(), 2);
     for (const size_t length : {251U, 252U}) {
         sim.set("Oper.Eport.LsdbRecordList.255", std::string(length, '7'));
         reload();

@@ -210,6 +210,9 @@ TEST_F(Ports, IndexesOfTransceiversAreTexts) {
     EXPECT_EQ(media(" 01x"), media("1"));
     EXPECT_EQ(media("65537"), media("1")) << "cut to 16 bits";
     EXPECT_EQ(media("00"), "2 no  ") << "read as 0 and not \"0\"";
+    EXPECT_EQ(cache().getRootPortIndexForTransceiver("00AABB", "SIM0000000000003"), "3");
+    EXPECT_EQ(cache().getRootPortIndexForTransceiver("00AABC", "SIM0000000000003"), "");
+    EXPECT_EQ(cache().getRootPortIndexForTransceiver("00AABB", ""), "") << "port 0 has no diagnostics";
     EXPECT_EQ(thrownBy([&] { media("256"); }), "bitset::test");
     EXPECT_EQ(cache().getPortType("256"), 0);
     EXPECT_EQ(cache().getPortHWType("256"), 0);

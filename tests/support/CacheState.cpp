@@ -109,7 +109,7 @@ std::vector<std::string> cacheState() {
     Lines lines;
     const SwitchState& local = cache.localSwitch();
     lines.add("switch", local.loaded, cache->getRootSwitchWwn(), text(local.operationalStatus),
-              local.transparent, local.fcoe, local.ethernetPassthrough);
+              cache->isTransparentSwitch(), cache->isFCOESwitch(), local.ethernetPassthrough);
     addChassisAndBlades(lines, cache);
     addPorts(lines, cache);
     for (const std::string& account : cache.accounts()) lines.add("account", account);
