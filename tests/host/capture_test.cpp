@@ -128,6 +128,13 @@ TEST_F(HostTest, ACapturedRecordingIsTheSwitchAtItsEnd) {
         const std::string played = writeFile("steps.toml", replaced(quick, "times = 2", "skip = 999999"));
         compare(steps == "fabric" ? "modular-chassis" : steps, {"run", "--scenario", played}, "--replay");
     }
+    // A process that stopped with an edit on its hands: what it counted after that was its own.
+    printed({"zone", "lock", "remove zone backup", "--record", path, "--switch",
+             EXAMPLES_DIR "/modular-chassis.toml"});
+    const std::string whole = contents(path);
+    const size_t reload = whole.find("\"vex_fzsGetZoneset\"", whole.rfind("\"vex_ZonesetRemoveZone\""));
+    writeFile("run.jsonl", whole.substr(0, whole.rfind('\n', reload) + 1));
+    EXPECT_THAT(captured("--replay", path), HasSubstr("\nname = \"backup\"\n"));
 }
 
 TEST_F(HostTest, ACaptureTellsWhatWasNotReadAndWhatNoFileCanSay) {
