@@ -126,6 +126,8 @@ TEST_F(ZoningLoad, KeepsWhatAHostAddsTwice) {
     start();
     void* const first = zoning().getActiveZoneset();
     void* second = vex_ZonesetCreate("second");
+    EXPECT_EQ(zoning().addZoneset(second, _ZoneSetTypes{3}), -1) << "no known type";
+    EXPECT_EQ(zoning().getActiveZoneset(), first);
     EXPECT_EQ(zoning().addZoneset(second, ZONESET_ACTIVE), -1);
     EXPECT_EQ(zoning().getActiveZoneset(), second) << "current, but not held";
     _ZoneSetTypes type{};
