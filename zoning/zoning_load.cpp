@@ -44,8 +44,6 @@ void ZoningCache::_loadActive(uint32_t handle) {
 }
 
 void ZoningCache::_markForReload() {
-    // The checksum alone would not force it: the switch may come to report this very number.
-    _prevInactiveChecksum = _inactiveChecksum + 1;
     _configuredDue = true;
 }
 
