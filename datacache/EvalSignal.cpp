@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cerrno>
 #include <ctime>
 #include <utility>
@@ -60,7 +61,7 @@ Wake awaitEvaluation() {
 void setEvaluationRetry(uint32_t seconds) {
     constexpr uint32_t kLongest = 0x3FFFFFFF;  // 34 years, which also a clock of 32 bits can add
     const EvalGuard guard;
-    retrySeconds = seconds < kLongest ? seconds : kLongest;
+    retrySeconds = std::min(seconds, kLongest);
     pthread_cond_signal(&eval_cv);
 }
 
