@@ -78,7 +78,6 @@ MediaRemoved parseMediaRemoved(const std::string& text) {
 }
 
 bool nextNameServerEntry(const std::string& text, size_t& position, std::string& portName) {
-    if (position > text.size()) return false;
     const size_t first = text.find(',', position);
     if (first == kNone) return false;
     const size_t second = text.find(',', first + 1);

@@ -50,6 +50,11 @@ TEST_F(FabricRecords, FindSwitchesByDomainAndName) {
     EXPECT_EQ(fabric.getSwitchByPortWwn("2006001122000002"), first) << "the first in the list";
 }
 
+TEST_F(FabricRecords, ASwitchHasAsManyPortsAsItsTable) {
+    while (first->getPortCount() < SwitchCache::kMaxPorts) ASSERT_TRUE(first->addPort(1, 1));
+    EXPECT_FALSE(first->addPort(1, 1));
+}
+
 TEST_F(FabricRecords, WalksEndWhereTheyCannotGoOn) {
     EXPECT_EQ(fabric.getNextSwitch(second), nullptr);
     EXPECT_EQ(fabric.getNextSwitch(nullptr), nullptr);
