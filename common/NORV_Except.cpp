@@ -8,6 +8,6 @@ NORV_Except::NORV_Except(const char* file_name, const char* function_name, int l
     : file(file_name), function(function_name), line(line_number), message(), severity(level) {
     std::va_list arguments;
     va_start(arguments, format);
-    if (std::vsnprintf(message, sizeof message, format, arguments) == -1) message[0] = '\0';
+    if (std::vsnprintf(message, sizeof message, format, arguments) < 0) message[0] = '\0';
     va_end(arguments);
 }

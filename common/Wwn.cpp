@@ -15,7 +15,7 @@ constexpr uint32_t kNaa2Base = 0xF000FFFFU;
 constexpr uint32_t kNaa3Base = 0xF000000FU;
 
 uint32_t wordOf(std::string_view digits) {
-    uint32_t word{};
+    uint32_t word = 0;
     std::from_chars(digits.data(), digits.data() + digits.size(), word, 16);
     return word;
 }
@@ -61,8 +61,8 @@ void Wwn::Set_Port(unsigned int upper, unsigned int lower) {
 }
 
 void Wwn::Get_Port(unsigned int& port) const {
-    unsigned int upper{};
-    unsigned int lower{};
+    unsigned int upper = 0;
+    unsigned int lower = 0;
     if (naa() != 2 && naa() != 3) return;
     Get_Port(upper, lower);
     port = (upper << 6) | lower;

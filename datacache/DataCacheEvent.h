@@ -308,12 +308,9 @@ class DC_EXPORT DCEventEnvEvent : public DataCacheEvent {
         : DataCacheEvent(TYPE, name), component(part), condition(state), description(text) {}
     ~DCEventEnvEvent() override;
 
-    /** "temperature" or "power supply" */
-    std::string component;
-    /** "overtemp", "voltage high" or "voltage low" */
-    std::string condition;
-    /** The sensor, or "unknown". */
-    std::string description;
+    std::string component;    ///< "temperature" or "power supply"
+    std::string condition;    ///< "overtemp", "voltage high" or "voltage low"
+    std::string description;  ///< the sensor, or "unknown"
 };
 
 /** The switch's CIM configuration changed. `wwn` means nothing here. */

@@ -18,7 +18,9 @@ SwitchCache* switchOf(Element<SwitchCache>* element) {
 
 FabricCache::FabricCache() = default;
 
-FabricCache::~FabricCache() = default;
+FabricCache::~FabricCache() {
+    _switches.purge_list(true);
+}
 
 Wwn FabricCache::getFabricWorldWideName() const {
     return _fabric_name;

@@ -46,9 +46,9 @@ class DC_EXPORT FabricCache {
     Wwn _local_switch_wwn;
     uint8_t _local_domain_id = 0;  ///< 0 on a transparent switch
     uint32_t _operating_mode = 0;
-    uint16_t _unused16[2]{};
+    uint16_t _unused16[2] = {0, 0};
     List<Element<SwitchCache>> _switches;
-    uint32_t _unused32{};
+    uint32_t _unused32 = 0;
 };
 
 namespace datacache {

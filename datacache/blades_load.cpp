@@ -66,9 +66,9 @@ Kind kindOf(std::string_view type) {
 /** What the switch says of one slot. */
 struct Slot {
     Kind kind = KIND_NONE;  ///< of an empty slot none
-    uint16_t operStatus{};
-    uint16_t tempSensors{};
-    uint16_t voltageSensors{};
+    uint16_t operStatus = 0;
+    uint16_t tempSensors = 0;
+    uint16_t voltageSensors = 0;
 };
 
 /** Reads one slot; false when the call or any key failed. */

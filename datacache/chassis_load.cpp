@@ -51,10 +51,10 @@ struct Faults {
 
 /** What is read first: the counts, and whether there are fault lists. */
 struct ChassisCounts {
-    uint16_t powerSupplies{};
-    uint16_t fans{};
-    uint16_t slots{};
-    bool monitoring{};
+    uint16_t powerSupplies = 0;
+    uint16_t fans = 0;
+    uint16_t slots = 0;
+    bool monitoring = false;
 };
 
 bool readCounts(uint32_t handle, ChassisCounts& counts) {

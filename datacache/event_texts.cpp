@@ -57,7 +57,7 @@ std::string voltageDescription(const std::string& text, bool tooHigh) {
 
 MediaInserted parseMediaInserted(const std::string& text) {
     MediaInserted media;
-    int32_t unused{};
+    int32_t unused = 0;
     TextScan scan(text);
     scan.number(unused).literal(';').number(unused).literal(';').number(unused).literal(';');
     scan.number(media.port).literal(';').number(media.presence).literal(';');
@@ -69,7 +69,7 @@ MediaInserted parseMediaInserted(const std::string& text) {
 
 MediaRemoved parseMediaRemoved(const std::string& text) {
     MediaRemoved media;
-    int32_t unused{};
+    int32_t unused = 0;
     TextScan scan(text);
     scan.number(unused).literal(';').number(unused).literal(';').number(unused).literal(';').number(
         media.port);

@@ -12,7 +12,7 @@ struct Property {
 
 char* read(const Property& property) {
     char* value = nullptr;
-    uint32_t extra{};
+    uint32_t extra = 0;
     const int32_t result = vex_smlGetV(hSwitch, &value, &extra, "%s", property.key);
     if (result != 0) {
         if (property.failureLine != 0) {
@@ -28,7 +28,7 @@ char* read(const Property& property) {
 }
 
 int32_t readText(const char* key, char** value) {
-    uint32_t extra{};
+    uint32_t extra = 0;
     return vex_smlGetV(hSwitch, value, &extra, "%s", key);
 }
 

@@ -3,7 +3,7 @@
 
 #include "switchlib/NORV_Vex_Lib.h"
 
-uint32_t hSwitch{};
+uint32_t hSwitch = 0;
 
 int32_t vex_smlGetV(uint32_t handle, char** value, uint32_t* extra, const char* format, ...) {
     constexpr int32_t kExpected = 103;  // a failure that callers expect: never reported

@@ -11,8 +11,7 @@ namespace datacache {
 /** A group of commands to the switch, freed with the object. Without memory it sends nothing. */
 class CommandGroup {
   public:
-    /** `capacity`: commands that find room at once; more find room as well. */
-    explicit CommandGroup(int capacity = 2) : _group(vex_smlAllocMsgGroup(capacity)) {}
+    explicit CommandGroup(int capacity) : _group(vex_smlAllocMsgGroup(capacity)) {}
     ~CommandGroup() {
         if (_group != nullptr) vex_smlFreeMsgGroup(_group);
     }

@@ -87,7 +87,7 @@ long ZoningSession::secondsLeft() const {
 ZoningStatus ZoningSession::_obstacle() {
     if (!_open) return ZoningStatus::Closed;
     if (_lockChanges != _zoning._lockChanges) return ZoningStatus::Taken;
-    bool expired{};
+    bool expired = false;
     if (!_zoning.LockIdOK(Text(_client), expired))
         return expired ? ZoningStatus::Expired : ZoningStatus::Taken;
     if (_edited && _generation != _zoning._generation) return ZoningStatus::Reloaded;

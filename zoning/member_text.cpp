@@ -57,7 +57,7 @@ void formatMemberId(int* type, unsigned char* id, char* out) {
                           id[4], id[5], id[6], id[7]);
             break;
         case VEX_ZMT_DOMAIN_PORT: {
-            int32_t port{};
+            int32_t port = 0;
             std::memcpy(&port, id + offsetof(vex_memberid_u, domain_port.port), sizeof port);
             // Decimal and with a colon, unlike ZoneMemberToString(): people read this form.
             std::snprintf(out, size, "%2.2d:%2.2d", id[0], port);

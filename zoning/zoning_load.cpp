@@ -44,6 +44,8 @@ void ZoningCache::_loadActive(uint32_t handle) {
 }
 
 void ZoningCache::_markForReload() {
+    // The checksum alone would not force it: the switch may come to report this very number.
+    _prevInactiveChecksum = _inactiveChecksum + 1;
     _configuredDue = true;
 }
 
@@ -61,7 +63,7 @@ bool ZoningCache::_loadConfigured(uint32_t handle) {
     clearInactive();
     clearUber();
     _dropEntry(ZONESET_UBER);
-    int32_t count{};
+    int32_t count = 0;
     char(*names)[VEX_ZONING_NAME_SIZE] = nullptr;
     if (ReadTrace::follow("vex_fzsGetZonesetList", "",
                           [&] { return vex_fzsGetZonesetList(handle, &count, &names); }) != 0) {

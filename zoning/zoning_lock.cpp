@@ -12,7 +12,7 @@ int ZoningCache::ZoningLock(char* lockId) {
     const AccessGuard guard;
     ZoningFailure failure;
     {
-        CommandGroup group;
+        CommandGroup group(2);
         if (!group.ok()) return 0;
         ++_lockChanges;
         _lockTime = static_cast<int32_t>(uptimeSeconds());
@@ -34,7 +34,7 @@ int ZoningCache::ZoningLock(char* lockId) {
 
 int ZoningCache::ZoningUnlock() {
     const AccessGuard guard;
-    CommandGroup group;
+    CommandGroup group(2);
     if (!group.ok()) return 0;
     ++_lockChanges;
     group.add("Cmd.Zoning.FabricUnlock.77");
