@@ -25,7 +25,7 @@ namespace datacache {
  */
 class SmlBatch {
   public:
-    /** Makes room for `expected` keys at once, for most batches' few without a number; more find room as
+    /** Makes room for `expected` keys at once, by default for as many as most batches have; more find room as
      * well. */
     explicit SmlBatch(size_t expected = 8) { _records.reserve(expected); }
 

@@ -26,6 +26,9 @@ inline int32_t entriesOf(int32_t count) {
     return std::min(count, kMostEntries);
 }
 
+/** Room for a name: more than any takes, for a library that forgets the terminator. */
+constexpr size_t kNameRoom = 256;
+
 /** A host's name; none counts as an empty one. */
 inline const char* given(const char* name) {
     return name == nullptr ? "" : name;
@@ -35,7 +38,7 @@ inline const char* given(const char* name) {
  */
 inline bool readName(int32_t (*getName)(void*, char*), void* object, std::string& name) {
     if (object == nullptr) return false;
-    char field[VEX_SML_VALUE_SIZE] = {};  // longer than any name, for a library that forgets the terminator
+    char field[kNameRoom] = {};
     if (getName(object, field) != 0) return false;
     name.assign(field, strnlen(field, sizeof field));
     return true;

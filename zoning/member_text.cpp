@@ -7,6 +7,7 @@
 #include "common/cim_log.h"
 #include "common/text.h"
 #include "switchlib/NORV_Vex_Lib.h"
+#include "zoning/library_calls.h"
 
 namespace {
 
@@ -79,7 +80,7 @@ void formatMemberId(int* type, unsigned char* id, char* out) {
 
 int32_t get_Active_ZoneSet(char* name) {
     name[0] = '\0';
-    char field[VEX_SML_VALUE_SIZE] = {};
+    char field[datacache::kNameRoom] = {};
     const int32_t result = vex_fzsGetActiveZonesetName(hSwitch, field);
     if (result == 0) {
         copyName(name, field);

@@ -133,6 +133,7 @@ TEST_F(HostTest, ACapturedRecordingIsTheSwitchAtItsEnd) {
              EXAMPLES_DIR "/modular-chassis.toml"});
     const std::string whole = contents(path);
     const size_t reload = whole.find("\"vex_fzsGetZoneset\"", whole.rfind("\"vex_ZonesetRemoveZone\""));
+    ASSERT_NE(reload, std::string::npos) << "the reload would hide what this is about";
     writeFile("run.jsonl", whole.substr(0, whole.rfind('\n', reload) + 1));
     EXPECT_THAT(captured("--replay", path), HasSubstr("\nname = \"backup\"\n"));
 }

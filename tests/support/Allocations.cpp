@@ -6,8 +6,8 @@
 #include "common/export.h"
 #include "simulator/Simulator.h"
 
-// What is linked into unit_tests asks these for memory; see its link options. They are
-// exported, because the linker would also have the shared libraries beside the program find them.
+// What is linked into unit_tests asks these for memory; see its link options. They are exported, because the
+// linker would also have the shared libraries beside the program find them.
 extern "C" {
 void* __real_calloc(size_t count, size_t size);
 void* __real_realloc(void* block, size_t size);
