@@ -2,6 +2,8 @@
 
 #include <pthread.h>
 
+#include <chrono>
+
 #include "common/export.h"
 #include "common/thread_annotations.h"
 
@@ -22,11 +24,22 @@ extern LockToken access_lock;
 
 namespace datacache {
 
+/** Lock and unlock `access_mutex`, and note since when it is held. Every lock has its unlock on its thread.
+ * Hosts call DataCache::getInstance() and releaseInstance(), or make a CacheReader. */
+DC_EXPORT void lockAccess() DC_ACQUIRE(access_lock);
+DC_EXPORT void unlockAccess() DC_RELEASE(access_lock);
+
+/** How long a thread has held the lock, to some milliseconds; negative while nobody does. Takes no lock. Of
+ * no use for a host that locks `access_mutex` itself: that is not noted. */
+std::chrono::milliseconds accessHeldFor();
+/** Whether this thread holds the lock. */
+bool holdsAccess();
+
 /** Holds the access lock for a scope; the one way to take it inside the library. */
 class DC_SCOPED_CAPABILITY AccessGuard {
   public:
-    AccessGuard() DC_ACQUIRE(access_lock) { pthread_mutex_lock(&access_mutex); }
-    ~AccessGuard() DC_RELEASE() { pthread_mutex_unlock(&access_mutex); }
+    AccessGuard() DC_ACQUIRE(access_lock) { lockAccess(); }
+    ~AccessGuard() DC_RELEASE() { unlockAccess(); }
     AccessGuard(const AccessGuard&) = delete;
     AccessGuard& operator=(const AccessGuard&) = delete;
 };

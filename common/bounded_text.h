@@ -15,4 +15,12 @@ std::string_view boundedText(const char (&field)[Size]) {
     return {field, strnlen(field, Size)};
 }
 
+/** Copies a text, null for none, into a fixed field, cut to it and terminated. */
+template <size_t Size>
+void copyBounded(char (&field)[Size], const char* text) {
+    const size_t length = text == nullptr ? 0 : strnlen(text, Size - 1);
+    if (length != 0) std::memcpy(field, text, length);
+    field[length] = '\0';
+}
+
 }  // namespace datacache

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <bitset>
+#include <chrono>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,8 +26,11 @@
 #include "zoning/ZoningCache.h"
 
 namespace datacache {
+class AreaPrints;
 class CacheReader;
-}
+struct EventMarks;
+struct MarkReason;
+}  // namespace datacache
 
 /** The host's callback: called with the access lock held; see DataCacheEvent. */
 using DataCacheCallback = void (*)(DataCacheEvent*);
@@ -45,8 +50,9 @@ using DataCacheCallback = void (*)(DataCacheEvent*);
  * lock throughout, and a switch that answers slowly makes it long; health() and idle() wait for nothing.
  *
  * Waiting: an area whose read failed is read again at the next pass, and a pass comes only with a switch
- * event, reloadZoning(), refreshNow(), or the retry interval, which is off unless it is set. isCacheReady()
- * says whether the last pass found every area up to date, health() which area is not, since when and why.
+ * event, reloadZoning(), refreshNow(), or the retry and refresh intervals, which are off unless they are set.
+ * waitReady() waits for the first complete state; health() says which area is not up to date, since when and
+ * why.
  */
 class DC_EXPORT DataCache {
   public:
@@ -67,31 +73,62 @@ class DC_EXPORT DataCache {
     /** The instance; created by init(). Read it through getInstance(). */
     static DataCache* instance;
 
-    // ---- Trust ----
+    // ---- Reading and waiting ----
 
     /** True when the last pass found every area up to date. */
     bool isCacheReady() DC_TAKES(access_lock);
     /**
-     * What is up to date and what is not, since when and why; what the passes and the switch's events do; and
-     * what the cache has no room for. Waits for no pass and for no lock but its own, so it may be asked from
-     * any thread at any time, before init() and inside the callback too.
+     * Wait until the last pass found every area up to date, or until idle(), at most so long; true where it
+     * came to that. They take no lock. On a thread that holds the access lock, as a callback does, they
+     * answer at once, since no pass could run meanwhile.
      */
-    static datacache::Health health();
-    /** True when no switch event waits and no pass is running or asked for. False until the first pass is
-     * over. Waits for no pass. */
+    static bool waitReady(std::chrono::milliseconds timeout);
+    static bool waitIdle(std::chrono::milliseconds timeout);
+    /**
+     * True when no switch event waits, no pass is running or asked for, and no zoning session's step and no
+     * read of the accounts is under way. Readers do not count. False until the first pass is over. Waits for
+     * no pass.
+     */
     static bool idle();
     /**
+     * Has the cache call `callback` at the end of each pass that lost or regained readiness, in the sense of
+     * isCacheReady(), with `context` handed on as it is; null turns that off. It runs on the evaluation
+     * thread with the access lock held, before the update-complete event of a pass that regained it; the
+     * rules for the event callback hold for it too. Takes effect at once, before init() too.
+     */
+    static void setReadinessCallback(void (*callback)(bool ready, void* context), void* context)
+        DC_TAKES(access_lock);
+
+    // ---- Trust ----
+
+    /**
+     * What is up to date and what is not, since when and why; what is under way; what the cache is not told;
+     * and what it has no room for. Waits for no pass and for no lock but its own, so it may be asked from any
+     * thread at any time, before init() and inside the callback too. Throws std::bad_alloc alone.
+     */
+    static datacache::Health health();
+    /**
      * Has a pass read every area and every local port anew as soon as the evaluation thread is free; zoning
-     * is loaded where its checksums differ (reloadZoning() loads it in any case), and the accounts wait for
-     * _getAcctInfo(). Waits for a running pass. Before init() it does nothing.
+     * is loaded where its checksums differ (reloadZoning() loads it in any case), an active zoneset that is
+     * missing is asked for again, and the accounts wait for readAccounts(). Waits for a running pass. Before
+     * init() it does nothing.
      */
     static void refreshNow() DC_TAKES(access_lock);
     /**
-     * Has an area that is not up to date read again `seconds` after the last pass, even if no switch event
-     * comes, and again after that for as long as it takes; 0, as at first, turns that off. Takes effect at
-     * once, from any thread, and before start() too.
+     * Has what is not up to date read again `seconds` after the last pass, even if no switch event comes, and
+     * again after that for as long as it takes: areas, an active zoneset that is missing, the zoning limits,
+     * and the registration of the event codes that the switch refused, after which everything is read anew.
+     * 0, as at first, turns that off. Takes effect at once, from any thread, and before start() too.
      */
     static void setRetryInterval(uint32_t seconds);
+    /**
+     * Has everything that a pass reads read anew that often, so that a change whose notification was lost is
+     * found; Health counts such changes. 0, as at first, turns that off. Takes effect at once, from any
+     * thread, and before start() too.
+     */
+    static void setRefreshInterval(uint32_t seconds);
+    /** Reads the accounts of the switch, which no pass does; see _getAcctInfo(). */
+    bool readAccounts() DC_TAKES(access_lock);
 
     // ---- Asking for updates ----
 
@@ -181,8 +218,6 @@ class DC_EXPORT DataCache {
      * caller holds the access lock. CacheReader::accounts() shows the list.
      */
     bool _getAcctInfo() DC_REQUIRES(access_lock);
-    /** The same for a caller that holds no lock. */
-    bool readAccounts() DC_TAKES(access_lock);
 
     // ---- Translations of the switch's state words into CIM values ----
 
@@ -211,7 +246,11 @@ class DC_EXPORT DataCache {
     /** False when the thread could not be made. */
     bool startEvalThread();
     static void* evalThread(void*);
-    /** One pass: takes up the queued events, then reads what is marked. Returns isCacheReady(). */
+    /**
+     * One pass: takes up the queued events, then reads what is marked. Returns isCacheReady(). Called from
+     * the callback it is harmless: the event under dispatch stays with the outer pass, which alone removes
+     * it, and no event is dispatched twice.
+     */
     bool evaluateCaches() DC_REQUIRES(access_lock);
     /** What the switch library calls with an event, on a thread of its own; the event stays the library's. */
     static void vexlibNotificationCB(void* context, vex_event_s* event, void* user) DC_TAKES(access_lock);
@@ -247,10 +286,32 @@ class DC_EXPORT DataCache {
     static bool _fabricContainsWWN(std::vector<Wwn> names, Wwn name);
     static std::string _sanitizedMediaVendorSN(const char* text);
 
+    /** An area's flags, loader and texts. */
+    struct AreaRow;
+    DC_HIDDEN static const AreaRow& _rowOf(datacache::CacheArea area);
+
     DC_HIDDEN void _drainEventQueue() DC_REQUIRES(access_lock);
     DC_HIDDEN void _updateAreas() DC_REQUIRES(access_lock);
+    /** Reads an area and writes what came of it into its flags and its record; one that failed stays marked.
+     */
+    DC_HIDDEN void _readArea(datacache::CacheArea area) DC_REQUIRES(access_lock);
+    /** Marks an area in its flag and its record. */
+    DC_HIDDEN void _markArea(datacache::CacheArea area, const datacache::MarkReason& reason)
+        DC_REQUIRES(access_lock);
+    /** Marks what a pass reads, with every local port. */
+    DC_HIDDEN void _markAll(const datacache::MarkReason& reason) DC_REQUIRES(access_lock);
+    /** Marks what a switch event says has changed. */
+    DC_HIDDEN void _markFor(const vex_event_s& event, const datacache::EventMarks& marks)
+        DC_REQUIRES(access_lock);
+    /** Compares what an area's good read found with the read before, for Health. */
+    DC_HIDDEN void _compareArea(datacache::CacheArea area, const std::bitset<datacache::kPortRows>& portsRead)
+        DC_REQUIRES(access_lock);
+    /** Sets isCacheReady() and tells the host where that changed. */
+    DC_HIDDEN void _setReady(bool ready) DC_REQUIRES(access_lock);
     DC_HIDDEN void _reportPorts(const Wwn& fabric) DC_REQUIRES(access_lock);
-    DC_HIDDEN static void _mark(bool& flag, datacache::CacheArea area);
+    DC_HIDDEN bool _readLimits() DC_TAKES(access_lock);
+    /** What the retry interval does before its pass; false where nothing is to be mended. */
+    DC_HIDDEN bool _prepareRetry() DC_TAKES(access_lock);
 
     // ---- State ----
 
@@ -301,4 +362,10 @@ class DC_EXPORT DataCache {
      */
     Element<SwitchCache>* _mserverSwitch DC_GUARDED_BY(access_lock) = nullptr;
     long _mserverRequestTime DC_GUARDED_BY(access_lock) = 0;
+
+    /** Entries at the front of the queue whose dispatch is going on; more than 1 where a callback runs a
+     * pass.
+     */
+    size_t _dispatching DC_GUARDED_BY(access_lock) = 0;
+    std::unique_ptr<datacache::AreaPrints> _prints DC_PT_GUARDED_BY(access_lock);
 };

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "datacache/EvalSignal.h"
+#include "datacache/changes.h"
 
 pthread_mutex_t eval_mutex = PTHREAD_MUTEX_INITIALIZER;
 pthread_cond_t eval_cv = PTHREAD_COND_INITIALIZER;
@@ -13,7 +14,25 @@ namespace datacache {
 
 namespace {
 
-uint32_t retrySeconds DC_GUARDED_BY(eval_lock) = 0;
+/** Seconds of the monotonic clock, which nobody sets; a host's clock jumps when it first hears of the time.
+ */
+int64_t nowSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec;
+}
+
+/** An interval and what it is counted from. */
+struct Interval {
+    uint32_t seconds = 0;  ///< 0 for none
+    int64_t begin = 0;
+
+    bool due(int64_t now) const { return seconds != 0 && now - begin >= int64_t{seconds}; }
+    int64_t end() const { return begin + int64_t{seconds}; }
+};
+
+Interval retry DC_GUARDED_BY(eval_lock);
+Interval refresh DC_GUARDED_BY(eval_lock);
 /** The evaluation thread waits. At first it does not: it has not begun. */
 bool waiting DC_GUARDED_BY(eval_lock) = false;
 
@@ -25,13 +44,24 @@ class DC_SCOPED_CAPABILITY EvalGuard {
     EvalGuard& operator=(const EvalGuard&) = delete;
 };
 
-/** Waits for a signal, or until the retry is due, counted from `begin`: then false. */
-bool waitForSignal(const timespec& begin) DC_REQUIRES(eval_lock) {
-    if (retrySeconds == 0) return pthread_cond_wait(&eval_cv, &eval_mutex) == 0;
-    timespec due = begin;
-    due.tv_sec += static_cast<time_t>(retrySeconds);
-    // On the clock that nobody sets, as a host's clock jumps when it first hears of the time.
-    return pthread_cond_clockwait(&eval_cv, &eval_mutex, CLOCK_MONOTONIC, &due) != ETIMEDOUT;
+/** Waits for a signal, or until the next interval is due. */
+void waitForSignal() DC_REQUIRES(eval_lock) {
+    if (retry.seconds == 0 && refresh.seconds == 0) {
+        pthread_cond_wait(&eval_cv, &eval_mutex);
+        return;
+    }
+    const int64_t end = retry.seconds == 0     ? refresh.end()
+                        : refresh.seconds == 0 ? retry.end()
+                                               : std::min(retry.end(), refresh.end());
+    timespec due{};
+    due.tv_sec = static_cast<time_t>(end);
+    pthread_cond_clockwait(&eval_cv, &eval_mutex, CLOCK_MONOTONIC, &due);
+}
+
+void set(Interval& interval, uint32_t seconds) DC_REQUIRES(eval_lock) {
+    constexpr uint32_t kLongest = 0x3FFFFFFF;  // 34 years, which also a clock of 32 bits can add
+    interval.seconds = std::min(seconds, kLongest);
+    pthread_cond_signal(&eval_cv);
 }
 
 }  // namespace
@@ -48,21 +78,35 @@ void startEvaluation() {
 }
 
 Wake awaitEvaluation() {
-    timespec begin{};
-    clock_gettime(CLOCK_MONOTONIC, &begin);
+    {
+        const EvalGuard guard;
+        waiting = true;
+        retry.begin = nowSeconds();
+    }
+    announceChange();
     const EvalGuard guard;
-    waiting = true;
-    bool due = false;
-    while (eval_ready == 0 && !due) due = !waitForSignal(begin);
+    Wake wake;
+    for (;;) {
+        const int64_t now = nowSeconds();
+        wake = {eval_ready != 0, retry.due(now), refresh.due(now)};
+        if (wake.requested || wake.retryDue || wake.refreshDue) break;
+        waitForSignal();
+    }
+    if (wake.refreshDue) refresh.begin = nowSeconds();
     waiting = false;
-    return std::exchange(eval_ready, 0) == 0 ? Wake::RetryDue : Wake::Requested;
+    eval_ready = 0;
+    return wake;
 }
 
 void setEvaluationRetry(uint32_t seconds) {
-    constexpr uint32_t kLongest = 0x3FFFFFFF;  // 34 years, which also a clock of 32 bits can add
     const EvalGuard guard;
-    retrySeconds = std::min(seconds, kLongest);
-    pthread_cond_signal(&eval_cv);
+    set(retry, seconds);
+}
+
+void setEvaluationRefresh(uint32_t seconds) {
+    const EvalGuard guard;
+    refresh.begin = nowSeconds();
+    set(refresh, seconds);
 }
 
 bool evaluationIdle() {

@@ -2,11 +2,21 @@
 
 #include <chrono>
 
+#include "common/AccessLock.h"
 #include "common/Mutex.h"
-#include "datacache/Health.h"
+#include "datacache/HealthRecord.h"
+#include "datacache/SilentChanges.h"
+#include "datacache/event_codes.h"
+#include "datacache/event_marks.h"
 #include "switchlib/ReadTrace.h"
 
 namespace datacache {
+
+/** Why an area is marked; `event` is the code for MarkCause::Event. */
+struct MarkReason {
+    MarkCause cause = MarkCause::Host;
+    int32_t event = 0;
+};
 
 /**
  * Keeps the process's Health: the cache tells it what happens, anybody copies it. Its mutex is held for a few
@@ -18,24 +28,44 @@ class HealthMonitor {
      * one. */
     static HealthMonitor& instance();
 
+    /** Throws std::bad_alloc. */
     Health copy() DC_EXCLUDES(_mutex);
     /** Back to a process that has just begun. */
     void reset() DC_EXCLUDES(_mutex);
 
     void connecting(int32_t result, bool connected) DC_EXCLUDES(_mutex);
-    void mark(CacheArea area) DC_EXCLUDES(_mutex);
+    /** The library's answer to a registration of some codes, or of all; a code that it names as refused
+     * before and does not ask for again stays refused. */
+    void registered(int32_t result, const EventRegistrations& list, size_t count) DC_EXCLUDES(_mutex);
+    /** The codes to register again, in the order of registration; gives their number. */
+    size_t refusedCodes(EventRegistrations& list) DC_EXCLUDES(_mutex);
+    void limits(bool read, const ReadFailure& failure) DC_EXCLUDES(_mutex);
+    bool limitsMissing() DC_EXCLUDES(_mutex);
+    void thread(bool made) DC_EXCLUDES(_mutex);
+
+    void mark(CacheArea area, MarkReason reason) DC_EXCLUDES(_mutex);
     void beginPass() DC_EXCLUDES(_mutex);
-    void endPass() DC_EXCLUDES(_mutex);
+    /** `ready` is whether every area is up to date. */
+    void endPass(bool ready) DC_EXCLUDES(_mutex);
     /** A notification came; then it is dropped or accepted, which is in the queue by then. */
     void received() DC_EXCLUDES(_mutex);
     void dropped() DC_EXCLUDES(_mutex);
     void accepted() DC_EXCLUDES(_mutex);
     void queued() DC_EXCLUDES(_mutex);
     void dispatched() DC_EXCLUDES(_mutex);
+    /** An event says what has changed; a difference that a read finds there is no surprise. */
+    void announced(const EventMarks& marks) DC_EXCLUDES(_mutex);
+    /** A read found these differences. */
+    void found(CacheArea area, const Difference& difference) DC_EXCLUDES(_mutex);
+
     /** Whether no switch event waits anywhere in the cache. */
     bool noEventWaits() DC_EXCLUDES(_mutex);
     /** Whether a pass could bring an area up to date. */
     bool anyAreaStale() DC_EXCLUDES(_mutex);
+    /** Whether the last pass found every area up to date. */
+    bool ready() DC_EXCLUDES(_mutex);
+    /** Whether nothing is under way for which idle() waits, but for what the evaluation thread was asked. */
+    bool noWorkUnderWay() DC_EXCLUDES(_mutex);
 
     void domainList(bool full) DC_EXCLUDES(_mutex);
     void portEntriesBeyond(uint32_t entries) DC_EXCLUDES(_mutex);
@@ -45,6 +75,7 @@ class HealthMonitor {
 
   private:
     friend class AreaRead;
+    friend class Work;
     using Clock = std::chrono::steady_clock;
 
     void beginArea(CacheArea area, bool inPass) DC_EXCLUDES(_mutex);
@@ -52,11 +83,30 @@ class HealthMonitor {
         DC_EXCLUDES(_mutex);
 
     Mutex _mutex;  ///< below the access lock and the evaluation signal's mutex
-    Health _health DC_GUARDED_BY(_mutex);
+    HealthRecord _record DC_GUARDED_BY(_mutex);
+    SilentChanges _silent DC_GUARDED_BY(_mutex);
+    uint32_t _passesUnderWay DC_GUARDED_BY(_mutex) = 0;  ///< more than 1 where a callback runs a pass
+    uint32_t _workUnderWay DC_GUARDED_BY(_mutex) = 0;
     Clock::time_point _passBegan DC_GUARDED_BY(_mutex){};
     uint32_t _passCalls DC_GUARDED_BY(_mutex) = 0;
     Duration _slowest DC_GUARDED_BY(_mutex){};  ///< of the areas of the running pass
     CacheArea _slowestArea DC_GUARDED_BY(_mutex) = CacheArea::Switch;
+};
+
+/**
+ * Says for what the thread holds the access lock, from construction to destruction, one inside another where
+ * a callback begins something. What is said here counts as under way, and idle() is false meanwhile.
+ */
+class Work {
+  public:
+    /** `step` of a session, cut to its field; null for none. */
+    explicit Work(LockHolder holder, const char* step = nullptr) DC_REQUIRES(access_lock);
+    ~Work();
+    Work(const Work&) = delete;
+    Work& operator=(const Work&) = delete;
+
+  private:
+    LockHealth _outer;
 };
 
 /**

@@ -74,6 +74,7 @@ bool DataCache::_getAcctInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getAcctInfo()\n");
     // Into a list of its own, so that a read that fails half-way, for want of memory too, changes nothing.
     std::vector<std::string> names;
+    const Work work(LockHolder::Accounts);
     AreaRead read(CacheArea::Accounts, false);
     const int failedAt = readNames(_handle, names);
     if (failedAt != 0) {
@@ -85,6 +86,7 @@ bool DataCache::_getAcctInfo() {
     _prevAccounts = changes.removed;
     _accounts.swap(names);
     read.done(true);
+    _compareArea(CacheArea::Accounts, {});
     for (const std::string& name : changes.added) {
         notify(_callback, DCEventUserAcctAdd(_switchState.switchWwn, name));
     }

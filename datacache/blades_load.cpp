@@ -25,18 +25,19 @@ struct ComponentCounts {
 };
 
 template <typename Event>
-void sendAdd(DataCacheCallback host, const Wwn& name, uint16_t slot) {
+void sendAdd(const DataCacheCallback& host, const Wwn& name, uint16_t slot) {
     notify(host, Event(name, slot));
 }
 
 template <typename Event>
-void sendRemove(DataCacheCallback host, const Wwn& name, uint16_t slot, const ComponentCounts&) {
+void sendRemove(const DataCacheCallback& host, const Wwn& name, uint16_t slot, const ComponentCounts&) {
     notify(host, Event(name, slot));
 }
 
 /** For events that tell how many of the kind are left. */
 template <typename Event, uint16_t ComponentCounts::*Left>
-void sendRemoveOf(DataCacheCallback host, const Wwn& name, uint16_t slot, const ComponentCounts& counts) {
+void sendRemoveOf(const DataCacheCallback& host, const Wwn& name, uint16_t slot,
+                  const ComponentCounts& counts) {
     notify(host, Event(name, slot, counts.*Left));
 }
 
@@ -44,8 +45,8 @@ void sendRemoveOf(DataCacheCallback host, const Wwn& name, uint16_t slot, const 
 struct KindRow {
     Kind kind;
     const char* type;
-    void (*sendAdd)(DataCacheCallback, const Wwn&, uint16_t slot);
-    void (*sendRemove)(DataCacheCallback, const Wwn&, uint16_t slot, const ComponentCounts&);
+    void (*sendAdd)(const DataCacheCallback&, const Wwn&, uint16_t slot);
+    void (*sendRemove)(const DataCacheCallback&, const Wwn&, uint16_t slot, const ComponentCounts&);
 };
 
 constexpr KindRow kKinds[] = {
@@ -150,8 +151,8 @@ bool readSlots(uint32_t handle, BladeState& state, ComponentCounts& counts) {
     return true;
 }
 
-void reportChanges(DataCacheCallback host, const Wwn& name, const BladeState& before, const BladeState& now,
-                   const ComponentCounts& counts) {
+void reportChanges(const DataCacheCallback& host, const Wwn& name, const BladeState& before,
+                   const BladeState& now, const ComponentCounts& counts) {
     const uint16_t slots = std::min(now.slotCount, kMaxSlots);
     for (uint16_t slot = 0; slot < slots; ++slot) {
         if (now.kind[slot] == before.kind[slot]) continue;

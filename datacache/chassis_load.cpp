@@ -94,7 +94,7 @@ bool readUnits(uint32_t handle, const ChassisCounts& counts, ChassisState& state
     return true;
 }
 
-void reportPowerSupplies(DataCacheCallback host, const Wwn& name, const ChassisState& before,
+void reportPowerSupplies(const DataCacheCallback& host, const Wwn& name, const ChassisState& before,
                          const ChassisState& now) {
     const auto& statuses = now.powerSupplyStatus;
     const auto good = static_cast<uint16_t>(

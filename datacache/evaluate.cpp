@@ -1,5 +1,7 @@
-#include "datacache/DataCache.h"
+#include "datacache/AreaRow.h"
 #include "datacache/HealthMonitor.h"
+#include "datacache/changes.h"
+#include "datacache/readiness.h"
 #include "datacache/reports.h"
 
 using namespace datacache;
@@ -9,34 +11,34 @@ namespace {
 /** Tells the health that a pass runs, for as long as it lives. */
 class PassWatch {
   public:
-    PassWatch() { HealthMonitor::instance().beginPass(); }
-    ~PassWatch() { HealthMonitor::instance().endPass(); }
+    explicit PassWatch(const bool& ready) DC_REQUIRES(access_lock) : _work(LockHolder::Pass), _ready(ready) {
+        HealthMonitor::instance().beginPass();
+    }
+    ~PassWatch() { HealthMonitor::instance().endPass(_ready); }
     PassWatch(const PassWatch&) = delete;
     PassWatch& operator=(const PassWatch&) = delete;
+
+  private:
+    const Work _work;
+    const bool& _ready;
 };
 
-/** Reads an area; one that failed stays marked, so that the next pass tries it again. */
-template <typename Result>
-void read(DataCache& cache, CacheArea area, Result (DataCache::*load)(), bool& ok, bool& update) {
-    AreaRead read(area, true);
-    try {
-        ok = read.done((cache.*load)() != Result{});
-    } catch (const char* message) {
-        ReadTrace::failed(ReadFault::Exception, "", message, 0, 0);
-        read.done(false);
-        throw;
-    }
-    if (ok) update = false;
-}
+/** Counts a dispatch for as long as it goes on. */
+class DispatchWatch {
+  public:
+    explicit DispatchWatch(size_t& dispatching) : _dispatching(dispatching) { ++_dispatching; }
+    ~DispatchWatch() { --_dispatching; }
+    DispatchWatch(const DispatchWatch&) = delete;
+    DispatchWatch& operator=(const DispatchWatch&) = delete;
 
-void reportFailed(bool ok, const char* name) {
-    if (!ok) cim_log(CIM_LOG_TRACE, "DCACHE: %s = false\n", name);
-}
+  private:
+    size_t& _dispatching;
+};
 
 }  // namespace
 
 bool DataCache::evaluateCaches() {
-    const PassWatch watch;
+    const PassWatch watch(_cacheReady);
     cim_log(CIM_LOG_TRACE, "DCACHE: evaluateCaches\n");
     try {
         _drainEventQueue();
@@ -45,65 +47,63 @@ bool DataCache::evaluateCaches() {
         cim_log(CIM_LOG_CRITICAL, "DCACHE: Exception: %s\n", message);
     }
 
-    reportFailed(_switchOK, "_switchOK");
-    reportFailed(_chassisOK, "_chassisOK");
-    reportFailed(_bladesOK, "_bladesOK");
-    reportFailed(_portsOK, "_portsOK");
-    reportFailed(_accountsOK, "_accountsOK");
-    reportFailed(_fabricOK, "_fabricOK");
-    reportFailed(_zoningOK, "_zoningOK");
-
-    _cacheReady = _switchOK && _chassisOK && _bladesOK && _portsOK && _fabricOK && _accountsOK && _zoningOK;
+    bool ready = true;
+    for (const CacheArea area : kAllCacheAreas) {
+        const AreaRow& row = _rowOf(area);
+        if (this->*row.ok) continue;
+        cim_log(CIM_LOG_TRACE, "%s", row.failed);
+        ready = false;
+    }
+    _setReady(ready);
     if (_cacheReady) notify(_callback, DCEventDataCacheUpdateComplete());
     return _cacheReady;
 }
 
 void DataCache::_drainEventQueue() {
-    while (!_eventQueue.empty()) {
+    // Entries at the front are under dispatch where a callback runs this pass: they stay with the passes
+    // around it, and only what stands behind them is taken up.
+    while (_eventQueue.size() > _dispatching) {
+        const size_t place = _dispatching;
+        vex_event_s* event = _eventQueue[place];
+        if (event != nullptr) {
+            const DispatchWatch watch(_dispatching);
+            _vexlibNotificationCB(event);
+        }
         // The entry leaves the queue only after its dispatch, so a dispatch that throws sees it again.
-        vex_event_s* event = _eventQueue.front();
-        if (event != nullptr) _vexlibNotificationCB(event);
-        _eventQueue.pop_front();
+        _eventQueue.erase(_eventQueue.begin() + static_cast<std::ptrdiff_t>(place));
         HealthMonitor::instance().dispatched();
         delete event;
     }
 }
 
 void DataCache::_updateAreas() {
-    if (_switchUpdate) {
-        cim_log(CIM_LOG_TRACE, "DCACHE: Updating switch cache\n");
-        read(*this, CacheArea::Switch, &DataCache::_getSwitchInfo, _switchOK, _switchUpdate);
-    }
-    if (_chassisUpdate) {
-        cim_log(CIM_LOG_TRACE, "DCACHE: Updating chassis cache\n");
-        read(*this, CacheArea::Chassis, &DataCache::_getChassisInfo, _chassisOK, _chassisUpdate);
-    }
-    if (_bladesUpdate) {
-        cim_log(CIM_LOG_TRACE, "DCACHE: Updating blades cache\n");
-        read(*this, CacheArea::Blades, &DataCache::_getBladeInfo, _bladesOK, _bladesUpdate);
-    }
-    if (_portsUpdate) {
-        cim_log(CIM_LOG_TRACE, "DCACHE: Updating ports cache\n");
-        read(*this, CacheArea::Ports, &DataCache::_getPortInfo, _portsOK, _portsUpdate);
-    }
-    // Required: the accounts count as read though no pass reads them, since only the host asks for them.
-    _accountsOK = true;
-    _accountsUpdate = false;
-    if (_fabricUpdate) {
-        cim_log(CIM_LOG_TRACE, "DCACHE: Updating fabric cache\n");
-        read(*this, CacheArea::Fabric, &DataCache::_getFabricInfo, _fabricOK, _fabricUpdate);
-    }
-    if (_zoningUpdate) {
-        cim_log(CIM_LOG_TRACE, "DCACHE: Updating zoning cache\n");
-        read(*this, CacheArea::Zoning, &DataCache::_getZoningInfo, _zoningOK, _zoningUpdate);
-        cim_log(CIM_LOG_TRACE, "DCACHE: Updating zoning cache (Done)\n");
-        if (_zoningCache._reloadWanted) updateZoning();  // a session ended inside the callback
-    }
+    for (const CacheArea area : kAllCacheAreas) _readArea(area);
+    if (_zoningCache._reloadWanted) updateZoning();  // a session ended inside the callback
+}
+
+void DataCache::_setReady(bool ready) {
+    if (ready == _cacheReady) return;
+    _cacheReady = ready;
+    tellReadiness(ready);
 }
 
 bool DataCache::isCacheReady() {
     const AccessGuard guard;
     return _cacheReady;
+}
+
+bool DataCache::waitReady(std::chrono::milliseconds timeout) {
+    const auto ready = [] { return HealthMonitor::instance().ready(); };
+    return holdsAccess() ? ready() : awaitChange(timeout, ready);
+}
+
+bool DataCache::waitIdle(std::chrono::milliseconds timeout) {
+    return holdsAccess() ? idle() : awaitChange(timeout, idle);
+}
+
+void DataCache::setReadinessCallback(void (*callback)(bool ready, void* context), void* context) {
+    const AccessGuard guard;
+    setReadinessTarget(callback, context);
 }
 
 Health DataCache::health() {
@@ -114,5 +114,5 @@ bool DataCache::idle() {
     // Events are asked for before, as one that no longer waits was taken up by a pass, which still shows in
     // the second test; and after, as one may have come while that pass ended.
     HealthMonitor& health = HealthMonitor::instance();
-    return health.noEventWaits() && evaluationIdle() && health.noEventWaits();
+    return health.noEventWaits() && evaluationIdle() && health.noWorkUnderWay() && health.noEventWaits();
 }

@@ -7,6 +7,14 @@
 
 namespace datacache {
 
+/** Codes that the library has no names for. */
+enum UnnamedCode : int32_t {
+    EVENT_VOLTAGE_HIGH = 74,
+    EVENT_VOLTAGE_LOW = 75,
+    EVENT_MEDIA_INSERTED = 76,
+    EVENT_MEDIA_REMOVED = 77,
+};
+
 /** The codes that the cache registers for, in the order of registration, results 0. */
 using EventRegistrations = std::array<vex_eventreg_s, 28>;
 EventRegistrations eventRegistrations();

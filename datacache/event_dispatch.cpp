@@ -1,5 +1,8 @@
 #include "common/bounded_text.h"
 #include "datacache/DataCache.h"
+#include "datacache/HealthMonitor.h"
+#include "datacache/event_codes.h"
+#include "datacache/event_marks.h"
 #include "datacache/event_texts.h"
 #include "datacache/reports.h"
 #include "datacache/transceivers.h"
@@ -8,65 +11,9 @@ using namespace datacache;
 
 namespace {
 
-/** Codes that the library has no names for. */
-enum UnnamedCode : int32_t {
-    EVENT_VOLTAGE_HIGH = 74,
-    EVENT_VOLTAGE_LOW = 75,
-    EVENT_MEDIA_INSERTED = 76,
-    EVENT_MEDIA_REMOVED = 77,
-};
-
-/** Marks what the event touches for the areas' loads. */
-void markAreas(DataCache& cache, int32_t code, int32_t port) {
-    switch (code) {
-        case VEX_EVENT_FABRIC_CHANGE:
-        case VEX_EVENT_LSDB_CHANGE:
-            cache.updateFabric();
-            break;
-        case VEX_EVENT_ZONE_CHANGE:
-            cache.updateZoning();
-            break;
-        case VEX_EVENT_PORT_ATTR_CHANGE:
-        case VEX_EVENT_PORT_CFG_CHANGE:
-            if (port < 0 || port >= int32_t{cache.getMaxRootPorts()}) break;
-            cache.localPortRefreshSet(port);
-            cache.updatePorts();
-            break;
-        case VEX_EVENT_BLADE_INSERTED:
-        case VEX_EVENT_BLADE_REMOVED:
-        case VEX_EVENT_BLADE_STATE_CHANGE:
-            cache.localPortRefreshSet();
-            cache.updateBlades();
-            cache.updatePorts();
-            break;
-        case VEX_EVENT_SWITCH_STATE_CHANGE:
-            cache.updateSwitch();
-            break;
-        case VEX_EVENT_CHASSIS_OPERCHANGE:
-            cache.updateChassis();
-            break;
-        case VEX_EVENT_USER_ACL_CHANGE:
-            cache.updateAccounts();  // counts as work to do; the accounts are loaded when the host asks
-            break;
-        case VEX_EVENT_FEATURE_CHANGE:
-        case VEX_EVENT_SERVICES_CFG_CHANGE:
-            cache.localPortRefreshSet();
-            cache.updateChassis();
-            cache.updateSwitch();
-            cache.updatePorts();
-            break;
-        case VEX_EVENT_SWITCH_FAULT_CHANGE:
-            cache.updateSwitch();
-            cache.updateBlades();
-            break;
-        default:
-            break;
-    }
-}
-
 /** Sends one event a name-server entry, in the entries' order. */
 template <class Event>
-void sendNameServerEvents(DataCacheCallback host, const FabricCache& fabric, const std::string& text) {
+void sendNameServerEvents(const DataCacheCallback& host, const FabricCache& fabric, const std::string& text) {
     size_t position = 0;
     std::string portName;
     while (nextNameServerEntry(text, position, portName)) {
@@ -75,7 +22,7 @@ void sendNameServerEvents(DataCacheCallback host, const FabricCache& fabric, con
 }
 
 /** Sends what the event says itself; `name` is the local switch's. */
-void sendEvents(DataCacheCallback host, const Wwn& name, const FabricCache& fabric, int32_t code,
+void sendEvents(const DataCacheCallback& host, const Wwn& name, const FabricCache& fabric, int32_t code,
                 const std::string& text) {
     switch (code) {
         case VEX_EVENT_OVERHEAT_ALARM:
@@ -103,12 +50,26 @@ void sendEvents(DataCacheCallback host, const Wwn& name, const FabricCache& fabr
 
 }  // namespace
 
+void DataCache::_markFor(const vex_event_s& event, const EventMarks& marks) {
+    if (marks.port >= 0 && marks.port < int32_t{_portState.portCount}) {
+        localPortRefreshSet(marks.port);
+    } else if (marks.has(CacheArea::Ports) && !marks.allPorts) {
+        return;  // a port that is not scanned
+    }
+    if (marks.allPorts) localPortRefreshSet();
+    for (const CacheArea area : kAllCacheAreas) {
+        if (marks.has(area)) _markArea(area, {MarkCause::Event, event.code});
+    }
+}
+
 void DataCache::_vexlibNotificationCB(vex_event_s* event) {
     const std::string text(boundedText(event->text));
     const int32_t(&source)[3] = event->source.word;
     cim_log(CIM_LOG_TRACE, "DCACHE: dequeueing VEX_EVENT_T[%d:%d:%d] (%d) %s : %s\n", source[0], source[1],
             source[2], event->code, _tagToString(event->code), text.c_str());
-    markAreas(*this, event->code, source[2]);
+    const EventMarks marks = marksOf(*event);
+    HealthMonitor::instance().announced(marks);
+    _markFor(*event, marks);
     if (event->code == EVENT_MEDIA_INSERTED) mediaInserted(_transceivers, text);
     if (event->code == EVENT_MEDIA_REMOVED) mediaRemoved(_transceivers, text);
     sendEvents(_callback, _switchState.switchWwn, _fabric, event->code, text);

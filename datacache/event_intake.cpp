@@ -4,6 +4,8 @@
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
 #include "datacache/event_codes.h"
+#include "datacache/event_marks.h"
+#include "datacache/registration.h"
 
 using namespace datacache;
 
@@ -42,22 +44,16 @@ bool DataCache::startEventMonitor(DataCacheCallback callback) {
         const AccessGuard guard;
         _callback = callback;
     }
-    EventRegistrations list = eventRegistrations();
-    if (vex_enRegisterForEventList(_handle, vexlibNotificationCB, nullptr, list.data(),
-                                   static_cast<int32_t>(list.size())) != 0) {
-        cim_log(CIM_LOG_TRACE, "DCACHE: Unable to register for events via vex_enRegisterForEvents\n");
-    }
-    for (const vex_eventreg_s& entry : list) {
-        if (entry.result != 0)
-            cim_log(CIM_LOG_TRACE, "DCACHE: Unable to register for event %d\n", entry.code);
-    }
+    registerForEvents(_handle);
     return true;
 }
 
 void DataCache::vexlibNotificationCB(void*, vex_event_s* event, void*) {
     Arrival arrival;
+    if (event == nullptr) return;
+    HealthMonitor::instance().announced(marksOf(*event));
     const AccessGuard guard;
-    if (instance == nullptr || event == nullptr) return;
+    if (instance == nullptr) return;
     const int32_t(&source)[3] = event->source.word;
     if (!isQueuedEvent(event->code)) {
         cim_log(CIM_LOG_TRACE, "DCACHE: Unhandled event, VEX_EVENT_T[%d:%d:%d] (%d)%s : %.*s\n", source[0],

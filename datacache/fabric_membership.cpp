@@ -96,7 +96,7 @@ std::vector<Wwn> sweep(FabricCache& fabric) {
 }
 
 /** Carries out one step of the comparison: an event, or a line of the log. */
-void report(DataCacheCallback host, const FabricStep& step) {
+void report(const DataCacheCallback& host, const FabricStep& step) {
     switch (step.kind) {
         case FabricStep::FabricAdd:
             return notify(host, DCEventFabricAdd(step.fabric));
@@ -147,7 +147,8 @@ bool DataCache::_load_switch_domain_list() {
     if (_fabricInitialized != 0) {  // the first complete load reports nothing
         cim_log(CIM_LOG_TRACE, "DCACHE: _fabricInitialized = true\n");
         compareFabrics({_origFabricName, _origFabric}, {_fabric._fabric_name, members},
-                       [host = _callback](const FabricStep& step) { report(host, step); });
+                       [this](const FabricStep& step)
+                           DC_NO_THREAD_SAFETY_ANALYSIS { report(_callback, step); });
     }
     _fabricInitialized = 1;
     return true;

@@ -1,25 +1,16 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include "datacache/AreaPrints.h"
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
+#include "datacache/registration.h"
 
 using namespace datacache;
 
-namespace {
-
-/** Neither an area that is not up to date nor an event, such as one whose dispatch was left by an exception.
- */
-bool nothingToMend() {
-    HealthMonitor& health = HealthMonitor::instance();
-    return !health.anyAreaStale() && health.noEventWaits();
-}
-
-}  // namespace
-
 DataCache* DataCache::instance = nullptr;
 
-DataCache::DataCache() {
+DataCache::DataCache() : _prints(std::make_unique<AreaPrints>()) {
     _zoningCache._requestReload = [this] { reloadZoning(); };
 }
 
@@ -39,10 +30,16 @@ bool DataCache::init() {
         HealthMonitor::instance().reset();
     }
     instance->startVexlib();
-    cim_log(CIM_LOG_TRACE, instance->_zoningCache.initZoningLimits()
-                               ? "DCACHE: Zoning limits loaded\n"
-                               : "DCACHE: Zoning limits failed to load\n");
+    cim_log(CIM_LOG_TRACE, instance->_readLimits() ? "DCACHE: Zoning limits loaded\n"
+                                                   : "DCACHE: Zoning limits failed to load\n");
     return true;
+}
+
+bool DataCache::_readLimits() {
+    const ReadTrace trace;
+    const bool read = _zoningCache.initZoningLimits();
+    HealthMonitor::instance().limits(read, trace.last());
+    return read;
 }
 
 bool DataCache::start(DataCacheCallback callback) {
@@ -52,19 +49,20 @@ bool DataCache::start(DataCacheCallback callback) {
 }
 
 DataCache* DataCache::getInstance() DC_NO_THREAD_SAFETY_ANALYSIS {
-    pthread_mutex_lock(&access_mutex);
+    lockAccess();
     return instance;
 }
 
 void DataCache::releaseInstance() DC_NO_THREAD_SAFETY_ANALYSIS {
-    pthread_mutex_unlock(&access_mutex);
+    unlockAccess();
 }
 
 bool DataCache::startVexlib() {
     constexpr unsigned kRetrySeconds = 10;
     cim_log(CIM_LOG_TRACE, "DCACHE: attempting vexlib connection\n");
     while (_handle == 0) {
-        const int32_t result = vex_IPConnect("localhost", "cim", "", &_handle);
+        const int32_t result =
+            CallWatch("vex_IPConnect").done(vex_IPConnect("localhost", "cim", "", &_handle));
         HealthMonitor::instance().connecting(result, result == 0 && _handle != 0);
         if (result == 0) continue;  // a success without a handle is tried again at once
         cim_log(CIM_LOG_CRITICAL, "CRIT:%s:%s[%d] vexlib connection failed: %d : retrying in 10 seconds...\n",
@@ -85,11 +83,13 @@ bool DataCache::startEvalThread() {
     if (pthread_attr_setstacksize(&attributes, kStackBytes) != 0) {
         cim_log(CIM_LOG_TRACE, "DCACHE: pthread_attr_setstacksize failed\n");
         pthread_attr_destroy(&attributes);
+        HealthMonitor::instance().thread(false);
         return false;
     }
     pthread_t thread;
     const bool created = pthread_create(&thread, &attributes, evalThread, nullptr) == 0;
     pthread_attr_destroy(&attributes);
+    HealthMonitor::instance().thread(created);
     if (!created) cim_log(CIM_LOG_TRACE, "DCACHE: Thread creation failed\n");
     return created;
 }
@@ -98,10 +98,25 @@ void* DataCache::evalThread(void*) {
     cim_log(CIM_LOG_TRACE, "DCACHE: (EVAL) starting\n");
     startEvaluation();
     for (;;) {
-        if (awaitEvaluation() == Wake::RetryDue && nothingToMend()) continue;
+        const Wake wake = awaitEvaluation();
+        const bool mend = wake.retryDue && instance->_prepareRetry();
+        if (!wake.requested && !wake.refreshDue && !mend) continue;
         cim_log(CIM_LOG_TRACE, "DCACHE: (EVAL) awake\n");
         const AccessGuard guard;
+        if (wake.refreshDue) instance->_markAll({MarkCause::Refresh});
         if (!instance->evaluateCaches())
             cim_log(CIM_LOG_TRACE, "DCACHE: (EVAL) Cache update failed or incomplete\n");
     }
+}
+
+bool DataCache::_prepareRetry() {
+    HealthMonitor& health = HealthMonitor::instance();
+    const bool registered = registerRefused(_handle);
+    const bool limits = health.limitsMissing();
+    if (limits) _readLimits();
+    const AccessGuard guard;
+    // Of what the switch did until now nobody told the cache.
+    if (registered) _markAll({MarkCause::Retry});
+    // An event waits after a dispatch that an exception left.
+    return registered || health.anyAreaStale() || !health.noEventWaits();
 }

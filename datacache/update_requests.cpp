@@ -1,4 +1,4 @@
-#include "datacache/DataCache.h"
+#include "datacache/AreaRow.h"
 #include "datacache/HealthMonitor.h"
 #include "datacache/bit_sets.h"
 
@@ -6,59 +6,50 @@ using namespace datacache;
 
 bool DataCache::workToDo() {
     const AccessGuard guard;
-    return _switchUpdate || _chassisUpdate || _bladesUpdate || _portsUpdate || _fabricUpdate ||
-           _accountsUpdate || _zoningUpdate;
-}
-
-void DataCache::_mark(bool& flag, CacheArea area) {
-    flag = true;
-    HealthMonitor::instance().mark(area);
+    for (const CacheArea area : kAllCacheAreas) {
+        if (this->*_rowOf(area).update) return true;
+    }
+    return false;
 }
 
 void DataCache::updateAll() {
     const AccessGuard guard;
-    updateSwitch();
-    updateChassis();
-    updateBlades();
-    updatePorts();
-    updateFabric();
-    updateAccounts();
-    updateZoning();
+    for (const CacheArea area : kAllCacheAreas) _markArea(area, {});
 }
 
 void DataCache::updateSwitch() {
     const AccessGuard guard;
-    _mark(_switchUpdate, CacheArea::Switch);
+    _markArea(CacheArea::Switch, {});
 }
 
 void DataCache::updateChassis() {
     const AccessGuard guard;
-    _mark(_chassisUpdate, CacheArea::Chassis);
+    _markArea(CacheArea::Chassis, {});
 }
 
 void DataCache::updateBlades() {
     const AccessGuard guard;
-    _mark(_bladesUpdate, CacheArea::Blades);
+    _markArea(CacheArea::Blades, {});
 }
 
 void DataCache::updatePorts() {
     const AccessGuard guard;
-    _mark(_portsUpdate, CacheArea::Ports);
+    _markArea(CacheArea::Ports, {});
 }
 
 void DataCache::updateFabric() {
     const AccessGuard guard;
-    _mark(_fabricUpdate, CacheArea::Fabric);
+    _markArea(CacheArea::Fabric, {});
 }
 
 void DataCache::updateAccounts() {
     const AccessGuard guard;
-    _mark(_accountsUpdate, CacheArea::Accounts);
+    _markArea(CacheArea::Accounts, {});
 }
 
 void DataCache::updateZoning() {
     const AccessGuard guard;
-    _mark(_zoningUpdate, CacheArea::Zoning);
+    _markArea(CacheArea::Zoning, {});
 }
 
 void DataCache::reloadZoning() {
@@ -88,4 +79,8 @@ void DataCache::refreshNow() {
 
 void DataCache::setRetryInterval(uint32_t seconds) {
     setEvaluationRetry(seconds);
+}
+
+void DataCache::setRefreshInterval(uint32_t seconds) {
+    setEvaluationRefresh(seconds);
 }

@@ -26,13 +26,13 @@ static void settle() {
 static void reportHealth() {
     const Health health = DataCache::health();
     for (size_t i = 0; i < kCacheAreas; ++i) {
-        const AreaHealth& area = health.areas[i];
+        const AreaHealth& area = health[static_cast<CacheArea>(i)];
         if (area.failuresInARow == 0) continue;
         std::printf("stale  %s: %s of %s answered %#x\n", cacheAreaName(static_cast<CacheArea>(i)),
                     area.lastFailure.key, area.lastFailure.call,
                     static_cast<unsigned>(area.lastFailure.status));
     }
-    if (!health.capacity.complete()) std::printf("stale  the switch has more than the cache can hold\n");
+    if (!health.capacity().complete()) std::printf("stale  the switch has more than the cache can hold\n");
 }
 
 static void listPorts() {

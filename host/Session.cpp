@@ -173,7 +173,7 @@ bool Session::waitRead(double seconds) {
 Session::State Session::state() {
     const datacache::Health health = DataCache::health();
     State state;
-    state.passed = health.passes.count != 0;
+    state.passed = health.passes().count != 0;
     state.quiet = DataCache::idle();
     if (state.passed) state.stale = staleAreas(health);
     return state;

@@ -84,9 +84,6 @@ bool upToDate(datacache::CacheArea area);
 /** The areas whose last read failed, in the order in which a pass reads them. */
 std::vector<std::string> staleAreas(const datacache::Health& health);
 
-/** A failure for a person: "Oper.Chassis.0.Fans has status 0x5". */
-std::string failureText(const datacache::ReadFailure& failure);
-
 /** Why the area is not up to date, for a person: "chassis is not up to date: Oper.Chassis.0.Fans has ...". */
 std::string staleReason(const std::string& area);
 

@@ -151,7 +151,7 @@ Json fabricArea() {
     return {
         {"area", "fabric"},
         {"upToDate", upToDate(CacheArea::Fabric)},
-        {"complete", !DataCache::health().capacity.domainListFull},
+        {"complete", !DataCache::health().capacity().domainListFull},
         {"name", fabric.getFabricWwn()},
         {"localSwitch", cache->getRootSwitchWwn()},
         {"switches", switchesOf(fabric,

@@ -65,7 +65,7 @@ Json fabricGraph() {
     }
     return {{"name", cache.fabric().getFabricWwn()},
             {"notUpToDate", stale},
-            {"complete", !DataCache::health().capacity.domainListFull},
+            {"complete", !DataCache::health().capacity().domainListFull},
             {"switches", switches},
             {"links", linksOf(lsdb, domains)}};
 }

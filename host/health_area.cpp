@@ -25,12 +25,6 @@ std::optional<CacheArea> areaNamed(const std::string& name) {
     return std::nullopt;
 }
 
-std::string hexadecimal(int32_t status) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%x", static_cast<unsigned>(status));
-    return text;
-}
-
 /** Local time in ISO 8601 to the second; null for never. */
 Json timeOf(WallTime time) {
     if (time == WallTime()) return Json();
@@ -85,34 +79,6 @@ std::vector<std::string> staleAreas(const Health& health) {
     return names;
 }
 
-std::string failureText(const ReadFailure& failure) {
-    const std::string place = failure.line == 0 ? ""
-                                                : std::string(", log line ") + failure.function + ':' +
-                                                      std::to_string(failure.line);
-    const std::string call = failure.call;
-    const std::string key = failure.key;
-    const std::string about = key.empty() ? call : key;
-    switch (failure.fault) {
-        case ReadFault::None:
-            return "";
-        case ReadFault::CallFailed: {
-            const std::string more =
-                failure.keys > 1 ? " and " + std::to_string(failure.keys - 1) + " more keys" : "";
-            return call + (key.empty() ? "" : " of " + key + more) + " failed with " +
-                   hexadecimal(failure.status) + place;
-        }
-        case ReadFault::KeyFailed:
-            return key + " has status " + hexadecimal(failure.status) + place;
-        case ReadFault::BadValue:
-            return about + " gave a value that cannot be used" + place;
-        case ReadFault::NoEnd:
-            return "the list has no end at " + about + place;
-        case ReadFault::Exception:
-            return "left by an exception" + (key.empty() ? "" : ": " + key);
-    }
-    return "";
-}
-
 std::string staleReason(const std::string& name) {
     const std::optional<CacheArea> area = areaNamed(name);
     const Health health = DataCache::health();
@@ -126,7 +92,7 @@ std::string staleReason(const std::string& name) {
 
 void warnOfCapacity() {
     static bool told[5];
-    const CapacityHealth capacity = DataCache::health().capacity;
+    const CapacityHealth capacity = DataCache::health().capacity();
     const auto warn = [](bool& known, bool now, const std::string& text) {
         if (now && !known) std::cerr << "datacache-host: " << text << std::endl;
         known = now;
@@ -155,15 +121,15 @@ Json healthArea() {
     const Health health = DataCache::health();
     Json areas = Json::array();
     for (size_t i = 0; i < kCacheAreas; ++i)
-        areas.push_back(areaOf(static_cast<CacheArea>(i), health.areas[i]));
-    const PassHealth& passes = health.passes;
-    const EventHealth& events = health.events;
-    const CapacityHealth& capacity = health.capacity;
+        areas.push_back(areaOf(static_cast<CacheArea>(i), health[static_cast<CacheArea>(i)]));
+    const PassHealth& passes = health.passes();
+    const EventHealth& events = health.events();
+    const CapacityHealth& capacity = health.capacity();
     return {
         {"area", "health"},
         {"upToDate", staleAreas(health).empty()},
-        {"connected", health.connection.connected},
-        {"connectionAttempts", health.connection.attempts},
+        {"connected", health.connection().connected},
+        {"connectionAttempts", health.connection().attempts},
         {"passes",
          {{"count", passes.count},
           {"running", passes.running},

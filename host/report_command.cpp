@@ -31,7 +31,7 @@ std::string secondsText(double seconds) {
 
 /** Where a pass is that does not come to its end. */
 std::string runningPass() {
-    const datacache::PassHealth passes = DataCache::health().passes;
+    const datacache::PassHealth passes = DataCache::health().passes();
     if (!passes.running) return "";
     const std::chrono::duration<double> since = std::chrono::system_clock::now() - passes.runningSince;
     return "; a pass has been running for " + std::to_string(static_cast<long>(since.count())) + " s" +

@@ -1,19 +1,12 @@
-#include <cstring>
-
 #include "switchlib/ReadTrace.h"
+
+#include "common/bounded_text.h"
 
 namespace datacache {
 
 namespace {
 
 thread_local ReadTrace* current = nullptr;
-
-template <size_t Size>
-void keep(char (&field)[Size], const char* text) {
-    const size_t length = text == nullptr ? 0 : strnlen(text, Size - 1);
-    if (length != 0) std::memcpy(field, text, length);
-    field[length] = '\0';
-}
 
 }  // namespace
 
@@ -34,11 +27,11 @@ void ReadTrace::failed(ReadFault fault, const char* call, const char* key, uint3
     ReadFailure& failure = current->_last;
     failure.fault = fault;
     failure.time = std::chrono::system_clock::now();
-    keep(failure.call, call);
-    keep(failure.key, key);
+    copyBounded(failure.call, call);
+    copyBounded(failure.key, key);
     failure.keys = keys;
     failure.status = status;
-    keep(failure.function, nullptr);
+    copyBounded(failure.function, nullptr);
     failure.line = 0;
     if (++current->_failures == 1) current->_first = failure;
 }
@@ -49,7 +42,7 @@ void ReadTrace::failedToo() {
 
 void ReadTrace::place(const char* function, int line) {
     if (current == nullptr) return;
-    keep(current->_last.function, function);
+    copyBounded(current->_last.function, function);
     current->_last.line = line;
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "switchlib/CallWatch.h"
 #include "switchlib/ReadFailure.h"
 
 namespace datacache {
@@ -40,7 +41,7 @@ class ReadTrace {
     template <typename Call>
     static int32_t follow(const char* name, const char* key, Call call) {
         called();
-        const int32_t result = call();
+        const int32_t result = CallWatch(name, key).done(call());
         if (result != 0) failed(ReadFault::CallFailed, name, key, 0, result);
         return result;
     }

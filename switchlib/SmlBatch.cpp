@@ -3,6 +3,7 @@
 
 #include "common/bounded_text.h"
 #include "common/number_text.h"
+#include "switchlib/CallWatch.h"
 #include "switchlib/NORV_Vex_Lib.h"
 #include "switchlib/ReadTrace.h"
 #include "switchlib/SmlBatch.h"
@@ -27,7 +28,8 @@ size_t SmlBatch::add(const char* format, ...) {
 bool SmlBatch::get(uint32_t handle, uint32_t expected) {
     const auto count = static_cast<uint32_t>(_records.size());
     ReadTrace::called();
-    const int32_t result = vex_smlGetBatch(handle, _records.data(), static_cast<int32_t>(count));
+    CallWatch watch(kCall, _records.front().key, count);
+    const int32_t result = watch.done(vex_smlGetBatch(handle, _records.data(), static_cast<int32_t>(count)));
     if (result != 0) {
         ReadTrace::failed(ReadFault::CallFailed, kCall, _records.front().key, count, result);
         return false;

@@ -3,7 +3,10 @@
 #include <cstdlib>
 #include <limits>
 
+#include "switchlib/CallWatch.h"
 #include "switchlib/NORV_Vex_Lib.h"
+
+using datacache::CallWatch;
 
 namespace {
 
@@ -31,7 +34,9 @@ bool grow(vex_smlmsggroup_s& group, int capacity) {
 
 using BatchCall = int32_t (*)(uint32_t, vex_smlrequest_s*, int32_t);
 
-int32_t callGroup(BatchCall call, vex_smlmsggroup_s* group) {
+int32_t callGroup(const char* name, BatchCall call, vex_smlmsggroup_s* group) {
+    const CallWatch watch(name, group->count > 0 ? group->records[0].key : nullptr,
+                          static_cast<uint32_t>(group->count));
     const int32_t result = call(hSwitch, group->records, group->count);
     return anyStatus(group->records, group->count) ? 1 : result;
 }
@@ -82,11 +87,11 @@ void vex_smlFreeMsgGroup(vex_smlmsggroup_s* group) {
 }
 
 int32_t vex_smlGetMsgGroup(vex_smlmsggroup_s* group) {
-    return callGroup(vex_smlGetBatch, group);
+    return callGroup("vex_smlGetBatch", vex_smlGetBatch, group);
 }
 
 int32_t vex_smlSetMsgGroup(vex_smlmsggroup_s* group) {
-    return callGroup(vex_smlSetBatch, group);
+    return callGroup("vex_smlSetBatch", vex_smlSetBatch, group);
 }
 
 uint32_t vex_smlGetResult(vex_smlmsggroup_s* group, int index, char** value) {

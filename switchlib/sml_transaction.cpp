@@ -1,4 +1,7 @@
+#include "switchlib/CallWatch.h"
 #include "switchlib/NORV_Vex_Lib.h"
+
+using datacache::CallWatch;
 
 namespace {
 
@@ -12,7 +15,14 @@ struct EditCommands {
 
 int32_t send(uint32_t handle, const char* command) {
     void* reply = nullptr;
+    const CallWatch watch("vex_smlSet", command, 1);
     return vex_smlSet(handle, command, &reply);
+}
+
+int32_t sendBatch(uint32_t handle, vex_smlrequest_s* records, int count) {
+    const CallWatch watch("vex_smlSetBatch", count > 0 && records != nullptr ? records[0].key : nullptr,
+                          static_cast<uint32_t>(count));
+    return vex_smlSetBatch(handle, records, count);
 }
 
 int32_t firstFailure(int32_t first, int32_t second, int32_t third = 0) {
@@ -30,7 +40,7 @@ int32_t runEdit(const EditCommands& commands, uint32_t handle, vex_smlrequest_s*
     const int32_t edit = send(handle, commands.edit);
     if (edit != 0) return firstFailure(release(), edit);
 
-    int32_t failed = vex_smlSetBatch(handle, records, count);
+    int32_t failed = sendBatch(handle, records, count);
     if (failed == 0) failed = send(handle, commands.save);
     if (failed != 0) {
         const int32_t cancel = send(handle, commands.cancel);

@@ -4,6 +4,7 @@
 
 #include "common/bounded_text.h"
 #include "common/number_text.h"
+#include "switchlib/CallWatch.h"
 #include "switchlib/NORV_Vex_Lib.h"
 
 using namespace datacache;
@@ -20,7 +21,10 @@ class Request {
         va_end(arguments);
     }
 
-    bool read() { return vex_smlGetBatch(hSwitch, &_record, 1) == 0 && !isErrors(&_record, 1); }
+    bool read() {
+        CallWatch watch("vex_smlGetBatch", _record.key, 1);
+        return watch.done(vex_smlGetBatch(hSwitch, &_record, 1)) == 0 && !isErrors(&_record, 1);
+    }
 
     /** Reads the value into `dst`; null, and `dst` untouched, on failure. */
     char* readInto(char* dst) {

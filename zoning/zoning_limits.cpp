@@ -3,6 +3,7 @@
 
 #include "common/cim_log.h"
 #include "switchlib/NORV_Vex_Lib.h"
+#include "switchlib/ReadTrace.h"
 #include "zoning/ZoningCache.h"
 #include "zoning/library_calls.h"
 
@@ -64,7 +65,8 @@ int ZoningCache::updateZoningCounts() {
 bool ZoningCache::initZoningLimits() {
     const AccessGuard guard;
     updateZoningCounts();
-    return vex_fzsGetZoningLimitations(hSwitch, &_limits) == 0;
+    return ReadTrace::follow("vex_fzsGetZoningLimitations", "",
+                             [this] { return vex_fzsGetZoningLimitations(hSwitch, &_limits); }) == 0;
 }
 
 bool ZoningCache::_limitsRead() const {

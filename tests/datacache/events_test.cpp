@@ -261,11 +261,11 @@ TEST_F(Events, FollowsMarksAndTheAccountsThatOnlyTheHostReads) {
 }
 
 TEST_F(Events, CountsEventsFromTheDoorToTheirDispatch) {
-    const auto before = DataCache::health().events;
+    const auto before = DataCache::health().events();
     for (const int32_t code : {32, 70, 33, 11}) sim.raise(code, {0, 0, 0}, "", true);
     sim.deliverPending();
     cache().vexlibEventKick(VEX_EVENT_CIM_CFG_CHANGE, nullptr, nullptr);
-    const auto after = DataCache::health().events;
+    const auto after = DataCache::health().events();
     EXPECT_EQ(after.received - before.received, 4U);
     EXPECT_EQ(after.queued - before.queued, 2U);
     EXPECT_EQ(after.dropped - before.dropped, 2U);
@@ -274,7 +274,7 @@ TEST_F(Events, CountsEventsFromTheDoorToTheirDispatch) {
     EXPECT_FALSE(HealthMonitor::instance().noEventWaits());
     settle();
     EXPECT_TRUE(HealthMonitor::instance().noEventWaits()) << "what was dropped does not wait";
-    EXPECT_EQ(DataCache::health().events.mostWaiting, after.mostWaiting);
+    EXPECT_EQ(DataCache::health().events().mostWaiting, after.mostWaiting);
 }
 
 TEST_F(Events, TimesPassesAndNamesTheSlowestArea) {
@@ -282,7 +282,7 @@ TEST_F(Events, TimesPassesAndNamesTheSlowestArea) {
     cache().updateSwitch();
     cache().updateZoning();
     pass();
-    const auto after = DataCache::health().passes;
+    const auto after = DataCache::health().passes();
     EXPECT_FALSE(after.running);
     EXPECT_EQ(after.lastCalls, 2U);
     EXPECT_GE(after.last, std::chrono::milliseconds(50));
@@ -291,8 +291,8 @@ TEST_F(Events, TimesPassesAndNamesTheSlowestArea) {
         EXPECT_EQ(after.longestArea, CacheArea::Zoning);
     }
     pass();
-    EXPECT_EQ(DataCache::health().passes.count, after.count + 1);
-    EXPECT_LT(DataCache::health().passes.last, after.longest);
+    EXPECT_EQ(DataCache::health().passes().count, after.count + 1);
+    EXPECT_LT(DataCache::health().passes().last, after.longest);
 }
 
 TEST_F(Events, AScanOfThePortsCostsAlmostNoAllocations) {

@@ -58,7 +58,7 @@ TEST_F(FabricTest, TakesDomainsAsTheyAreWritten) {
     for (const size_t length : {251U, 252U}) {
         sim.set("Oper.Eport.LsdbRecordList.255", std::string(length, '7'));
         reload();
-        EXPECT_EQ(DataCache::health().capacity.domainListFull, length == 252);
+        EXPECT_EQ(DataCache::health().capacity().domainListFull, length == 252);
     }
 }
 
@@ -91,7 +91,7 @@ TEST_F(FabricTest, HoldsAtMost256) {
         calls();
         EXPECT_TRUE(reload());
         EXPECT_EQ(remote()._port_count, std::min(ports, 256U));
-        EXPECT_EQ(DataCache::health().capacity.portEntriesBeyond, ports - std::min(ports, 256U));
+        EXPECT_EQ(DataCache::health().capacity().portEntriesBeyond, ports - std::min(ports, 256U));
         EXPECT_EQ(calls().size(), 5 + std::min(ports, 256U)) << "four read the switches, one the count";
         EXPECT_EQ(remote()._domain_id, 2) << "what follows the tables is intact";
     }
@@ -118,7 +118,7 @@ TEST_F(FabricTest, AServerIsAskedUntilItTimesOut) {
     step("step = [{do = 'switch_domain', domain = 2, to = 9}]");
     EXPECT_THAT(log(),
                 Contains("2 DCACHE: _load_mserver_ports - skip " + kRemote + " due to mserver err timeout"));
-    EXPECT_EQ(DataCache::health().capacity.switchesGivenUp, 1U);
+    EXPECT_EQ(DataCache::health().capacity().switchesGivenUp, 1U);
     EXPECT_EQ(remote()._port_count, 0);
     // Only a new record starts afresh.
     step("step = [{do = 'switch_leave', domain = 9}]");

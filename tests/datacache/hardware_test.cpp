@@ -113,7 +113,7 @@ TEST_F(Blades, BeyondTheLastEntryBladesThrowAndOtherPartsOnlyCount) {
         EXPECT_NE(state().kind[31], 0) << "the last entry";
     }
     start(chassis(202, "{slot = 200, type = 'FAN'}, {slot = 201, type = 'PS', temp_sensors = 3}"));
-    EXPECT_EQ(DataCache::health().capacity.slotsBeyond, 170U);
+    EXPECT_EQ(DataCache::health().capacity().slotsBeyond, 170U);
     EXPECT_EQ(state().kind, decltype(BladeState::kind){}) << "slot 201 is the last, and has no entry";
     peer().bladeState.kind[5] = 1;
     peer().bladeState.kind[6] = 2;
@@ -173,10 +173,10 @@ TEST_F(Chassis, StaysInsideItsMemoryWhateverTheSwitchClaims) {
 TEST_F(Ports, PortCountIsCappedAndMayShrink) {
     start(kLocal + "ports = {count = 200}");
     EXPECT_EQ(cache().getMaxRootPorts(), 128);
-    EXPECT_EQ(DataCache::health().capacity.localPortsBeyond, 72U);
+    EXPECT_EQ(DataCache::health().capacity().localPortsBeyond, 72U);
     sim.set("Oper.Switch.MaxPorts", "100");
     EXPECT_TRUE(scan(false));
-    EXPECT_TRUE(DataCache::health().capacity.complete());
+    EXPECT_TRUE(DataCache::health().capacity().complete());
     EXPECT_EQ(calls().size(), 2U) << "no port is marked";
     EXPECT_EQ(present().count(), 100U);
     sim.set("Oper.Switch.MaxPorts", "99999999999");

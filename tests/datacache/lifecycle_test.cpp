@@ -179,19 +179,19 @@ TEST_F(Lifecycle, HealthAnswersWhileAPassHangsInTheSwitch) {
     fault("'Oper.Chassis.*', delay_ms = 3000");
     DataCache::refreshNow();
     ASSERT_TRUE(eventually([] {
-        const PassHealth passes = DataCache::health().passes;
+        const PassHealth passes = DataCache::health().passes();
         return passes.running && passes.inArea && passes.area == CacheArea::Chassis;
     }));
     sim.run(kNews);  // its notification waits for the lock
     EXPECT_TRUE(eventually([] {
-        const EventHealth events = DataCache::health().events;
+        const EventHealth events = DataCache::health().events();
         return events.received > events.queued + events.dropped;
     }));
     const Health health = DataCache::health();
-    EXPECT_TRUE(health.passes.running) << "it did not wait for the pass";
+    EXPECT_TRUE(health.passes().running) << "it did not wait for the pass";
     EXPECT_TRUE(health[CacheArea::Chassis].marked);
     EXPECT_FALSE(DataCache::idle());
-    EXPECT_TRUE(DataCache::health().passes.running);
+    EXPECT_TRUE(DataCache::health().passes().running);
 }
 
 TEST_F(Lifecycle, AThreadThatCannotBeMadeIsLogged) {
@@ -211,16 +211,16 @@ TEST_F(Lifecycle, RetryIntervalMendsAnAreaWithoutAnEvent) {
     fault("'Oper.Chassis.0.Fans', times = 2");
     DataCache::refreshNow();
     ASSERT_TRUE(eventually([&] { return !good() && DataCache::idle(); }));
-    const uint32_t passes = DataCache::health().passes.count;
+    const uint32_t passes = DataCache::health().passes().count;
     usleep(1200000);
-    EXPECT_EQ(DataCache::health().passes.count, passes) << "nothing is tried again unless that was asked for";
+    EXPECT_EQ(DataCache::health().passes().count, passes) << "nothing is tried again unless that was asked for";
     const auto begin = std::chrono::steady_clock::now();
     DataCache::setRetryInterval(1);  // also for the wait that goes on
-    EXPECT_TRUE(eventually([&] { return DataCache::health().passes.count == passes + 2; }));
+    EXPECT_TRUE(eventually([&] { return DataCache::health().passes().count == passes + 2; }));
     EXPECT_GT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(900)) << "between the two";
     EXPECT_TRUE(good()) << "one that failed, and one that did not";
     usleep(1200000);
-    EXPECT_EQ(DataCache::health().passes.count, passes + 2) << "nothing is left to be mended";
+    EXPECT_EQ(DataCache::health().passes().count, passes + 2) << "nothing is left to be mended";
 }
 
 TEST_F(Lifecycle, HostThreadsReadWhileTheSwitchChanges) {
@@ -234,7 +234,7 @@ TEST_F(Lifecycle, HostThreadsReadWhileTheSwitchChanges) {
                 DataCache* const cache = DataCache::getInstance();
                 if (cache->getSwitchFaults().size() != 2 || !cache->isCacheReady()) consistent = false;
                 DataCache::releaseInstance();
-                if (!DataCache::health().connection.connected) consistent = false;
+                if (!DataCache::health().connection().connected) consistent = false;
             }
         });
     }

@@ -60,7 +60,7 @@ struct Seen {
     Lines result, log, events, state;
     Calls calls;
     std::string rights;
-    datacache::Health health;  ///< before it
+    datacache::Health health = DataCache::health();  ///< before it
 };
 
 Lines split(const std::string& text, char separator) {
@@ -302,7 +302,8 @@ class FaultMatrix : public FaultedCache {
         size_t told = 0;
         bool failed = false;
         for (size_t i = 0; i < datacache::kCacheAreas; ++i) {
-            const AreaHealth &area = health.areas[i], &was = run.health.areas[i];
+            const auto index = static_cast<CacheArea>(i);
+            const AreaHealth &area = health[index], &was = run.health[index];
             const bool thisFailed = area.failures != was.failures;
             failed = failed || thisFailed;
             EXPECT_EQ(area.marked, thisFailed || (area.marked && was.marked));

@@ -1,0 +1,97 @@
+#include "datacache/AreaPrints.h"
+#include "datacache/AreaRow.h"
+#include "datacache/HealthMonitor.h"
+
+using namespace datacache;
+
+const DataCache::AreaRow& DataCache::_rowOf(CacheArea area) DC_NO_THREAD_SAFETY_ANALYSIS {
+    // Each loader is called with the access lock held, as _readArea() is, which a function pointer cannot
+    // say.
+    static constexpr AreaRow kRows[kCacheAreas] = {
+        {CacheArea::Switch, &DataCache::_switchUpdate, &DataCache::_switchOK,
+         [](DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS { return cache._getSwitchInfo() != 0; },
+         "DCACHE: Updating switch cache\n", nullptr, "DCACHE: _switchOK = false\n"},
+        {CacheArea::Chassis, &DataCache::_chassisUpdate, &DataCache::_chassisOK,
+         [](DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS { return cache._getChassisInfo() != 0; },
+         "DCACHE: Updating chassis cache\n", nullptr, "DCACHE: _chassisOK = false\n"},
+        {CacheArea::Blades, &DataCache::_bladesUpdate, &DataCache::_bladesOK,
+         [](DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS { return cache._getBladeInfo(); },
+         "DCACHE: Updating blades cache\n", nullptr, "DCACHE: _bladesOK = false\n"},
+        {CacheArea::Ports, &DataCache::_portsUpdate, &DataCache::_portsOK,
+         [](DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS { return cache._getPortInfo(); },
+         "DCACHE: Updating ports cache\n", nullptr, "DCACHE: _portsOK = false\n"},
+        {CacheArea::Accounts, &DataCache::_accountsUpdate, &DataCache::_accountsOK, nullptr, nullptr, nullptr,
+         "DCACHE: _accountsOK = false\n"},
+        {CacheArea::Fabric, &DataCache::_fabricUpdate, &DataCache::_fabricOK,
+         [](DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS { return cache._getFabricInfo(); },
+         "DCACHE: Updating fabric cache\n", nullptr, "DCACHE: _fabricOK = false\n"},
+        {CacheArea::Zoning, &DataCache::_zoningUpdate, &DataCache::_zoningOK,
+         [](DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS { return cache._getZoningInfo() != 0; },
+         "DCACHE: Updating zoning cache\n", "DCACHE: Updating zoning cache (Done)\n",
+         "DCACHE: _zoningOK = false\n"},
+    };
+    return kRows[static_cast<size_t>(area)];
+}
+
+void DataCache::_readArea(CacheArea area) {
+    const AreaRow& row = _rowOf(area);
+    if (row.load == nullptr) {
+        // Required: the accounts count as read though no pass reads them, since only the host asks for them.
+        this->*row.ok = true;
+        this->*row.update = false;
+        return;
+    }
+    if (!(this->*row.update)) return;
+    cim_log(CIM_LOG_TRACE, "%s", row.begins);
+    const PortSet portsRead = _portState.portsLoaded ? _localPortRefresh : PortSet().set();
+    AreaRead read(area, true);
+    try {
+        this->*row.ok = read.done(row.load(*this));
+    } catch (const char* message) {
+        ReadTrace::failed(ReadFault::Exception, "", message, 0, 0);
+        read.done(false);
+        throw;
+    }
+    if (this->*row.ok) {
+        this->*row.update = false;
+        _compareArea(area, portsRead);
+    }
+    if (row.ends != nullptr) cim_log(CIM_LOG_TRACE, "%s", row.ends);
+}
+
+void DataCache::_markArea(CacheArea area, const MarkReason& reason) {
+    this->*_rowOf(area).update = true;
+    HealthMonitor::instance().mark(area, reason);
+}
+
+void DataCache::_markAll(const MarkReason& reason) {
+    for (const CacheArea area : kAllCacheAreas) {
+        if (_rowOf(area).load != nullptr) _markArea(area, reason);
+    }
+    localPortRefreshSet();
+}
+
+void DataCache::_compareArea(CacheArea area, const PortSet& portsRead) {
+    const auto compared = [&]() DC_NO_THREAD_SAFETY_ANALYSIS -> Difference {
+        switch (area) {
+            case CacheArea::Switch:
+                return _prints->compare(_switchState, _chassisState.switchFaults);
+            case CacheArea::Chassis:
+                return _prints->compare(_chassisState);
+            case CacheArea::Blades:
+                return _prints->compare(_bladeState);
+            case CacheArea::Ports:
+                return _prints->compare(_portState, _transceivers, portsRead);
+            case CacheArea::Accounts:
+                return _prints->compare(_accounts);
+            case CacheArea::Fabric:
+                return _prints->compare(_fabric);
+            case CacheArea::Zoning:
+                return _prints->compare(ZoningPrint{printOf(_zoningCache._activeZonesetName),
+                                                    _zoningCache._activeChecksum,
+                                                    _zoningCache._inactiveChecksum});
+        }
+        return {};
+    };
+    HealthMonitor::instance().found(area, compared());
+}
