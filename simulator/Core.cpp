@@ -5,6 +5,8 @@
 #include <thread>
 #include <utility>
 
+#include "simulator/event_codes.h"
+
 namespace vexsim {
 namespace {
 
@@ -44,7 +46,18 @@ void Core::perform(const Action& action) {
 void Core::sendOutbox() {
     Switch::Outbox outbox = device.takeOutbox();
     for (const std::string& note : outbox.notes) transcript.note(note);
-    for (Event& event : outbox.events) notifier.raise(std::move(event));
+    for (Event& event : outbox.events) send(std::move(event));
+    for (const std::string& function : outbox.releases) hanging.release(function);
+}
+
+void Core::send(Event event) {
+    if (notifier.isWanted(event)) {  // faults count what would arrive
+        const Effect effect =
+            device.faults.hit(kNotification, {std::to_string(event.code), eventName(event.code)}).onCall();
+        event.lost = effect.lost;
+        event.late = std::chrono::milliseconds(effect.delayMs);
+    }
+    notifier.raise(std::move(event));
 }
 
 ApiCall::ApiCall(const char* function, std::vector<std::string> keys,
@@ -58,15 +71,8 @@ ApiCall::ApiCall(const char* function, std::vector<std::string> keys,
       _handle(handle.value_or(0)) {
     assert(isFunction(_function));  // or no fault rule could name it
     _core.device.clockOffset += static_cast<long>(_effect.uptimeSeconds);
-    if (_effect.delayMs > 0) {
-        _lock.unlock();
-        std::this_thread::sleep_for(std::chrono::milliseconds(_effect.delayMs));
-        _lock.lock();
-    }
-    if (handle && _core.handles.count(*handle) == 0) {
-        ++_core.misuse;
-        if (!refused()) _effect.result = static_cast<int32_t>(BadHandle);
-    }
+    if (handle && _core.handles.count(*handle) == 0) countMisuse(BadHandle);
+    if (_effect.delayMs > 0 || _effect.hang) linger();
 }
 
 ApiCall::ApiCall(const char* function, std::initializer_list<const char*> texts,
@@ -89,12 +95,27 @@ uint32_t ApiCall::connect() DC_NO_THREAD_SAFETY_ANALYSIS {
     return handle;
 }
 
-void ApiCall::countMisuse() DC_NO_THREAD_SAFETY_ANALYSIS {
+void ApiCall::countMisuse(Status status) DC_NO_THREAD_SAFETY_ANALYSIS {
     ++_core.misuse;
-    if (!refused()) _effect.result = static_cast<int32_t>(BadArgument);
+    if (!_effect.result) _effect.result = static_cast<int32_t>(status);
+    _effect.carriedOut = false;
+}
+
+void ApiCall::linger() DC_NO_THREAD_SAFETY_ANALYSIS {
+    std::optional<HangingCalls::Place> place;
+    if (_effect.hang) {
+        Call call{_function, joined(_keys), 0, _handle};
+        _core.transcript.remark("hang", call.function + ' ' + call.detail);
+        place = _core.hanging.enter(std::move(call));
+    }
+    _lock.unlock();
+    std::this_thread::sleep_for(std::chrono::milliseconds(_effect.delayMs));
+    if (place) _core.hanging.wait(*place);
+    _lock.lock();
 }
 
 int32_t ApiCall::done(int32_t result) DC_NO_THREAD_SAFETY_ANALYSIS {
+    result = _effect.result.value_or(result);
     _core.transcript.call(_function, _keys, result, _handle);
     _core.sendOutbox();
     return result;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "simulator/HangingCalls.h"
 #include "simulator/Mutex.h"
 #include "simulator/Notifier.h"
 #include "simulator/ScenarioRunner.h"
@@ -18,8 +19,8 @@ namespace vexsim {
 /**
  * What the one simulated switch of the process consists of.
  *
- * `mutex` guards the switch. Notifier, transcript, texts and scenario guard themselves with locks that are
- * taken after it, and call nothing of the switch while they hold them.
+ * `mutex` guards the switch. Notifier, transcript, texts, scenario and the list of hanging calls guard
+ * themselves with locks that are taken after it, and call nothing of the switch while they hold them.
  */
 struct Core {
     static Core& instance();
@@ -27,6 +28,8 @@ struct Core {
     /** Runs one action and sends off what it gave off. Throws StepError. */
     void perform(const Action& action) DC_EXCLUDES(mutex);
     void sendOutbox() DC_REQUIRES(mutex);
+    /** Sends a notification, if faults let it through. */
+    void send(Event event) DC_REQUIRES(mutex);
 
     Mutex mutex;
     Switch device DC_GUARDED_BY(mutex);
@@ -36,6 +39,7 @@ struct Core {
     ZoningObjects zoning DC_GUARDED_BY(mutex){misuse};
 
     Transcript transcript;
+    HangingCalls hanging;
     Notifier notifier{transcript};
     TextHeap texts;
     ScenarioRunner scenario;
@@ -45,8 +49,8 @@ struct Core {
 };
 
 /**
- * One call of the library, from entry to return: takes the lock, waits as long as faults delay it, says what
- * faults do to it, and records it.
+ * One call of the library, from entry to return: takes the lock, waits (without it) as long as faults delay
+ * it, says what faults do to it, and records it.
  *
  *     ApiCall call("vex_fzsGetZoneset", {name}, handle);
  *     if (call.misused(name == nullptr)) return call.refusal();
@@ -68,7 +72,7 @@ class DC_SCOPED_CAPABILITY ApiCall {
 
     /** True when the call has its result already, from a fault or a misuse; refusal() records and returns it.
      */
-    bool refused() const { return _effect.result.has_value(); }
+    bool refused() const { return _effect.result.has_value() && !_effect.carriedOut; }
     /** The same; counts a misuse first where the caller gave what would bring a real library down. */
     bool misused(bool wrong) {
         if (wrong) countMisuse();
@@ -91,7 +95,8 @@ class DC_SCOPED_CAPABILITY ApiCall {
     /** Adds to what is recorded; for what is known only inside the call, so faults do not match it. */
     void about(const std::string& text) { _keys.push_back(text); }
 
-    /** Records the call with this result and returns it. */
+    /** Records the call with this result and returns it; or with a fault's, where that lies about a call that
+     * was carried out. */
     int32_t done(int32_t result);
     int32_t done(Status status) { return done(static_cast<int32_t>(status)); }
     /** The same for a call that returns a handle. */
@@ -101,7 +106,8 @@ class DC_SCOPED_CAPABILITY ApiCall {
     static bool serving();
 
   private:
-    void countMisuse();
+    void countMisuse(Status status = BadArgument);
+    void linger();
 
     Core& _core;
     Lock _lock;

@@ -85,11 +85,16 @@ bool isFunction(std::string_view name) {
 Effect Hits::onCall() const {
     Effect effect;
     for (const FaultRule& rule : _rules) {
-        takeFirst(effect.result, rule.effect.result);
+        if (!effect.result && rule.effect.result) {
+            effect.result = rule.effect.result;
+            effect.carriedOut = rule.effect.carriedOut;
+        }
         takeFirst(effect.handle, rule.effect.handle);
         effect.null = effect.null || rule.effect.null;
         effect.delayMs += rule.effect.delayMs;
         effect.uptimeSeconds += rule.effect.uptimeSeconds;
+        effect.hang = effect.hang || rule.effect.hang;
+        effect.lost = effect.lost || rule.effect.lost;
     }
     return effect;
 }
@@ -98,19 +103,31 @@ Effect Hits::onKey(const std::string& key) const {
     Effect effect;
     for (const FaultRule& rule : _rules) {
         if (!matches(rule.key, key)) continue;
-        takeFirst(effect.status, rule.effect.status);
+        if (!effect.status && rule.effect.status) {
+            effect.status = rule.effect.status;
+            effect.carriedOut = rule.effect.carriedOut;
+        }
         takeFirst(effect.value, rule.effect.value);
         takeFirst(effect.truncate, rule.effect.truncate);
         effect.unterminated = effect.unterminated || rule.effect.unterminated;
+        effect.inPart = effect.inPart || rule.effect.inPart;
     }
     return effect;
+}
+
+void Faults::clear(const std::string& function) {
+    const auto isOver = [&](const Counted& counted) {
+        return function == "*" || counted.rule.function == function;
+    };
+    _rules.erase(std::remove_if(_rules.begin(), _rules.end(), isOver), _rules.end());
 }
 
 Hits Faults::hit(std::string_view function, const std::vector<std::string>& keys) {
     Hits hits;
     for (Counted& counted : _rules) {
         const FaultRule& rule = counted.rule;
-        if (rule.function != "*" && rule.function != function) continue;
+        const bool isAnyCall = rule.function == "*" && function != kNotification;
+        if (!isAnyCall && rule.function != function) continue;
         if (!matchesAny(rule.key, keys)) continue;
         const uint64_t number = counted.seen++;
         if (number < rule.skip) continue;

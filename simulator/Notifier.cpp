@@ -28,9 +28,10 @@ std::string describe(const Event& event) {
 
 void Notifier::registerCallback(vex_notification_cb callback, void* context, std::set<int32_t> codes) {
     const Lock lock(_mutex);
+    if (callback != _callback || context != _context) _codes.clear();
     _callback = callback;
     _context = context;
-    _codes = std::move(codes);
+    _codes.merge(codes);
 }
 
 void Notifier::setDelivery(Delivery delivery) {
@@ -40,17 +41,25 @@ void Notifier::setDelivery(Delivery delivery) {
     _changed.notify_all();
 }
 
+bool Notifier::isWanted(const Event& event) const {
+    const Lock lock(_mutex);
+    return hasReceiver(event);
+}
+
 void Notifier::raise(Event event) {
+    const char* fate = "lost-event";
     {
         const Lock lock(_mutex);
-        if (_callback != nullptr && (event.forced || _codes.count(event.code) != 0)) {
-            _queue.push_back(std::move(event));
+        if (!hasReceiver(event)) {
+            fate = "unregistered-event";
+        } else if (!event.lost) {
+            _queue.emplace(std::chrono::steady_clock::now() + event.late, std::move(event));
             if (_delivery == Delivery::Thread) startThread();
             _changed.notify_all();
             return;
         }
     }
-    _transcript.remark("unregistered-event", describe(event));
+    _transcript.remark(fate, describe(event));
 }
 
 size_t Notifier::deliverPending() {
@@ -95,16 +104,30 @@ void Notifier::run() {
     for (;;) {
         {
             Lock lock(_mutex);
-            while (_delivery != Delivery::Thread || _delivering || !claim(event)) lock.wait(_changed);
+            for (;;) {
+                const bool mayDeliver = _delivery == Delivery::Thread && !_delivering && !_queue.empty();
+                if (!mayDeliver) {
+                    lock.wait(_changed);
+                    continue;
+                }
+                const auto due = _queue.begin()->first;
+                if (due <= std::chrono::steady_clock::now()) break;
+                lock.waitUntil(_changed, due);
+            }
+            claim(event);
         }
         call(event);
     }
 }
 
+bool Notifier::hasReceiver(const Event& event) const {
+    return _callback != nullptr && (event.forced || _codes.count(event.code) != 0);
+}
+
 bool Notifier::claim(Event& event) {
     if (_queue.empty()) return false;
-    event = std::move(_queue.front());
-    _queue.pop_front();
+    event = std::move(_queue.begin()->second);
+    _queue.erase(_queue.begin());
     _delivering = true;
     return true;
 }

@@ -18,6 +18,7 @@ void replaceSwitch(Switch fresh) {
     const Lock lock(core().mutex);
     fresh.clockOffset = core().device.clockOffset;
     core().device = std::move(fresh);
+    core().hanging.release("*");
 }
 
 void performStep(const Step& step) {
@@ -37,6 +38,8 @@ Simulator& Simulator::instance() {
 }
 
 void Simulator::reset() {
+    core().hanging.allow(
+        false);  // the scenario and the callbacks, for which this waits, may depend on a call
     core().scenario.stop();
     core().notifier.reset();
     {
@@ -46,6 +49,7 @@ void Simulator::reset() {
         core().zoning.restartCounts();
         core().misuse = 0;
     }
+    core().hanging.allow(true);
     core().transcript.writeTo({});
     core().transcript.clear();
     core().texts.restartCounts();
@@ -113,7 +117,8 @@ void Simulator::setDelivery(Delivery delivery) {
 }
 
 void Simulator::raise(int32_t code, const int32_t (&source)[3], const std::string& text, bool forced) {
-    core().notifier.raise({code, {{source[0], source[1], source[2]}}, text, false, forced});
+    const Lock lock(core().mutex);
+    core().send({code, {{source[0], source[1], source[2]}}, text, false, forced});
 }
 
 size_t Simulator::deliverPending() {
@@ -138,6 +143,19 @@ void Simulator::keepTranscript(bool on) {
 
 void Simulator::writeTranscript(const std::string& path) {
     core().transcript.writeTo(path);
+}
+
+std::vector<Call> Simulator::hanging() const {
+    return core().hanging.list();
+}
+
+bool Simulator::waitHanging(const std::string& function, int32_t timeoutMs) const {
+    const auto timeout = std::chrono::milliseconds(std::max(timeoutMs, int32_t{0}));
+    return core().hanging.waitFor(function, std::chrono::steady_clock::now() + timeout);
+}
+
+void Simulator::release(const std::string& function) {
+    core().hanging.release(function);
 }
 
 bool Simulator::serving() {

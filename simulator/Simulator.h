@@ -62,14 +62,15 @@ class DC_EXPORT Simulator {
     /**
      * Back to an empty switch: no keys, no faults, no connection, no registration, an empty transcript, no
      * scenario, thread delivery, clock offset 0, all counts 0. Whether a transcript is kept stays as it is.
+     * Calls that hang are let go.
      */
     void reset();
 
     /**
      * Replaces the state (keys, faults, sessions, limits) by a switch file's. Connections, registration,
-     * transcript and clock stay. Throws InputError and changes nothing when the file is malformed. A file
-     * must name the switch, and a principal that is in the fabric; a text may leave out all that it is not
-     * about.
+     * transcript and clock stay; calls that hang are let go. Throws InputError and changes nothing when the
+     * file is malformed. A file must name the switch, and a principal that is in the fabric; a text may leave
+     * out all that it is not about.
      */
     void loadSwitchFile(const std::string& path);
     void loadSwitchText(const std::string& toml, const std::string& name = "switch");
@@ -101,10 +102,11 @@ class DC_EXPORT Simulator {
     bool scenarioDone() const;
 
     void setDelivery(Delivery delivery);
-    /** Queues a notification. Codes that nobody registered for are dropped unless `forced`. A text of 1400
-     * bytes or more fills its field whole, without a terminator. */
+    /** Queues a notification, unless a fault loses it. Codes that nobody registered for are dropped unless
+     * `forced`. A text of 1400 bytes or more fills its field whole, without a terminator. */
     void raise(int32_t code, const int32_t (&source)[3], const std::string& text, bool forced = false);
-    /** Manual delivery: calls the callback for every queued notification; returns how many. */
+    /** Manual delivery: calls the callback for every queued notification; returns how many. It waits for
+     * none: those that a fault makes late come last. */
     size_t deliverPending();
     /** Thread delivery: returns when every queued notification has been delivered. */
     void waitDelivered();
@@ -117,6 +119,14 @@ class DC_EXPORT Simulator {
     /** Every call, event and step from now on is also appended to this file, one line each; an empty path
      * ends that. Throws std::runtime_error when the file cannot be opened. */
     void writeTranscript(const std::string& path);
+
+    /** The calls that a fault makes hang, with their arguments, oldest first. */
+    std::vector<Call> hanging() const;
+    /** Waits until a call of this function hangs ("*": any); false when none did in that time. */
+    bool waitHanging(const std::string& function = "*", int32_t timeoutMs = 60'000) const;
+    /** Lets those that hang now go on, all or those of one function. A fault that is in force still makes
+     * later calls hang. */
+    void release(const std::string& function = "*");
 
     Live live() const;
 

@@ -66,12 +66,15 @@ class Switch {
     struct Outbox {
         std::vector<Event> events;
         std::vector<std::string> notes;
+        std::vector<std::string> releases; /**< functions whose hanging calls go on; "*" for all */
     };
     void raise(int32_t code, std::string text, vex_eventsource_s source = {}) {
         raise(Event{code, source, std::move(text), false, false});
     }
     void raise(Event event) { _outbox.events.push_back(std::move(event)); }
     void note(std::string text) { _outbox.notes.push_back(std::move(text)); }
+    /** Lets the hanging calls of a function go on; "*": those of all. */
+    void release(std::string function) { _outbox.releases.push_back(std::move(function)); }
     Outbox takeOutbox() { return std::exchange(_outbox, {}); }
 
   private:

@@ -6,24 +6,21 @@
 #include <utility>
 
 namespace vexsim {
-namespace {
 
-std::string join(const std::vector<std::string>& keys) {
-    std::string joined;
+std::string joined(const std::vector<std::string>& keys) {
+    std::string text;
     for (const std::string& key : keys) {
-        if (&key != &keys.front()) joined += ',';
-        joined += key;
+        if (&key != &keys.front()) text += ',';
+        text += key;
     }
-    return joined;
+    return text;
 }
-
-}  // namespace
 
 void Transcript::call(const char* function, const std::vector<std::string>& keys, int64_t result,
                       uint32_t handle) {
     const Lock lock(_mutex);
     if (!_keep && !_file.is_open()) return;
-    std::string detail = join(keys);
+    std::string detail = joined(keys);
     if (_file.is_open()) writeLine(function, detail + " = " + std::to_string(result));
     if (_keep) _calls.push_back({function, std::move(detail), result, handle});
 }

@@ -10,6 +10,9 @@
 
 namespace vexsim {
 
+/** A call's keys, separated by ",". */
+std::string joined(const std::vector<std::string>& keys);
+
 /**
  * What happened between the library and the switch, in order.
  *
@@ -19,7 +22,7 @@ namespace vexsim {
  */
 class Transcript {
   public:
-    /** `keys`, joined by ",", are the call's detail. */
+    /** `keys`, joined, are the call's detail. */
     void call(const char* function, const std::vector<std::string>& keys, int64_t result, uint32_t handle)
         DC_EXCLUDES(_mutex);
     void note(const std::string& text) DC_EXCLUDES(_mutex);

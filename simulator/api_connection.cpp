@@ -30,9 +30,10 @@ DC_EXPORT int32_t vex_enRegisterForEventList(uint32_t handle, vex_notification_c
     if (call.misused(callback == nullptr || list == nullptr || count < 0)) return call.refusal();
     std::set<int32_t> codes;
     for (int32_t i = 0; i < count; ++i) {
-        const uint32_t status = call.onKey(std::to_string(list[i].code)).status.value_or(Ok);
+        const Effect effect = call.onKey(std::to_string(list[i].code));
+        const uint32_t status = effect.status.value_or(Ok);
         list[i].result = static_cast<int32_t>(status);
-        if (status == Ok) codes.insert(list[i].code);
+        if (status == Ok || effect.carriedOut) codes.insert(list[i].code);
     }
     Core::instance().notifier.registerCallback(callback, context, std::move(codes));
     return call.done(Ok);

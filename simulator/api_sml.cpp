@@ -43,19 +43,23 @@ void store(vex_smlrequest_s& record, const Reading& reading, bool unterminated) 
     record.status = reading.status;
 }
 
-/** Writes one key, or carries a command out. */
-uint32_t writeKey(ApiCall& call, const Command& command) {
-    if (!call.faultless()) {
-        const Effect effect = call.onKey(command.key);
-        if (effect.status) return *effect.status;
-    }
-    Switch& device = call.device();
+uint32_t carryOut(Switch& device, const Command& command) {
     if (command.key.compare(0, 4, "Cmd.") == 0) {
         const Area* const area = findCommandArea(command.key);
         return area == nullptr ? UnknownKey : area->command(device, command);
     }
     if (command.key.compare(0, 7, "Config.") == 0) return setConfig(device, command);
     return device.read(command.key).status == Ok ? ReadOnly : UnknownKey;
+}
+
+/** Writes one key, or carries a command out; faults may keep it from that, or lie about it. */
+uint32_t writeKey(ApiCall& call, const Command& command) {
+    if (call.faultless()) return carryOut(call.device(), command);
+    const Effect effect = call.onKey(command.key);
+    if (effect.status && !effect.carriedOut) return *effect.status;
+    if (effect.inPart) call.device().part<Zoning>().editFailed = false;
+    const uint32_t status = carryOut(call.device(), command);
+    return effect.status.value_or(status);
 }
 
 }  // namespace

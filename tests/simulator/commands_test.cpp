@@ -44,6 +44,59 @@ TEST_F(SimulatorTest, CommandsNeedWhatComesBeforeThem) {
     EXPECT_EQ(sim.get("Oper.Zoning.InactiveChecksum"), before);
 }
 
+TEST_F(SimulatorTest, FaultsMakeTheSwitchLieAboutACommit) {
+    const struct {
+        const char* faults;
+        int32_t result;
+        std::vector<uint32_t> statuses;
+        bool saved;
+        bool lockKept;
+    } cases[] = {
+        {"{key = 'none'}", 0, {0, 0, 0, BadMember, Refused, 0, 0}, false, false},
+        {"{key = '*.SaveConfig', in_part = true}", 0, {0, 0, 0, BadMember, 0, 0, 0}, true, false},
+        {"{key = '*.SaveConfig', status = 0}", 0, {0, 0, 0, BadMember, 0, 0, 0}, false, false},
+        {"{key = '*.z.AddZoneMember.*', status = 7}", 0, {0, 0, 0, 7, 0, 0, 0}, true, false},
+        {"{key = '*.z.AddZoneMember.*', status = 0}, {key = '*.FabricUnlock.77', status = 206}",
+         0,
+         {0, 0, 0, 0, 0, 206, 0},
+         true,
+         true},
+        {"{key = '*.SaveConfig', in_part = true}, {result = 5, carried_out = true}",
+         5,
+         {0, 0, 0, BadMember, 0, 0, 0},
+         true,
+         false},
+        {"{key = '*.SaveConfig', in_part = true}, {key = '*.SaveConfig', status = 6, carried_out = true}",
+         0,
+         {0, 0, 0, BadMember, 6, 0, 0},
+         true,
+         false},
+    };
+    for (const auto& row : cases) {
+        sim.loadSwitchText("");
+        std::string steps = std::string("step = [") + row.faults + ']';
+        for (size_t at = 0; (at = steps.find('{', at)) != std::string::npos; ++at)
+            steps.insert(at + 1, "do = 'fault', function = 'vex_smlSetBatch', ");
+        sim.run(steps);
+        const std::string before = sim.get("Oper.Zoning.InactiveChecksum").value();
+        EXPECT_EQ(command("Cmd.Switch.ReqAdmin") + command("Cmd.Zoning.FabricLock.77"), 0);
+        std::vector<vex_smlrequest_s> group;
+        for (const char* key : {"Zoning.EditConfig", "Zoning.ClearConfig", "Zoning.Zone.z.Create",
+                                "Zoning.Zone.z.AddZoneMember.no", "Zoning.SaveConfig",
+                                "Zoning.FabricUnlock.77", "Switch.RelAdmin"}) {
+            std::snprintf(group.emplace_back().key, VEX_SML_KEY_SIZE, "Cmd.%s", key);
+        }
+        EXPECT_EQ(vex_smlSetBatch(handle, group.data(), static_cast<int32_t>(group.size())), row.result);
+        std::vector<uint32_t> statuses;
+        for (const vex_smlrequest_s& record : group) statuses.push_back(record.status);
+        EXPECT_EQ(statuses, row.statuses) << row.faults;
+        EXPECT_EQ(sim.get("Oper.Zoning.InactiveChecksum") != before, row.saved) << row.faults;
+        const bool lockKept =
+            command("Cmd.Switch.ReqAdmin") == 0 && command("Cmd.Zoning.FabricUnlock.77") == 0;
+        EXPECT_EQ(lockKept, row.lockKept) << row.faults;
+    }
+}
+
 TEST_F(SimulatorTest, WhatWouldCrashARealLibraryIsCounted) {
     char* value = nullptr;
     uint32_t extra = 0;

@@ -1,4 +1,5 @@
 #include <fstream>
+#include <functional>
 
 #include "tests/host/Tool.h"
 #include "tests/simulator/SimulatorTest.h"
@@ -41,6 +42,97 @@ TEST_F(EventsTest, OnlyRegisteredCodesArriveUnlessForced) {
         seen, testing::ElementsAre("1[1:-2:3]a", "-5[0:0:0]", "2147483647[0:0:0]",
                                    "1[0:0:0]ab" + std::string(1398, '#'), "1[0:0:0]" + std::string(1399, 'x'),
                                    "1[0:0:0]" + std::string(1400, 'y')));
+}
+
+TEST_F(EventsTest, FaultsLoseAndDelayNotifications) {
+    const struct {
+        const char* fault;  ///< on notifications
+        std::vector<std::string> arrive;
+    } cases[] = {
+        {"times = 2", {"33[0:0:0]3", "1[0:0:0]4"}},
+        {"skip = 1, times = 0", {"1[0:0:0]1"}},
+        {"key = '1', times = 0", {"33[0:0:0]2", "33[0:0:0]3"}},
+        {"key = 'VEX_EVENT_CHASSIS_*'", {"1[0:0:0]1", "33[0:0:0]3", "1[0:0:0]4"}},
+        {"key = '33', delay_ms = 1", {"1[0:0:0]1", "33[0:0:0]3", "1[0:0:0]4", "33[0:0:0]2"}},
+    };
+    for (const auto& [fault, arrive] : cases) {
+        sim.setDelivery(std::string(fault).find("delay") == std::string::npos ? Delivery::Thread
+                                                                              : Delivery::Manual);
+        sim.run(std::string("step = [{do = 'fault', function = 'notification', ") + fault + R"(},
+            {do = "raise", code = 9, text = "counts for no fault"},
+            {do = "raise", code = 1, text = "1"}, {do = "raise", code = 33, text = "2"},
+            {do = "raise", code = 33, text = "3"}, {do = "raise", code = 1, text = "4"},
+            {do = "clear_faults", function = "notification"}, {do = "raise", code = -5}])");
+        std::vector<std::string> all = arrive;
+        const bool late = arrive.back() == "33[0:0:0]2";
+        all.insert(all.end() - (late ? 1 : 0), "-5[0:0:0]");
+        sim.deliverPending();
+        sim.waitDelivered();
+        EXPECT_EQ(seen, all) << fault;
+        seen.clear();
+    }
+}
+
+TEST_F(EventsTest, ARefusedCodeIsRegisteredBesideTheOthersWhenItIsTriedAgain) {
+    sim.reset();
+    EXPECT_EQ(vex_IPConnect("localhost", "cim", "", &handle), 0);
+    sim.setDelivery(Delivery::Manual);
+    sim.run(R"(step = [
+        {do = "fault", function = "vex_enRegisterForEventList", key = "3", status = 9},
+        {do = "fault", function = "vex_enRegisterForEventList", key = "5", status = 9, carried_out = true}])");
+    vex_eventreg_s list[] = {{1, 0}, {3, 0}, {5, 0}};
+    const auto raiseAll = [this] {
+        for (const int32_t code : {1, 3, 5}) sim.raise(code, {0, 0, 0}, "");
+        sim.deliverPending();
+        return std::exchange(seen, {});
+    };
+    EXPECT_EQ(vex_enRegisterForEventList(handle, record, &seen, list, 3), 0);
+    EXPECT_EQ(list[0].result + 10 * list[1].result + 100 * list[2].result, 990);
+    EXPECT_THAT(raiseAll(), testing::ElementsAre("1[0:0:0]", "5[0:0:0]"));
+    EXPECT_EQ(vex_enRegisterForEventList(handle, record, &seen, &list[1], 1), 0);
+    EXPECT_THAT(raiseAll(), testing::ElementsAre("1[0:0:0]", "3[0:0:0]", "5[0:0:0]"));
+    EXPECT_EQ(vex_enRegisterForEventList(handle, record, nullptr, list, 1), 0);
+    EXPECT_THAT(raiseAll(), testing::ElementsAre("1[0:0:0] wrong context"));
+}
+
+TEST_F(EventsTest, ACallHangsUntilItIsLetGo) {
+    const std::function<void()> endings[] = {
+        [this] { sim.run("do = 'release'"); },
+        [this] { sim.run("do = 'clear_faults'\nfunction = 'vex_smlGet'"); },
+        [this] { sim.release("vex_smlGet"); },
+        [this] { sim.loadSwitchText(""); },
+        [this] { sim.reset(); },
+    };
+    for (const auto& end : endings) {
+        sim.setDelivery(Delivery::Thread);
+        // The call hangs in the callback, for which the end of the scenario waits.
+        static uint32_t connection;
+        ASSERT_EQ(vex_IPConnect("localhost", "cim", "", &connection), 0);
+        vex_eventreg_s list[] = {{1, 0}};
+        const auto read = [](void*, vex_event_s*, void*) {
+            char* value = nullptr;
+            uint32_t extra = 0;
+            if (vex_smlGet(connection, "A.1", &value, &extra) == 0) vex_libFreeMemory(value);
+        };
+        EXPECT_EQ(vex_enRegisterForEventList(connection, read, nullptr, list, 1), 0);
+        sim.run("do = 'fault'\nfunction = 'vex_smlGet'\ntimes = 0\nhang = true");
+        sim.loadScenarioText("[[step]]\ndo = 'raise'\ncode = 1\n");
+        sim.startScenario();
+        ASSERT_TRUE(sim.waitHanging("vex_smlGet"));
+        const std::vector<Call> calls = sim.hanging();
+        ASSERT_EQ(calls.size(), 1U);
+        EXPECT_EQ(calls[0].function + ' ' + calls[0].detail, "vex_smlGet A.1");
+        EXPECT_EQ(calls[0].handle, connection);
+        sim.release("vex_smlSet");
+        EXPECT_EQ(vex_smlGetBatch(connection, nullptr, 0), 0) << "others go on";
+        EXPECT_FALSE(sim.waitScenario(0));
+        EXPECT_FALSE(sim.waitHanging("vex_smlSet", 0));
+        end();
+        sim.waitScenario();
+        EXPECT_EQ(sim.hanging().size(), 0U);
+        EXPECT_EQ(sim.live().misuse, 0U);
+        sim.run("do = 'clear_faults'");
+    }
 }
 
 TEST_F(EventsTest, AScenarioRunsInItsTimeAndWritesItsTranscript) {

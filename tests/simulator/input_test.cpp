@@ -42,6 +42,9 @@ TEST_F(SimulatorTest, ASwitchFileThatIsWrongChangesNothingAndSaysWhere) {
         {"[network]\nipv4_address = '300.1.1.1'\n", R"(f:2: "ipv4_address" must be an IPv4 address like)"},
         {"[[lsdb]]\ndomain = 4\n[[lsdb]]\ndomain = 4\n", "f:4: the links of domain 4 are described twice"},
         {"[[fault]]\nfunction = '*'\nnull = true\nresult = 1\n", "f:1: a fault has one effect, apart"},
+        {"[[fault]]\nfunction = 'notification'\nhang = true\n", R"(f:3: "hang" has no effect on notif)"},
+        {"[[fault]]\nfunction = 'vex_smlSet'\nvalue = 1\ncarried_out = true\n",
+         R"(f:4: "carried_out" goes with "res)"},
         {"[[zoning.zone]]\nname = 'z'\nmembers = ['no']\n", R"(f:3: "no" is no member: neither an address)"},
         {"[zoning]\nactive = 's'\n", R"(f:2: there is no "s")"},
         // Nesting that would overflow the parser's stack is refused, what only looks like it is not.
