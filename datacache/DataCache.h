@@ -1,7 +1,6 @@
 #pragma once
 
 #include <bitset>
-#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -82,8 +81,8 @@ class DC_EXPORT DataCache {
      * came to that. They take no lock. On a thread that holds the access lock, as a callback does, they
      * answer at once, since no pass could run meanwhile.
      */
-    static bool waitReady(std::chrono::milliseconds timeout);
-    static bool waitIdle(std::chrono::milliseconds timeout);
+    static bool waitReady(uint32_t milliseconds);
+    static bool waitIdle(uint32_t milliseconds);
     /**
      * True when no switch event waits, no pass is running or asked for, and no zoning session's step and no
      * read of the accounts is under way. Readers do not count. False until the first pass is over. Waits for

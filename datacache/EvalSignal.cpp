@@ -14,12 +14,15 @@ namespace datacache {
 
 namespace {
 
-/** Seconds of the monotonic clock, which nobody sets; a host's clock jumps when it first hears of the time.
+constexpr int64_t kSecond = 1'000'000'000;
+
+/** Nanoseconds of the monotonic clock, which nobody sets; a host's clock jumps when it first hears of the
+ * time.
  */
-int64_t nowSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec;
+int64_t now() {
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return int64_t{time.tv_sec} * kSecond + time.tv_nsec;
 }
 
 /** An interval and what it is counted from. */
@@ -27,8 +30,8 @@ struct Interval {
     uint32_t seconds = 0;  ///< 0 for none
     int64_t begin = 0;
 
-    bool due(int64_t now) const { return seconds != 0 && now - begin >= int64_t{seconds}; }
-    int64_t end() const { return begin + int64_t{seconds}; }
+    bool due(int64_t time) const { return seconds != 0 && time >= end(); }
+    int64_t end() const { return begin + seconds * kSecond; }
 };
 
 Interval retry DC_GUARDED_BY(eval_lock);
@@ -54,7 +57,8 @@ void waitForSignal() DC_REQUIRES(eval_lock) {
                         : refresh.seconds == 0 ? retry.end()
                                                : std::min(retry.end(), refresh.end());
     timespec due{};
-    due.tv_sec = static_cast<time_t>(end);
+    due.tv_sec = static_cast<time_t>(end / kSecond);
+    due.tv_nsec = static_cast<long>(end % kSecond);
     pthread_cond_clockwait(&eval_cv, &eval_mutex, CLOCK_MONOTONIC, &due);
 }
 
@@ -81,18 +85,18 @@ Wake awaitEvaluation() {
     {
         const EvalGuard guard;
         waiting = true;
-        retry.begin = nowSeconds();
+        retry.begin = now();
     }
     announceChange();
     const EvalGuard guard;
     Wake wake;
     for (;;) {
-        const int64_t now = nowSeconds();
-        wake = {eval_ready != 0, retry.due(now), refresh.due(now)};
+        const int64_t time = now();
+        wake = {eval_ready != 0, retry.due(time), refresh.due(time)};
         if (wake.requested || wake.retryDue || wake.refreshDue) break;
         waitForSignal();
     }
-    if (wake.refreshDue) refresh.begin = nowSeconds();
+    if (wake.refreshDue) refresh.begin = now();
     waiting = false;
     eval_ready = 0;
     return wake;
@@ -105,7 +109,7 @@ void setEvaluationRetry(uint32_t seconds) {
 
 void setEvaluationRefresh(uint32_t seconds) {
     const EvalGuard guard;
-    refresh.begin = nowSeconds();
+    refresh.begin = now();
     set(refresh, seconds);
 }
 

@@ -193,11 +193,11 @@ const LockHealth& Health::lock() const {
     return _record->lock;
 }
 
-size_t Health::pendingCalls() const {
+uint32_t Health::pendingCalls() const {
     return _record->pendingCalls;
 }
 
-const PendingCall& Health::pendingCall(size_t index) const {
+const PendingCall& Health::pendingCall(uint32_t index) const {
     static const PendingCall kNone;
     return index < _record->pendingCalls ? _record->calls[index] : kNone;
 }

@@ -216,9 +216,9 @@ class DC_EXPORT Health {
     const CapacityHealth& capacity() const;
     const LockHealth& lock() const;
     /** The calls of the switch library that had not returned, the oldest first; at most 8 are told. */
-    size_t pendingCalls() const;
+    uint32_t pendingCalls() const;
     /** One of them; for an index beyond them an empty record. */
-    const PendingCall& pendingCall(size_t index) const;
+    const PendingCall& pendingCall(uint32_t index) const;
     /** When the copy was made. */
     WallTime time() const;
 

@@ -42,7 +42,7 @@ Health HealthMonitor::copy() {
         *made = _record;
     }
     made->time = now();
-    made->pendingCalls = CallWatch::pending(made->calls.data(), made->calls.size());
+    made->pendingCalls = static_cast<uint32_t>(CallWatch::pending(made->calls.data(), made->calls.size()));
     const CallResults results = CallWatch::results();
     made->connection.failuresInARow = results.failuresInARow;
     made->connection.lastFailure = results.lastResult;

@@ -17,7 +17,7 @@ struct HealthRecord {
     EventHealth events;
     CapacityHealth capacity;
     LockHealth lock;
-    size_t pendingCalls = 0;
+    uint32_t pendingCalls = 0;
     std::array<PendingCall, kMostCalls> calls;
 
     const AreaHealth& operator[](CacheArea area) const { return areas[static_cast<size_t>(area)]; }

@@ -1,8 +1,7 @@
 #include "datacache/changes.h"
 
-#include <algorithm>
+#include <chrono>
 #include <condition_variable>
-#include <cstdint>
 #include <new>
 
 #include "common/Mutex.h"
@@ -38,10 +37,8 @@ void announceChange() {
     all.announced.notify_all();
 }
 
-bool awaitChange(std::chrono::milliseconds timeout, const std::function<bool()>& holds) {
-    // So much that the sum stays within what a clock can tell.
-    constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24 * 365);
-    const auto end = std::chrono::steady_clock::now() + std::min(timeout, kLongest);
+bool awaitChange(uint32_t milliseconds, const std::function<bool()>& holds) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
     Changes& all = changes();
     for (;;) {
         const uint32_t before = changesUntilNow();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <chrono>
+#include <cstdint>
 #include <functional>
 
 namespace datacache {
@@ -11,6 +11,6 @@ void announceChange();
 
 /** Waits until `holds` gives true, which it is asked after each change, or the time has passed. Gives what it
  * said last. Call it without the access lock. */
-bool awaitChange(std::chrono::milliseconds timeout, const std::function<bool()>& holds);
+bool awaitChange(uint32_t milliseconds, const std::function<bool()>& holds);
 
 }  // namespace datacache

@@ -92,13 +92,13 @@ bool DataCache::isCacheReady() {
     return _cacheReady;
 }
 
-bool DataCache::waitReady(std::chrono::milliseconds timeout) {
+bool DataCache::waitReady(uint32_t milliseconds) {
     const auto ready = [] { return HealthMonitor::instance().ready(); };
-    return holdsAccess() ? ready() : awaitChange(timeout, ready);
+    return holdsAccess() ? ready() : awaitChange(milliseconds, ready);
 }
 
-bool DataCache::waitIdle(std::chrono::milliseconds timeout) {
-    return holdsAccess() ? idle() : awaitChange(timeout, idle);
+bool DataCache::waitIdle(uint32_t milliseconds) {
+    return holdsAccess() ? idle() : awaitChange(milliseconds, idle);
 }
 
 void DataCache::setReadinessCallback(void (*callback)(bool ready, void* context), void* context) {
