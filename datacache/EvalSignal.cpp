@@ -19,7 +19,7 @@ constexpr int64_t kSecond = 1'000'000'000;
 /** Nanoseconds of the monotonic clock, which nobody sets; a host's clock jumps when it first hears of the
  * time.
  */
-int64_t now() {
+int64_t monotonicTime() {
     timespec time{};
     clock_gettime(CLOCK_MONOTONIC, &time);
     return int64_t{time.tv_sec} * kSecond + time.tv_nsec;
@@ -85,18 +85,18 @@ Wake awaitEvaluation() {
     {
         const EvalGuard guard;
         waiting = true;
-        retry.begin = now();
+        retry.begin = monotonicTime();
     }
     announceChange();
     const EvalGuard guard;
     Wake wake;
     for (;;) {
-        const int64_t time = now();
+        const int64_t time = monotonicTime();
         wake = {eval_ready != 0, retry.due(time), refresh.due(time)};
         if (wake.requested || wake.retryDue || wake.refreshDue) break;
         waitForSignal();
     }
-    if (wake.refreshDue) refresh.begin = now();
+    if (wake.refreshDue) refresh.begin = monotonicTime();
     waiting = false;
     eval_ready = 0;
     return wake;
@@ -109,7 +109,7 @@ void setEvaluationRetry(uint32_t seconds) {
 
 void setEvaluationRefresh(uint32_t seconds) {
     const EvalGuard guard;
-    refresh.begin = now();
+    refresh.begin = monotonicTime();
     set(refresh, seconds);
 }
 
