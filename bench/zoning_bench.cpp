@@ -56,7 +56,7 @@ ZoningCache& loaded() {
         DataCache::init();
         const datacache::CacheReader cache;
         cache->evaluateCaches();
-        return &cache.zoning();
+        return &cache->zoningCache();
     }();
     return *zoning;
 }

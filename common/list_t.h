@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 /**
  * An intrusive doubly linked list with two embedded sentinels.
@@ -41,15 +42,19 @@ class Element {
     static Element* alloc(T* item, bool deleteItem) { return new Element(item, deleteItem); }
 
     uint16_t id() const { return _id; }
-    T* item() const { return _item; }
+    /** What a const element leads to is const as well: its item and its neighbours. */
+    const T* item() const { return _item; }
+    T* item() { return _item; }
     void item(T* item) { _item = item; }
     /** The ownership of the item, for reading and writing. */
     bool& delete_item() { return _delete_item; }
 
     /** The neighbour, or null where the neighbour is a sentinel. */
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): an element that was freed is linked no more
-    Element* get_next() const { return _next != nullptr && _next->_next != nullptr ? _next : nullptr; }
-    Element* get_prev() const { return _prev != nullptr && _prev->_prev != nullptr ? _prev : nullptr; }
+    const Element* get_next() const { return _next != nullptr && _next->_next != nullptr ? _next : nullptr; }
+    Element* get_next() { return const_cast<Element*>(std::as_const(*this).get_next()); }
+    const Element* get_prev() const { return _prev != nullptr && _prev->_prev != nullptr ? _prev : nullptr; }
+    Element* get_prev() { return const_cast<Element*>(std::as_const(*this).get_prev()); }
 
     /** Position in the list, counted from 1. */
     int index() const {
@@ -123,15 +128,18 @@ class List {
         return element;
     }
     /** The first item element with this id; null for the sentinels' ids and where there is none. */
-    E* find(unsigned short id) const {
+    const E* find(unsigned short id) const {
         if (id < 2) return nullptr;
-        E* element = get_first();
+        const E* element = get_first();
         while (element != nullptr && element->id() != id) element = element->get_next();
         return element;
     }
+    E* find(unsigned short id) { return const_cast<E*>(std::as_const(*this).find(id)); }
 
-    E* get_first() const { return _headSentinel.get_next(); }
-    E* get_last() const { return _tailSentinel.get_prev(); }
+    const E* get_first() const { return _headSentinel.get_next(); }
+    E* get_first() { return _headSentinel.get_next(); }
+    const E* get_last() const { return _tailSentinel.get_prev(); }
+    E* get_last() { return _tailSentinel.get_prev(); }
     bool is_empty() const { return _count == 0; }
     uint32_t size() const { return _count; }
 

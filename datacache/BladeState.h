@@ -22,4 +22,5 @@ struct BladeState {
         kind{};  ///< 0 none, 1 fan, 2 power supply, 3 CPU blade, 4 I/O blade
     std::array<uint16_t, datacache::kMaxSlots> tempSensors{};
     std::array<uint16_t, datacache::kMaxSlots> voltageSensors{};
+    // New fields are added here, at the end.
 };

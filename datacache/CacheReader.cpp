@@ -39,7 +39,7 @@ const FabricCache& CacheReader::fabric() const DC_NO_THREAD_SAFETY_ANALYSIS {
     return _cache->_fabric;
 }
 
-ZoningCache& CacheReader::zoning() const DC_NO_THREAD_SAFETY_ANALYSIS {
+const ZoningCache& CacheReader::zoning() const DC_NO_THREAD_SAFETY_ANALYSIS {
     return _cache->_zoningCache;
 }
 

@@ -9,7 +9,8 @@
 namespace datacache {
 
 /**
- * Reads the cache: holds the access lock for its life, and shows the cached state as it stands.
+ * Reads the live cache: holds the access lock for its life, and shows the cached state as it stands. A reader
+ * that must not wait for the switch takes a snapshot instead (DataCache::snapshot()).
  *
  *     const CacheReader cache;
  *     if (!cache) return;                      // DataCache::init() was not called
@@ -45,8 +46,8 @@ class DC_EXPORT DC_SCOPED_CAPABILITY CacheReader {
     const std::vector<std::string>& accounts() const;
     /** The fabric's switches with their ports. */
     const FabricCache& fabric() const;
-    /** The zoning database; ZoningCache::database() copies it. Edit it through a ZoningSession. */
-    ZoningCache& zoning() const;
+    /** The zoning; ZoningCache::database() copies it. DataCache::zoningCache() is the one to edit. */
+    const ZoningCache& zoning() const;
 
   private:
     DataCache* const _cache;

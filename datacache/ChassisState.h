@@ -27,4 +27,5 @@ struct ChassisState {
     uint16_t powerSupplyCount = 0;
     std::array<HardwareStatus, datacache::kMaxChassisParts> powerSupplyStatus{};
     std::vector<unsigned short> switchFaults;  ///< once loaded: 0 or 32768, then 0 or 32769
+    // New fields are added here, at the end.
 };

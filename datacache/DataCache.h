@@ -19,6 +19,7 @@
 #include "datacache/FabricCache.h"
 #include "datacache/Health.h"
 #include "datacache/PortState.h"
+#include "datacache/Snapshot.h"
 #include "datacache/SwitchState.h"
 #include "switchlib/NORV_Vex_Lib.h"
 #include "vexlib/vexlib.h"
@@ -27,6 +28,7 @@
 namespace datacache {
 class AreaPrints;
 class CacheReader;
+class SnapshotPublisher;
 struct EventMarks;
 struct MarkReason;
 }  // namespace datacache
@@ -73,6 +75,19 @@ class DC_EXPORT DataCache {
     static DataCache* instance;
 
     // ---- Reading and waiting ----
+
+    /**
+     * The cached state as the last pass left it, which never changes any more (datacache/Snapshot.h); null
+     * while snapshots are off, and until a pass has read its first area. Takes no lock that a pass holds, so
+     * it may be asked from any thread at any time, before init() and inside the callback too.
+     */
+    static std::shared_ptr<const datacache::Snapshot> snapshot();
+    /**
+     * Turns snapshots on and wakes the evaluation thread, whose pass publishes the first; or turns them off,
+     * as at first, which drops the newest. They cost a copy of each area that a pass has read. From any
+     * thread at any time; best before init(). Waits for no pass.
+     */
+    static void setSnapshots(bool on);
 
     /** True when the last pass found every area up to date. */
     bool isCacheReady() DC_TAKES(access_lock);
@@ -209,6 +224,14 @@ class DC_EXPORT DataCache {
     std::string calcPortWwn(const std::string& switchName, const std::string& index) const
         DC_TAKES(access_lock);
 
+    // ---- Zoning ----
+
+    /**
+     * The zoning database itself, for hosts that edit it through ZoningCache's own calls; the reference is
+     * good for as long as the instance. To read it use a snapshot or CacheReader::zoning().
+     */
+    ZoningCache& zoningCache();
+
     // ---- Accounts ----
 
     /**
@@ -260,6 +283,7 @@ class DC_EXPORT DataCache {
 
   private:
     friend class datacache::CacheReader;
+    friend class datacache::SnapshotPublisher;
     friend class CachePeer;  // the tests' one way in
 
     // ---- Loaders: one area each, called by the pass ----
@@ -306,7 +330,6 @@ class DC_EXPORT DataCache {
     DC_HIDDEN void _compareArea(datacache::CacheArea area, const std::bitset<datacache::kPortRows>& portsRead)
         DC_REQUIRES(access_lock);
     /** Sets isCacheReady() and tells the host where that changed. */
-    DC_HIDDEN void _setReady(bool ready) DC_REQUIRES(access_lock);
     DC_HIDDEN void _reportPorts(const Wwn& fabric) DC_REQUIRES(access_lock);
     DC_HIDDEN bool _readLimits() DC_TAKES(access_lock);
     /** What the retry interval does before its pass; false where nothing is to be mended. */

@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <memory>
+#include <utility>
 
 #include "common/cim_log.h"
 #include "common/number_text.h"
@@ -10,8 +11,14 @@ using namespace datacache;
 
 namespace {
 
-SwitchCache* switchOf(Element<SwitchCache>* element) {
+const SwitchCache* switchOf(const Element<SwitchCache>* element) {
     return element == nullptr ? nullptr : element->item();
+}
+
+/** For the lookups in a fabric that may be changed, which are those in a const one. */
+template <typename Record>
+Record* changeable(const Record* found) {
+    return const_cast<Record*>(found);
 }
 
 }  // namespace
@@ -38,28 +45,44 @@ uint16_t FabricCache::getSwitchCount() const {
     return static_cast<uint16_t>(_switches.size());
 }
 
-SwitchCache* FabricCache::getFirstSwitch() const {
+const SwitchCache* FabricCache::getFirstSwitch() const {
     return switchOf(_switches.get_first());
 }
 
-SwitchCache* FabricCache::getNextSwitch(const SwitchCache* current) const {
+SwitchCache* FabricCache::getFirstSwitch() {
+    return changeable(std::as_const(*this).getFirstSwitch());
+}
+
+const SwitchCache* FabricCache::getNextSwitch(const SwitchCache* current) const {
     for (const auto* element = _switches.get_first(); element != nullptr; element = element->get_next()) {
         if (element->item() == current) return switchOf(element->get_next());
     }
     return nullptr;
 }
 
-SwitchCache* FabricCache::getSwitchByDomainID(const std::string& domain) const {
+SwitchCache* FabricCache::getNextSwitch(const SwitchCache* current) {
+    return changeable(std::as_const(*this).getNextSwitch(current));
+}
+
+const SwitchCache* FabricCache::getSwitchByDomainID(const std::string& domain) const {
     const uint32_t value = strtoul32(domain, 10);
     if (value == std::numeric_limits<uint32_t>::max()) return nullptr;
     return switchOf(findSwitchCacheElement(static_cast<unsigned char>(value)));
 }
 
-SwitchCache* FabricCache::getSwitchByWwn(const std::string& name) const {
+SwitchCache* FabricCache::getSwitchByDomainID(const std::string& domain) {
+    return changeable(std::as_const(*this).getSwitchByDomainID(domain));
+}
+
+const SwitchCache* FabricCache::getSwitchByWwn(const std::string& name) const {
     return switchOf(findSwitchCacheElement(Wwn(name)));
 }
 
-SwitchCache* FabricCache::getSwitchByPortWwn(const std::string& portName) const {
+SwitchCache* FabricCache::getSwitchByWwn(const std::string& name) {
+    return changeable(std::as_const(*this).getSwitchByWwn(name));
+}
+
+const SwitchCache* FabricCache::getSwitchByPortWwn(const std::string& portName) const {
     const Wwn port(portName);
     for (auto* element = _switches.get_first(); element != nullptr; element = element->get_next()) {
         if (!element->item()->getPortByWorldWideName(port).isNull()) return element->item();
@@ -67,7 +90,11 @@ SwitchCache* FabricCache::getSwitchByPortWwn(const std::string& portName) const 
     return nullptr;
 }
 
-Element<SwitchCache>* FabricCache::findSwitchCacheElement(unsigned char domain) const {
+SwitchCache* FabricCache::getSwitchByPortWwn(const std::string& portName) {
+    return changeable(std::as_const(*this).getSwitchByPortWwn(portName));
+}
+
+const Element<SwitchCache>* FabricCache::findSwitchCacheElement(unsigned char domain) const {
     for (auto* element = _switches.get_first(); element != nullptr; element = element->get_next()) {
         if (element->item()->_domain_id == domain) return element;
     }
@@ -76,11 +103,19 @@ Element<SwitchCache>* FabricCache::findSwitchCacheElement(unsigned char domain) 
     return nullptr;
 }
 
-Element<SwitchCache>* FabricCache::findSwitchCacheElement(const Wwn& name) const {
+Element<SwitchCache>* FabricCache::findSwitchCacheElement(unsigned char domain) {
+    return changeable(std::as_const(*this).findSwitchCacheElement(domain));
+}
+
+const Element<SwitchCache>* FabricCache::findSwitchCacheElement(const Wwn& name) const {
     for (auto* element = _switches.get_first(); element != nullptr; element = element->get_next()) {
         if (element->item()->_wwn == name) return element;
     }
     return nullptr;
+}
+
+Element<SwitchCache>* FabricCache::findSwitchCacheElement(const Wwn& name) {
+    return changeable(std::as_const(*this).findSwitchCacheElement(name));
 }
 
 SwitchCache& datacache::addSwitch(FabricCache& fabric, const Wwn& name) {
@@ -90,4 +125,15 @@ SwitchCache& datacache::addSwitch(FabricCache& fabric, const Wwn& name) {
     SwitchCache& record = *made.release();  // the element's now
     fabric._switches.add(element.release());
     return record;
+}
+
+void datacache::copyFabric(const FabricCache& from, FabricCache& to) {
+    to._fabric_name = from._fabric_name;
+    to._local_switch_wwn = from._local_switch_wwn;
+    to._local_domain_id = from._local_domain_id;
+    to._operating_mode = from._operating_mode;
+    const Element<SwitchCache>* element = from._switches.get_first();
+    for (; element != nullptr; element = element->get_next()) {
+        addSwitch(to, element->item()->_wwn) = *element->item();
+    }
 }

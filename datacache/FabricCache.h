@@ -13,8 +13,9 @@
  * in which they were first seen.
  *
  * It owns the records. The fabric load makes and deletes those of the remote switches; the local switch's
- * comes from the scan of the local ports and stays. The access lock guards all of it, so a pointer from a
- * lookup is good until the lock is released. Lookups return null for what they do not find.
+ * comes from the scan of the local ports and stays. The access lock guards the cache's own, so a pointer from
+ * a lookup in it is good until the lock is released; a snapshot's copy is never changed. Lookups return null
+ * for what they do not find.
  */
 class DC_EXPORT FabricCache {
   public:
@@ -28,19 +29,28 @@ class DC_EXPORT FabricCache {
     uint32_t getOperatingMode() const;
     uint16_t getSwitchCount() const;
 
+    // What is found in a const fabric is const as well.
+
     /** Walks the switches. The one after a switch that is not in the fabric is null. */
-    SwitchCache* getFirstSwitch() const;
-    SwitchCache* getNextSwitch(const SwitchCache* current) const;
+    const SwitchCache* getFirstSwitch() const;
+    SwitchCache* getFirstSwitch();
+    const SwitchCache* getNextSwitch(const SwitchCache* current) const;
+    SwitchCache* getNextSwitch(const SwitchCache* current);
     /** `domain` is a decimal number, of which the low 8 bits count. */
-    SwitchCache* getSwitchByDomainID(const std::string& domain) const;
+    const SwitchCache* getSwitchByDomainID(const std::string& domain) const;
+    SwitchCache* getSwitchByDomainID(const std::string& domain);
     /** By the switch's name as 16 hexadecimal digits. */
-    SwitchCache* getSwitchByWwn(const std::string& name) const;
+    const SwitchCache* getSwitchByWwn(const std::string& name) const;
+    SwitchCache* getSwitchByWwn(const std::string& name);
     /** The first switch that has a port of this name. */
-    SwitchCache* getSwitchByPortWwn(const std::string& portName) const;
+    const SwitchCache* getSwitchByPortWwn(const std::string& portName) const;
+    SwitchCache* getSwitchByPortWwn(const std::string& portName);
 
     /** The first list element whose switch has this domain ID or this name. */
-    Element<SwitchCache>* findSwitchCacheElement(unsigned char domain) const;
-    Element<SwitchCache>* findSwitchCacheElement(const Wwn& name) const;
+    const Element<SwitchCache>* findSwitchCacheElement(unsigned char domain) const;
+    Element<SwitchCache>* findSwitchCacheElement(unsigned char domain);
+    const Element<SwitchCache>* findSwitchCacheElement(const Wwn& name) const;
+    Element<SwitchCache>* findSwitchCacheElement(const Wwn& name);
 
     Wwn _fabric_name;
     Wwn _local_switch_wwn;
@@ -55,5 +65,8 @@ namespace datacache {
 
 /** Appends a new switch of this name, known to be remote, and gives its record, which the fabric owns. */
 SwitchCache& addSwitch(FabricCache& fabric, const Wwn& name);
+
+/** Makes an empty fabric a copy of another, with switches of its own. */
+void copyFabric(const FabricCache& from, FabricCache& to);
 
 }  // namespace datacache

@@ -22,6 +22,7 @@ struct PortState {
     std::array<uint16_t, kPortRows> portType{};    ///< CIM port type
     std::array<uint16_t, kPortRows> portHWType{};  ///< CIM hardware type
     Wwn port0Wwn;                                  ///< the name from which all local port names are derived
+    // New fields are added here, at the end.
 };
 
 constexpr uint16_t kPortTypeDonor = 16000;        ///< a port lent to another use: no port of the fabric
@@ -52,6 +53,7 @@ struct TransceiverState {
     std::array<uint8_t, kPortRows> mediaFormat{};  ///< a MediaFormat, or what a media event said
     std::array<std::string, kPortRows> mediaVendorOUI;
     std::array<std::string, kPortRows> mediaVendorSN;
+    // New fields are added here, at the end.
 };
 
 }  // namespace datacache

@@ -15,7 +15,8 @@
  * one of them is kept whole and each port's row holds only its port field and its number in the switch's
  * port list. Ports are made from the rows on request.
  *
- * The fabric owns the record; the access lock guards it. A pointer to it is good while that lock is held.
+ * The fabric owns the record. The access lock guards those of the cache, and a pointer to one is good while
+ * that lock is held; those of a snapshot are never changed, and good for as long as the snapshot.
  */
 class DC_EXPORT SwitchCache {
   public:

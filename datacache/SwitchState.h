@@ -13,4 +13,5 @@ struct SwitchState {
     bool transparent = false;                       ///< the switch runs in transparent mode
     bool fcoe = false;
     bool ethernetPassthrough = false;
+    // New fields are added here, at the end.
 };

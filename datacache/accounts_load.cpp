@@ -5,6 +5,7 @@
 
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
+#include "datacache/SnapshotPublisher.h"
 #include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"
 
@@ -72,6 +73,7 @@ AccountChanges datacache::compareAccounts(const std::vector<std::string>& before
 
 bool DataCache::_getAcctInfo() {
     cim_log(CIM_LOG_TRACE, "DCACHE: _getAcctInfo()\n");
+    const SnapshotRead snapshot(*this, CacheArea::Accounts);
     // Into a list of its own, so that a read that fails half-way, for want of memory too, changes nothing.
     std::vector<std::string> names;
     const Work work(LockHolder::Accounts);

@@ -1,6 +1,7 @@
 #include "datacache/AreaPrints.h"
 #include "datacache/AreaRow.h"
 #include "datacache/HealthMonitor.h"
+#include "datacache/SnapshotPublisher.h"
 
 using namespace datacache;
 
@@ -44,6 +45,7 @@ void DataCache::_readArea(CacheArea area) {
     if (!(this->*row.update)) return;
     cim_log(CIM_LOG_TRACE, "%s", row.begins);
     const PortSet portsRead = _portState.portsLoaded ? _localPortRefresh : PortSet().set();
+    const SnapshotRead snapshot(*this, area);
     AreaRead read(area, true);
     try {
         this->*row.ok = read.done(row.load(*this));

@@ -1,5 +1,8 @@
+#include <utility>
+
 #include "datacache/AreaRow.h"
 #include "datacache/HealthMonitor.h"
+#include "datacache/SnapshotPublisher.h"
 #include "datacache/changes.h"
 #include "datacache/readiness.h"
 #include "datacache/reports.h"
@@ -39,6 +42,7 @@ class DispatchWatch {
 
 bool DataCache::evaluateCaches() {
     const PassWatch watch(_cacheReady);
+    SnapshotPass snapshot(*this);
     cim_log(CIM_LOG_TRACE, "DCACHE: evaluateCaches\n");
     try {
         _drainEventQueue();
@@ -54,7 +58,9 @@ bool DataCache::evaluateCaches() {
         cim_log(CIM_LOG_TRACE, "%s", row.failed);
         ready = false;
     }
-    _setReady(ready);
+    const bool before = std::exchange(_cacheReady, ready);
+    snapshot.publish();
+    if (ready != before) tellReadiness(ready);
     if (_cacheReady) notify(_callback, DCEventDataCacheUpdateComplete());
     return _cacheReady;
 }
@@ -79,12 +85,6 @@ void DataCache::_drainEventQueue() {
 void DataCache::_updateAreas() {
     for (const CacheArea area : kAllCacheAreas) _readArea(area);
     if (_zoningCache._reloadWanted) updateZoning();  // a session ended inside the callback
-}
-
-void DataCache::_setReady(bool ready) {
-    if (ready == _cacheReady) return;
-    _cacheReady = ready;
-    tellReadiness(ready);
 }
 
 bool DataCache::isCacheReady() {

@@ -1,6 +1,7 @@
 #include "common/bounded_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
+#include "datacache/SnapshotPublisher.h"
 #include "datacache/event_codes.h"
 #include "datacache/event_marks.h"
 #include "datacache/event_texts.h"
@@ -70,6 +71,8 @@ void DataCache::_vexlibNotificationCB(vex_event_s* event) {
     const EventMarks marks = marksOf(*event);
     HealthMonitor::instance().announced(marks);
     _markFor(*event, marks);
+    if (event->code == EVENT_MEDIA_INSERTED || event->code == EVENT_MEDIA_REMOVED)
+        SnapshotPublisher::instance().touchTransceivers();
     if (event->code == EVENT_MEDIA_INSERTED) mediaInserted(_transceivers, text);
     if (event->code == EVENT_MEDIA_REMOVED) mediaRemoved(_transceivers, text);
     sendEvents(_callback, _switchState.switchWwn, _fabric, event->code, text);

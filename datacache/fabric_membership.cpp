@@ -60,7 +60,7 @@ bool loadDomain(uint32_t handle, FabricCache& fabric, const std::string& domain)
         return true;
     }
 
-    const Element<SwitchCache>* element = fabric.findSwitchCacheElement(name);
+    Element<SwitchCache>* const element = fabric.findSwitchCacheElement(name);
     const bool known = element != nullptr;
     cim_log(CIM_LOG_TRACE, "DCACHE: _load_switch_domain_list() - %s %s\n", known ? "found" : "add",
             text.c_str());

@@ -53,6 +53,10 @@ DataCache* DataCache::getInstance() DC_NO_THREAD_SAFETY_ANALYSIS {
     return instance;
 }
 
+ZoningCache& DataCache::zoningCache() {
+    return _zoningCache;
+}
+
 void DataCache::releaseInstance() DC_NO_THREAD_SAFETY_ANALYSIS {
     unlockAccess();
 }

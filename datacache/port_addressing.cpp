@@ -1,3 +1,5 @@
+#include "datacache/port_addressing.h"
+
 #include <limits>
 
 #include "common/number_text.h"
@@ -19,6 +21,13 @@ unsigned localPortIndex(const std::bitset<kPortRows>& present, const Wwn& switch
 }
 
 }  // namespace
+
+Wwn datacache::localPortName(const PortState& ports, const Wwn& switchName, unsigned port) {
+    if (ports.port0Wwn.isNull() || !bitTest(ports.localPortsPresent, port)) return {};
+    Wwn name = ports.port0Wwn;
+    name.Set_Port(switchName.isCisco() ? port + 1U : port);
+    return name;
+}
 
 uint16_t DataCache::calcPortIndex(const Wwn& switchName, const Wwn& portName) {
     const AccessGuard guard;
@@ -52,13 +61,8 @@ std::string DataCache::calcPortIndex(const std::string& switchName, const std::s
 
 Wwn DataCache::calcPortWorldWideName(const Wwn& switchName, unsigned short index) const {
     const AccessGuard guard;
-    Wwn port = _portState.port0Wwn;
-    if (port.isNull()) return {};
-    if (switchName == _switchState.switchWwn) {
-        if (!bitTest(_portState.localPortsPresent, index)) return {};
-        port.Set_Port(switchName.isCisco() ? index + 1U : index);
-        return port;
-    }
+    if (_portState.port0Wwn.isNull()) return {};
+    if (switchName == _switchState.switchWwn) return localPortName(_portState, switchName, index);
     const Element<SwitchCache>* element = _fabric.findSwitchCacheElement(switchName);
     if (element == nullptr) return {};
     const SwitchCache& remote = *element->item();

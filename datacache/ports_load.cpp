@@ -84,7 +84,7 @@ bool readMarkedPorts(uint32_t handle, const std::bitset<kPortRows>& marked, Port
 
 /** The local switch's record, made where the fabric has none yet; only then it gets its ports' base name. */
 SwitchCache& localSwitch(FabricCache& fabric, const Wwn& name, const Wwn& portBase) {
-    const auto* known = fabric.findSwitchCacheElement(name);
+    auto* const known = fabric.findSwitchCacheElement(name);
     if (known != nullptr) return *known->item();
     SwitchCache& made = addSwitch(fabric, name);
     made._port_base_wwn = portBase;

@@ -20,17 +20,17 @@ int main(int argc, char** argv) {
         return 2;
     }
 
+    DataCache::setSnapshots(true);
     DataCache::init();  // returns when the switch is connected, however long that takes
     DataCache::start(onEvent);
 
     for (bool ready = false; !ready; usleep(100'000)) {
-        DataCache* const cache = DataCache::getInstance();  // locks the cache ...
-        ready = cache->isCacheReady();
+        const auto now = DataCache::snapshot();  // never waits for the switch, and never changes
+        ready = now && now->isReady();
         if (ready) {
-            std::printf("switch %s has %u power supplies\n", cache->getRootSwitchWwn().c_str(),
-                        unsigned{cache->getRootPowerSupplyCount()});
+            std::printf("switch %s has %u power supplies\n", now->localSwitch().switchWwn.tostring().c_str(),
+                        unsigned{now->chassis().powerSupplyCount});
         }
-        DataCache::releaseInstance();  // ... until here
     }
 
     std::fflush(stdout);

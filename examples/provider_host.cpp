@@ -35,20 +35,18 @@ static void reportHealth() {
     if (!health.capacity().complete()) std::printf("stale  the switch has more than the cache can hold\n");
 }
 
-static void listPorts() {
-    const CacheReader cache;  // the cache is locked until the end of the scope
-    const Wwn local = cache.localSwitch().switchWwn;
-    for (uint16_t port = 0; port < kPortRows; ++port) {
-        if (!cache.ports().localPortsPresent[port]) continue;
-        std::printf("port   %u %s %s\n", unsigned{port},
-                    cache->calcPortWorldWideName(local, port).tostring().c_str(),
-                    cimWord(CimValue::OperationalStatus, cache.ports().portStatus[port]));
+/** What it lists never changes and needs no lock, so a switch that hangs does not hold it up. */
+static void listPorts(const Snapshot& now) {
+    for (unsigned port = 0; port < kPortRows; ++port) {
+        if (!now.ports().localPortsPresent[port]) continue;
+        std::printf("port   %u %s %s\n", port, now.localPortName(port).tostring().c_str(),
+                    cimWord(CimValue::OperationalStatus, now.ports().portStatus[port]));
     }
 }
 
 /** Makes a zone of one port and commits it; says what came of it. */
 static bool zonePort(const char* zone, const char* portName) {
-    ZoningSession session(CacheReader().zoning(), "provider-host");
+    ZoningSession session(CacheReader()->zoningCache(), "provider-host");
     ZoningOutcome outcome = session.lockOutcome();
     if (outcome.done()) outcome = session.createZone(zone, VEX_ZT_SOFT);
     if (outcome.done()) outcome = session.addMemberToZone(zone, VEX_ZMT_WWN, portName);
@@ -63,15 +61,16 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "%s\n", error);
         return 2;
     }
+    DataCache::setSnapshots(true);
     DataCache::setRetryInterval(30);  // what cannot be read is tried again without waiting for an event
     DataCache::init();
     DataCache::start(onEvent);
     settle();
     reportHealth();
-    listPorts();
+    if (const auto now = DataCache::snapshot()) listPorts(*now);
     const bool zoned = zonePort("nightly", "1000001122334455");
     settle();  // the switch tells of its new zoning, and the cache loads it
-    std::printf("zones  %zu\n", CacheReader().zoning().database().zones.size());
+    if (const auto now = DataCache::snapshot()) std::printf("zones  %zu\n", now->zoning().zones.size());
     std::fflush(stdout);
     _exit(zoned ? 0 : 1);
 }

@@ -121,7 +121,7 @@ Outcome ZoneStatements::carryOut(const Statement& statement) {
 
 Outcome ZoneStatements::lock() {
     _session.setHeld(kHeld);
-    _zoning.emplace(CacheReader().zoning(), kClient);
+    _zoning.emplace(CacheReader()->zoningCache(), kClient);
     Outcome outcome = outcomeOf(_zoning->lockOutcome());
     if (locked()) outcome.fields["lockSeconds"] = _zoning->secondsLeft();
     if (!locked()) _session.setHeld("");

@@ -27,6 +27,7 @@ enum ZoningResult : uint32_t {
     ZONING_FAILED = 4,  ///< a limit is reached, or a call of the switch library failed
 };
 
+class SnapshotPublisher;
 class ZoningSession;
 
 }  // namespace datacache
@@ -182,7 +183,8 @@ class DC_EXPORT ZoningCache {
     void dump() DC_TAKES(access_lock);
 
   private:
-    friend class DataCache;                 // orders the load, in _getZoningInfo()
+    friend class DataCache;                     // orders the load, in _getZoningInfo()
+    friend class datacache::SnapshotPublisher;  // copies the database when it was loaded
     friend class datacache::ZoningSession;  // reads why something failed, and what became of the lock and the
                                             // database
 
@@ -239,6 +241,8 @@ class DC_EXPORT ZoningCache {
     bool _reloadWanted DC_GUARDED_BY(access_lock) = false;
     /** How often the configured part, and with it every edit, was thrown away. */
     uint32_t _generation DC_GUARDED_BY(access_lock) = 0;
+    /** How often the database, or a part of it, was loaded or asked for anew. */
+    uint32_t _version DC_GUARDED_BY(access_lock) = 0;
     /** Edits of a session stand in the database that were neither sent nor given up. */
     bool _edited DC_GUARDED_BY(access_lock) = false;
     /** How often the lock was asked for or given back; a session knows by it whether the lock is its own. */

@@ -64,6 +64,7 @@ int ZoningCache::updateZoningCounts() {
 
 bool ZoningCache::initZoningLimits() {
     const AccessGuard guard;
+    ++_version;
     updateZoningCounts();
     return ReadTrace::follow("vex_fzsGetZoningLimitations", "",
                              [this] { return vex_fzsGetZoningLimitations(hSwitch, &_limits); }) == 0;

@@ -29,6 +29,7 @@ void* readZoneset(const char* name, const char* about, Call call) {
 }  // namespace
 
 void ZoningCache::_loadActive(uint32_t handle) {
+    ++_version;
     clearActive();
     _dropEntry(ZONESET_ACTIVE);
     const Stopwatch watch;
@@ -44,6 +45,7 @@ void ZoningCache::_loadActive(uint32_t handle) {
 }
 
 void ZoningCache::_markForReload() {
+    ++_version;
     // The checksum alone would not force it: the switch may come to report this very number.
     _prevInactiveChecksum = _inactiveChecksum + 1;
     _configuredDue = true;
@@ -57,6 +59,7 @@ void ZoningCache::_endEdits() {
 }
 
 bool ZoningCache::_loadConfigured(uint32_t handle) {
+    ++_version;
     _configuredDue = true;  // until all of it is here
     _edited = false;
     _reloadWanted = false;

@@ -194,6 +194,24 @@ TEST_F(Lifecycle, HealthAnswersWhileAPassHangsInTheSwitch) {
     EXPECT_TRUE(DataCache::health().passes().running);
 }
 
+/** The call returns long after this process has ended. */
+TEST_F(Lifecycle, ASnapshotIsThereWhileAPassHangsInTheSwitch) {
+    DataCache::setSnapshots(true);
+    EXPECT_EQ(DataCache::snapshot(), nullptr);
+    run();
+    EXPECT_TRUE(eventually([] { return DataCache::idle(); }));
+    fault("'Oper.Chassis.*', delay_ms = 3600000");
+    DataCache::refreshNow();
+    ASSERT_TRUE(eventually([] { return DataCache::health().passes().area == CacheArea::Chassis; }));
+    const std::shared_ptr<const Snapshot> before = DataCache::snapshot();
+    EXPECT_EQ(before->chassis().powerSupplyCount, 2);
+    DataCache::setSnapshots(false);
+    DataCache::setSnapshots(true);
+    EXPECT_EQ(DataCache::snapshot(), nullptr) << "until the pass goes on";
+    EXPECT_EQ(before->localSwitch().switchWwn.tostring(), "1000001122AABBCC");
+    EXPECT_TRUE(DataCache::health().passes().running);
+}
+
 TEST_F(Lifecycle, AThreadThatCannotBeMadeIsLogged) {
     ASSERT_TRUE(DataCache::init());
     for (const auto& [how, line] : {std::pair(Refused, "2 DCACHE: pthread_attr_setstacksize failed"),
@@ -224,6 +242,7 @@ TEST_F(Lifecycle, RetryIntervalMendsAnAreaWithoutAnEvent) {
 }
 
 TEST_F(Lifecycle, HostThreadsReadWhileTheSwitchChanges) {
+    DataCache::setSnapshots(true);
     run();
     std::atomic<bool> stop{false};
     std::atomic<bool> consistent{true};
@@ -235,6 +254,8 @@ TEST_F(Lifecycle, HostThreadsReadWhileTheSwitchChanges) {
                 if (cache->getSwitchFaults().size() != 2 || !cache->isCacheReady()) consistent = false;
                 DataCache::releaseInstance();
                 if (!DataCache::health().connection().connected) consistent = false;
+                const std::shared_ptr<const Snapshot> newest = DataCache::snapshot();
+                if (newest->chassis().powerSupplyCount != 2 || !newest->isReady()) consistent = false;
             }
         });
     }

@@ -21,7 +21,7 @@ class FaultedCache : public CacheTest {
     bool useOther = false;     ///< the operation is asked to use it
     std::vector<void*> owned;  ///< texts that the operation handed over
     std::unique_ptr<datacache::ZoningSession> session;
-    ZoningCache& zoning() { return datacache::CacheReader().zoning(); }
+    ZoningCache& zoning() { return datacache::CacheReader()->zoningCache(); }
     void step(const std::string& fields) { sim.run("[[step]]\n" + fields); }
 };
 

@@ -222,7 +222,7 @@ std::string Golden::carryOut(const std::string& command, Words words) {
     } else if (const auto zoning = kZoningCalls.find(command); zoning != kZoningCalls.end()) {
         const datacache::CacheReader reader;
         return std::to_string(
-            zoning->second(reader.zoning(), words[0].data(), words[1].data(), words[2].data()));
+            zoning->second(reader->zoningCache(), words[0].data(), words[1].data(), words[2].data()));
     } else {
         ADD_FAILURE() << "unknown command " << command;
     }

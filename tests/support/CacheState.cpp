@@ -1,5 +1,7 @@
 #include "tests/support/CacheState.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <sstream>
 
@@ -35,58 +37,74 @@ std::string text(const std::vector<Thing>& things) {
     return line;
 }
 
-void addChassisAndBlades(Lines& lines, const CacheReader& cache) {
+// A source is a CacheReader or a Snapshot, which show the same records.
+
+ZoningDatabase zoningOf(const CacheReader& cache) {
+    return cache.zoning().database();
+}
+
+const ZoningDatabase& zoningOf(const Snapshot& snapshot) {
+    return snapshot.zoning();
+}
+
+Wwn portNameOf(const CacheReader& cache, uint16_t port) {
+    return cache->calcPortWorldWideName(cache->getRootSwitchWorldWideName(), port);
+}
+
+Wwn portNameOf(const Snapshot& snapshot, uint16_t port) {
+    return snapshot.localPortName(port);
+}
+
+template <class Source>
+void addChassisAndBlades(Lines& lines, const Source& cache) {
     const ChassisState& chassis = cache.chassis();
     lines.add("chassis", chassis.loaded, text(chassis.switchFaults));
     for (unsigned i = 0; i < chassis.powerSupplyCount; ++i)
         lines.add("supply", i, chassis.powerSupplyStatus[i]);
     for (unsigned i = 0; i < chassis.fanCount; ++i) lines.add("fan", i, chassis.fanStatus[i]);
     const BladeState& blades = cache.blades();
-    lines.add("blades", blades.loaded, blades.slotCount, cache->getRootSlotCount(),
-              cache->getFirstRootIOBladeIndex());
+    lines.add("blades", blades.loaded, blades.slotCount);
     for (uint16_t slot = 0; slot < kMaxSlots; ++slot) {
         if (slot >= blades.slotCount && blades.kind[slot] == 0) continue;
-        lines.add("blade", slot, blades.kind[slot], blades.operStatus[slot],
-                  cache->getRootTemperatureSensorCount(slot), cache->getRootVoltageSensorCount(slot),
-                  blades.ioBlades[slot], blades.cpuBlades[slot]);
+        lines.add("blade", slot, blades.kind[slot], blades.operStatus[slot], blades.tempSensors[slot],
+                  blades.voltageSensors[slot], blades.ioBlades[slot], blades.cpuBlades[slot]);
     }
 }
 
-void addPorts(Lines& lines, const CacheReader& cache) {
+template <class Source>
+void addPorts(Lines& lines, const Source& cache) {
     const PortState& ports = cache.ports();
+    const TransceiverState& media = cache.transceivers();
     lines.add("ports", ports.portsLoaded, ports.portCount, ports.port0Wwn.tostring());
-    for (unsigned port = 0; port < ports.portCount; ++port) {
-        const std::string index = std::to_string(port);
+    for (uint16_t port = 0; port < ports.portCount; ++port) {
         if (!ports.localPortsPresent[port]) {
             lines.add("port", port, "absent", ports.portStatus[port]);
             continue;
         }
-        lines.add("port", port, ports.portStatus[port], cache->getPortType(index),
-                  cache->getPortHWType(index), cache->calcPortWwn(cache->getRootSwitchWwn(), index));
-        lines.add("transceiver", port, cache->getTransceiverDDMSupported(index),
-                  int{cache->getTransceiverFormat(index)}, cache->getTransceiverVendorOUI(index),
-                  cache->getTransceiverVendorSN(index));
+        lines.add("port", port, ports.portStatus[port], ports.portType[port], ports.portHWType[port],
+                  portNameOf(cache, port).tostring());
+        lines.add("transceiver", port, media.mediaPresent[port], int{media.mediaFormat[port]},
+                  media.mediaVendorOUI[port], media.mediaVendorSN[port]);
     }
 }
 
-void addFabric(Lines& lines, const CacheReader& cache) {
+template <class Source>
+void addFabric(Lines& lines, const Source& cache) {
     const FabricCache& fabric = cache.fabric();
     lines.add("fabric", fabric.getFabricWwn(), fabric._local_switch_wwn.tostring(),
-              int{cache->getRootSwitchDomainID()}, fabric.getOperatingMode());
-
+              int{fabric._local_domain_id}, fabric.getOperatingMode());
     for (const SwitchCache* s = fabric.getFirstSwitch(); s != nullptr; s = fabric.getNextSwitch(s)) {
         lines.add("member", s->getWwn(), int{s->getDomainID()}, s->isLocal() ? "local" : "remote",
                   s->getPortCount(), int{s->getManagementServerErrors()}, s->isManagementServerGivenUp());
         for (PortCache port = s->getFirstPort(); !port.isNull(); port = s->getNextPort(port)) {
-            lines.add("memberport", s->getWwn(), port.getPortIndex(), port.getWwn(),
-                      cache->calcPortIndex(s->getWwn(), port.getWwn()),
-                      cache->calcPortWwn(s->getWwn(), std::to_string(port.getPortIndex())));
+            lines.add("memberport", s->getWwn(), port.getPortIndex(), port.getWwn());
         }
     }
 }
 
-void addZoning(Lines& lines, const CacheReader& cache) {
-    const datacache::ZoningDatabase zoning = cache.zoning().database();
+template <class Source>
+void addZoning(Lines& lines, const Source& cache) {
+    const ZoningDatabase& zoning = zoningOf(cache);
     const auto addZones = [&](const std::string& owner, const auto& holder) {
         for (const auto& zone : holder.zones)
             lines.add("zone", owner, zone.name, zone.type, text(zone.members));
@@ -102,14 +120,12 @@ void addZoning(Lines& lines, const CacheReader& cache) {
     addZones("-", zoning);
 }
 
-}  // namespace
-
-std::vector<std::string> cacheState() {
-    const CacheReader cache;
+template <class Source>
+std::vector<std::string> linesOf(const Source& cache) {
     Lines lines;
     const SwitchState& local = cache.localSwitch();
-    lines.add("switch", local.loaded, cache->getRootSwitchWwn(), text(local.operationalStatus),
-              cache->isTransparentSwitch(), cache->isFCOESwitch(), local.ethernetPassthrough);
+    lines.add("switch", local.loaded, local.switchWwn.tostring(), text(local.operationalStatus),
+              local.transparent, local.fcoe, local.ethernetPassthrough);
     addChassisAndBlades(lines, cache);
     addPorts(lines, cache);
     for (const std::string& account : cache.accounts()) lines.add("account", account);
@@ -117,4 +133,49 @@ std::vector<std::string> cacheState() {
     addZoning(lines, cache);
     std::sort(lines.all.begin(), lines.all.end());  // not in the order in which the cache met them
     return lines.all;
+}
+
+}  // namespace
+
+std::vector<std::string> cacheState() {
+    return linesOf(CacheReader());
+}
+
+std::vector<std::string> stateOf(const Snapshot& snapshot) {
+    return linesOf(snapshot);
+}
+
+void expectLookups() {
+    const CacheReader cache;
+    EXPECT_EQ(cache->getRootSwitchWorldWideName(), cache.localSwitch().switchWwn);
+    EXPECT_EQ(cache->isTransparentSwitch(), cache.localSwitch().transparent);
+    EXPECT_EQ(cache->isFCOESwitch(), cache.localSwitch().fcoe);
+    EXPECT_EQ(cache->getRootSwitchDomainID(), cache.fabric()._local_domain_id);
+    EXPECT_EQ(cache->getRootSlotCount(), cache.blades().slotCount);
+    for (uint16_t slot = 0; slot < kMaxSlots; ++slot) {
+        EXPECT_EQ(cache.blades().ioBlades[slot], slot == cache->getFirstRootIOBladeIndex());
+        EXPECT_EQ(cache->getRootTemperatureSensorCount(slot), cache.blades().tempSensors[slot]);
+        EXPECT_EQ(cache->getRootVoltageSensorCount(slot), cache.blades().voltageSensors[slot]);
+    }
+    for (unsigned port = 0; port < cache.ports().portCount; ++port) {
+        if (!cache.ports().localPortsPresent[port]) continue;
+        const TransceiverState& media = cache.transceivers();
+        const std::string index = std::to_string(port);
+        const bool there = media.mediaPresent[port];
+        EXPECT_EQ(cache->getPortType(index), cache.ports().portType[port]);
+        EXPECT_EQ(cache->getPortHWType(index), cache.ports().portHWType[port]);
+        EXPECT_EQ(cache->getTransceiverDDMSupported(index), there);
+        EXPECT_EQ(cache->getTransceiverFormat(index),
+                  there ? media.mediaFormat[port] : uint8_t{MEDIA_UNKNOWN});
+        EXPECT_EQ(cache->getTransceiverVendorOUI(index), there ? media.mediaVendorOUI[port] : "");
+        EXPECT_EQ(cache->getTransceiverVendorSN(index), there ? media.mediaVendorSN[port] : "");
+    }
+    const FabricCache& fabric = cache.fabric();
+    for (const SwitchCache* s = fabric.getFirstSwitch(); s != nullptr; s = fabric.getNextSwitch(s)) {
+        for (PortCache port = s->getFirstPort(); !port.isNull(); port = s->getNextPort(port)) {
+            const std::string index = std::to_string(port.getPortIndex());
+            EXPECT_EQ(cache->calcPortIndex(s->getWwn(), port.getWwn()), index);
+            EXPECT_EQ(cache->calcPortWwn(s->getWwn(), index), port.getWwn());
+        }
+    }
 }

@@ -34,6 +34,7 @@ CacheTest::~CacheTest() {
 void CacheTest::restart() {
     delete DataCache::instance;
     DataCache::instance = nullptr;
+    DataCache::setSnapshots(false);
     hSwitch = 0;
     adminModeHeld = 0;
     takeEvaluationRequests();

@@ -62,7 +62,7 @@ class ZoningTest : public CacheTest {
     }
     void fault(const std::string& fields) { sim.run("do = 'fault'\n" + fields); }
 
-    ZoningCache& zoning() { return datacache::CacheReader().zoning(); }
+    ZoningCache& zoning() { return datacache::CacheReader()->zoningCache(); }
     /** The database, as a host shows it. */
     static std::string shown() {
         std::ostringstream text;
