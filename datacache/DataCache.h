@@ -329,7 +329,6 @@ class DC_EXPORT DataCache {
     /** Compares what an area's good read found with the read before, for Health. */
     DC_HIDDEN void _compareArea(datacache::CacheArea area, const std::bitset<datacache::kPortRows>& portsRead)
         DC_REQUIRES(access_lock);
-    /** Sets isCacheReady() and tells the host where that changed. */
     DC_HIDDEN void _reportPorts(const Wwn& fabric) DC_REQUIRES(access_lock);
     DC_HIDDEN bool _readLimits() DC_TAKES(access_lock);
     /** What the retry interval does before its pass; false where nothing is to be mended. */

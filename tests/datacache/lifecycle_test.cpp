@@ -194,13 +194,13 @@ TEST_F(Lifecycle, HealthAnswersWhileAPassHangsInTheSwitch) {
     EXPECT_TRUE(DataCache::health().passes().running);
 }
 
-/** The call returns long after this process has ended. */
+/** The call returns after this process has ended. */
 TEST_F(Lifecycle, ASnapshotIsThereWhileAPassHangsInTheSwitch) {
     DataCache::setSnapshots(true);
     EXPECT_EQ(DataCache::snapshot(), nullptr);
     run();
     EXPECT_TRUE(eventually([] { return DataCache::idle(); }));
-    fault("'Oper.Chassis.*', delay_ms = 3600000");
+    fault("'Oper.Chassis.*', delay_ms = 600000");
     DataCache::refreshNow();
     ASSERT_TRUE(eventually([] { return DataCache::health().passes().area == CacheArea::Chassis; }));
     const std::shared_ptr<const Snapshot> before = DataCache::snapshot();
