@@ -1,6 +1,7 @@
 #include "datacache/SnapshotPublisher.h"
 
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "datacache/EvalSignal.h"
@@ -41,8 +42,11 @@ bool renewAreas(std::array<SnapshotArea, kCacheAreas>& areas) {
 }  // namespace
 
 SnapshotPublisher& SnapshotPublisher::instance() {
-    static SnapshotPublisher publisher;
-    return publisher;
+    // Never destroyed, as the evaluation thread runs on while a process ends by exit(); and in a place of its
+    // own, since a pass must not fail for want of memory here.
+    alignas(SnapshotPublisher) static unsigned char room[sizeof(SnapshotPublisher)];
+    static auto* const publisher = new (room) SnapshotPublisher;
+    return *publisher;
 }
 
 bool SnapshotPublisher::turn(bool on) {
