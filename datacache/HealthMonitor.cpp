@@ -147,11 +147,15 @@ void HealthMonitor::beginPass() {
     _slowestArea = CacheArea::Switch;
 }
 
-void HealthMonitor::endPass(bool ready) {
+void HealthMonitor::setReady(bool ready) {
+    const Lock guard(_mutex);
+    _record.passes.ready = ready;
+}
+
+void HealthMonitor::endPass() {
     const Lock guard(_mutex);
     PassHealth& passes = _record.passes;
     ++passes.count;
-    passes.ready = ready;
     if (--_passesUnderWay != 0) return;
     _silent.endPass(_record.areas);
     passes.running = false;

@@ -45,8 +45,9 @@ class HealthMonitor {
 
     void mark(CacheArea area, MarkReason reason) DC_EXCLUDES(_mutex);
     void beginPass() DC_EXCLUDES(_mutex);
-    /** `ready` is whether every area is up to date. */
-    void endPass(bool ready) DC_EXCLUDES(_mutex);
+    /** Whether the pass found every area up to date. */
+    void setReady(bool ready) DC_EXCLUDES(_mutex);
+    void endPass() DC_EXCLUDES(_mutex);
     /** A notification came; then it is dropped or accepted, which is in the queue by then. */
     void received() DC_EXCLUDES(_mutex);
     void dropped() DC_EXCLUDES(_mutex);

@@ -14,16 +14,13 @@ namespace {
 /** Tells the health that a pass runs, for as long as it lives. */
 class PassWatch {
   public:
-    explicit PassWatch(const bool& ready) DC_REQUIRES(access_lock) : _work(LockHolder::Pass), _ready(ready) {
-        HealthMonitor::instance().beginPass();
-    }
-    ~PassWatch() { HealthMonitor::instance().endPass(_ready); }
+    PassWatch() DC_REQUIRES(access_lock) : _work(LockHolder::Pass) { HealthMonitor::instance().beginPass(); }
+    ~PassWatch() { HealthMonitor::instance().endPass(); }
     PassWatch(const PassWatch&) = delete;
     PassWatch& operator=(const PassWatch&) = delete;
 
   private:
     const Work _work;
-    const bool& _ready;
 };
 
 /** Counts a dispatch for as long as it goes on. */
@@ -41,7 +38,7 @@ class DispatchWatch {
 }  // namespace
 
 bool DataCache::evaluateCaches() {
-    const PassWatch watch(_cacheReady);
+    const PassWatch watch;
     SnapshotPass snapshot(*this);
     cim_log(CIM_LOG_TRACE, "DCACHE: evaluateCaches\n");
     try {
@@ -59,6 +56,7 @@ bool DataCache::evaluateCaches() {
         ready = false;
     }
     const bool before = std::exchange(_cacheReady, ready);
+    HealthMonitor::instance().setReady(ready);
     snapshot.publish();
     if (ready != before) tellReadiness(ready);
     if (_cacheReady) notify(_callback, DCEventDataCacheUpdateComplete());
