@@ -1,4 +1,5 @@
 #include "common/AccessLock.h"
+#include "common/access_holder.h"
 
 #include <atomic>
 #include <cstdint>

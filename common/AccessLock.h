@@ -2,8 +2,6 @@
 
 #include <pthread.h>
 
-#include <chrono>
-
 #include "common/export.h"
 #include "common/thread_annotations.h"
 
@@ -28,12 +26,6 @@ namespace datacache {
  * Hosts call DataCache::getInstance() and releaseInstance(), or make a CacheReader. */
 DC_EXPORT void lockAccess() DC_ACQUIRE(access_lock);
 DC_EXPORT void unlockAccess() DC_RELEASE(access_lock);
-
-/** How long a thread has held the lock, to some milliseconds; negative while nobody does. Takes no lock. Of
- * no use for a host that locks `access_mutex` itself: that is not noted. */
-std::chrono::milliseconds accessHeldFor();
-/** Whether this thread holds the lock. */
-bool holdsAccess();
 
 /** Holds the access lock for a scope; the one way to take it inside the library. */
 class DC_SCOPED_CAPABILITY AccessGuard {

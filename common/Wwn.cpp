@@ -1,4 +1,5 @@
 #include "common/Wwn.h"
+#include "common/wwn_text.h"
 
 #include <algorithm>
 #include <cctype>

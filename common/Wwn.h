@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "common/export.h"
 
@@ -77,12 +76,5 @@ class DC_EXPORT Wwn {
     uint32_t _high = 0;  ///< bytes 0 to 3
     uint32_t _low = 0;   ///< bytes 4 to 7
 };
-
-namespace datacache {
-
-/** The name that a text tells, by the rules of the constructor from a text. */
-Wwn parseWwn(std::string_view text);
-
-}  // namespace datacache
 
 static_assert(sizeof(Wwn) == 8, "a name is 8 bytes and nothing else");

@@ -9,8 +9,8 @@
  * Both functions may be called from any thread and with any lock held, but not from a signal handler. They
  * report no error: a line that cannot be written is lost. errno is left as it was.
  */
-#ifndef COMMON_CIM_LOG_H
-#define COMMON_CIM_LOG_H
+#ifndef DC_COMMON_CIM_LOG_H
+#define DC_COMMON_CIM_LOG_H
 
 #include "common/export.h"
 #include "common/text.h"

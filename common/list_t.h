@@ -3,24 +3,27 @@
 #include <cstdint>
 #include <utility>
 
+#include "common/export.h"
+
 /**
  * An intrusive doubly linked list with two embedded sentinels.
  *
  * Elements carry the links, the item, the ownership of the item and an id of 16 bits; the list links elements
  * and never copies them. Ids 0 and 1 are the sentinels'; item elements count from 2 to 65535 and then from 2
  * again, so an id is unique only among fewer than 65534 living elements. Nothing here locks: a list belongs
- * to whoever guards it.
+ * to whoever guards it. A host may make elements and lists of its own, of its own items or of SwitchCache,
+ * whose elements share one counter of ids with the library's.
  */
 
 namespace datacache {
 
 /** Stops the program, as a failed assertion does, for a destroyed element that a list still links. */
-[[noreturn]] void elementStillLinked();
+[[noreturn]] DC_EXPORT void elementStillLinked();
 
 }  // namespace datacache
 
 template <typename T>
-class Element {
+class DC_EXPORT Element {
   public:
     /** An element that owns its item. */
     explicit Element(T* item) : Element(item, true) {}

@@ -1,8 +1,8 @@
 /*
  * Small text functions that the library exports with unmangled names. Valid C and C++.
  */
-#ifndef COMMON_TEXT_H
-#define COMMON_TEXT_H
+#ifndef DC_COMMON_TEXT_H
+#define DC_COMMON_TEXT_H
 
 #ifndef __cplusplus
 #include <stdbool.h>

@@ -4,6 +4,8 @@
 #include <bitset>
 #include <cstdint>
 
+#include "common/export.h"
+
 namespace datacache {
 
 /** Slots of a chassis that have entries here; slots are counted from 0. */

@@ -26,7 +26,7 @@ namespace datacache {
  */
 class DC_EXPORT DC_SCOPED_CAPABILITY CacheReader {
   public:
-    CacheReader() DC_ACQUIRE(access_lock);
+    DC_NODISCARD CacheReader() DC_ACQUIRE(access_lock);
     ~CacheReader() DC_RELEASE();
     CacheReader(const CacheReader&) = delete;
     CacheReader& operator=(const CacheReader&) = delete;

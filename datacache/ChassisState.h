@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "common/export.h"
+
 /** State of a fan or a power supply. */
 enum HardwareStatus : uint16_t {
     HARDWARE_UNKNOWN = 0,
@@ -19,7 +21,10 @@ constexpr uint16_t kMaxChassisParts = 16;
 
 }  // namespace datacache
 
-/** What the cache knows of the chassis. Held twice: as read last, and as read before that. */
+/**
+ * What the cache knows of the chassis. Held twice: as read last, and as read before that. Where the switch
+ * reports a negative number of fans or power supplies, there are none.
+ */
 struct ChassisState {
     bool loaded = false;  ///< read completely at least once
     uint16_t fanCount = 0;

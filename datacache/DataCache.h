@@ -12,6 +12,7 @@
 #include "common/cim_log.h"
 #include "common/export.h"
 #include "common/thread_annotations.h"
+#include "common/version.h"
 #include "datacache/BladeState.h"
 #include "datacache/ChassisState.h"
 #include "datacache/DataCacheEvent.h"
@@ -31,10 +32,10 @@ class CacheReader;
 class SnapshotPublisher;
 struct EventMarks;
 struct MarkReason;
-}  // namespace datacache
 
 /** The host's callback: called with the access lock held; see DataCacheEvent. */
 using DataCacheCallback = void (*)(DataCacheEvent*);
+}  // namespace datacache
 
 /**
  * The cache of one switch and its fabric, as one object for the whole process.
@@ -66,7 +67,7 @@ class DC_EXPORT DataCache {
      */
     static bool init();
     /** Stores the callback, registers for events, and starts the evaluation thread. Returns true always. */
-    static bool start(DataCacheCallback callback);
+    static bool start(datacache::DataCacheCallback callback);
     /** Takes the access lock and returns the instance: null before init(), and the lock is held even then. */
     static DataCache* getInstance() DC_ACQUIRE(access_lock);
     static void releaseInstance() DC_RELEASE(access_lock);
@@ -103,7 +104,7 @@ class DC_EXPORT DataCache {
      * read of the accounts is under way. Readers do not count. False until the first pass is over. Waits for
      * no pass.
      */
-    static bool idle();
+    DC_NODISCARD static bool idle();
     /**
      * Has the cache call `callback` at the end of each pass that lost or regained readiness, in the sense of
      * isCacheReady(), with `context` handed on as it is; null turns that off. It runs on the evaluation
@@ -120,7 +121,7 @@ class DC_EXPORT DataCache {
      * and what it has no room for. Waits for no pass and for no lock but its own, so it may be asked from any
      * thread at any time, before init() and inside the callback too. Throws std::bad_alloc alone.
      */
-    static datacache::Health health();
+    DC_NODISCARD static datacache::Health health();
     /**
      * Has a pass read every area and every local port anew as soon as the evaluation thread is free; zoning
      * is loaded where its checksums differ (reloadZoning() loads it in any case), an active zoneset that is
@@ -236,8 +237,9 @@ class DC_EXPORT DataCache {
 
     /**
      * Reads the accounts of the switch, which no pass does, and sends the events of those that came and went
-     * since the last read, on the calling thread. False when a read failed; the list is then as it was. The
-     * caller holds the access lock. CacheReader::accounts() shows the list.
+     * since the last read, on the calling thread. False when a read failed; the list is then as it was. A
+     * list that goes on after 65,536 names counts as one without an end, and its read as failed. The caller
+     * holds the access lock. CacheReader::accounts() shows the list.
      */
     bool _getAcctInfo() DC_REQUIRES(access_lock);
 
@@ -264,7 +266,7 @@ class DC_EXPORT DataCache {
     bool startVexlib();
     /** Stores the callback and registers for the switch's events. A switch that refuses is only logged. True.
      */
-    bool startEventMonitor(DataCacheCallback callback);
+    bool startEventMonitor(datacache::DataCacheCallback callback);
     /** False when the thread could not be made. */
     bool startEvalThread();
     static void* evalThread(void*);
@@ -338,7 +340,7 @@ class DC_EXPORT DataCache {
 
     ZoningCache _zoningCache;
     uint32_t _handle = 0;  ///< connection handle; written before there are threads
-    DataCacheCallback _callback DC_GUARDED_BY(access_lock) = nullptr;
+    datacache::DataCacheCallback _callback DC_GUARDED_BY(access_lock) = nullptr;
     std::deque<vex_event_s*> _eventQueue DC_GUARDED_BY(access_lock);  ///< owned copies, oldest first
 
     bool _switchUpdate DC_GUARDED_BY(access_lock) = true;

@@ -3,8 +3,8 @@
 #include <ctime>
 #include <utility>
 
-#include "datacache/EvalSignal.h"
 #include "datacache/changes.h"
+#include "datacache/wake_ups.h"
 
 pthread_mutex_t eval_mutex = PTHREAD_MUTEX_INITIALIZER;
 pthread_cond_t eval_cv = PTHREAD_COND_INITIALIZER;

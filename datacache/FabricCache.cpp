@@ -6,8 +6,11 @@
 
 #include "common/cim_log.h"
 #include "common/number_text.h"
+#include "datacache/add_switch.h"
 
 using namespace datacache;
+
+template uint16_t Element<SwitchCache>::nextid;
 
 namespace {
 

@@ -8,6 +8,9 @@
 #include "common/list_t.h"
 #include "datacache/SwitchCache.h"
 
+/** The library's own: elements that a host makes take their ids from the same counter. */
+extern template uint16_t Element<SwitchCache>::nextid;
+
 /**
  * The fabric: its name, the local switch's place in it, and one record for each of its switches, in the order
  * in which they were first seen.
@@ -60,13 +63,3 @@ class DC_EXPORT FabricCache {
     List<Element<SwitchCache>> _switches;
     uint32_t _unused32 = 0;
 };
-
-namespace datacache {
-
-/** Appends a new switch of this name, known to be remote, and gives its record, which the fabric owns. */
-SwitchCache& addSwitch(FabricCache& fabric, const Wwn& name);
-
-/** Makes an empty fabric a copy of another, with switches of its own. */
-void copyFabric(const FabricCache& from, FabricCache& to);
-
-}  // namespace datacache

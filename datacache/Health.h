@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "common/export.h"
-#include "switchlib/CallWatch.h"
+#include "switchlib/PendingCall.h"
 #include "switchlib/ReadFailure.h"
 
 /**

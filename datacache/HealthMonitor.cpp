@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "common/access_holder.h"
 #include "common/bounded_text.h"
 #include "datacache/changes.h"
 

@@ -16,7 +16,7 @@ constexpr unsigned kPortRows = 256;
  * back. */
 struct PortState {
     bool portsLoaded = false;  ///< scanned completely at least once
-    uint16_t portCount = 0;    ///< ports that are scanned, at most 128
+    uint16_t portCount = 0;    ///< ports that are scanned, at most 128; 0 for a negative number of the switch
     std::bitset<kPortRows> localPortsPresent;
     std::array<uint16_t, kPortRows> portStatus{};  ///< first CIM OperationalStatus value
     std::array<uint16_t, kPortRows> portType{};    ///< CIM port type
@@ -27,9 +27,6 @@ struct PortState {
 
 constexpr uint16_t kPortTypeDonor = 16000;        ///< a port lent to another use: no port of the fabric
 constexpr uint16_t kPortTypePassThrough = 16004;  ///< a port that walks leave out
-
-/** The first port from `from` on that exists and is no pass-through port, or kPortRows. */
-unsigned nextRootPort(const PortState& ports, unsigned from);
 
 /** Vendor OUI, serial number and format of a port without a transceiver. */
 constexpr const char* kNoVendorOUI = "000000";

@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "datacache/EvalSignal.h"
+#include "datacache/add_switch.h"
+#include "datacache/wake_ups.h"
 
 namespace datacache {
 

@@ -1,11 +1,13 @@
 #include <utility>
 
+#include "common/access_holder.h"
 #include "datacache/AreaRow.h"
 #include "datacache/HealthMonitor.h"
 #include "datacache/SnapshotPublisher.h"
 #include "datacache/changes.h"
 #include "datacache/readiness.h"
 #include "datacache/reports.h"
+#include "datacache/wake_ups.h"
 
 using namespace datacache;
 

@@ -7,6 +7,7 @@
 #include "datacache/event_texts.h"
 #include "datacache/reports.h"
 #include "datacache/transceivers.h"
+#include "datacache/wake_ups.h"
 
 using namespace datacache;
 

@@ -6,6 +6,7 @@
 #include "datacache/event_codes.h"
 #include "datacache/event_marks.h"
 #include "datacache/registration.h"
+#include "datacache/wake_ups.h"
 
 using namespace datacache;
 

@@ -4,103 +4,113 @@
 
 namespace datacache {
 
+using Visitor = std::function<void(const EventField&)>;
+
+/** The one way to make a field, as its class's own is for the library alone. */
+class EventFieldMaker {
+  public:
+    static void show(const Visitor& visit, const char* label, EventFieldKind kind, const void* value) {
+        visit(EventField(label, kind, value));
+    }
+};
+
 namespace {
 
-/** Hands over `member` of the event's class under its own name. */
-#define FIELD(member) put(fields, #member, event.member)
+/** Shows `member` of the event's class under its own name. */
+#define FIELD(member) put(visit, #member, event.member)
 
-void put(EventFields& fields, const char* field, const Wwn& value) {
-    fields.name(field, value);
+void put(const Visitor& visit, const char* label, const Wwn& value) {
+    EventFieldMaker::show(visit, label, EventFieldKind::Name, &value);
 }
-void put(EventFields& fields, const char* field, const std::string& value) {
-    fields.text(field, value);
+void put(const Visitor& visit, const char* label, const std::string& value) {
+    EventFieldMaker::show(visit, label, EventFieldKind::Text, &value);
 }
-void put(EventFields& fields, const char* field, const std::vector<unsigned short>& value) {
-    fields.list(field, value);
+void put(const Visitor& visit, const char* label, const std::vector<unsigned short>& value) {
+    EventFieldMaker::show(visit, label, EventFieldKind::List, &value);
 }
-void put(EventFields& fields, const char* field, bool value) {
-    fields.flag(field, value);
+void put(const Visitor& visit, const char* label, const bool& value) {
+    EventFieldMaker::show(visit, label, EventFieldKind::Flag, &value);
 }
-void put(EventFields& fields, const char* field, uint16_t value) {
-    fields.number(field, value);
+void put(const Visitor& visit, const char* label, const uint16_t& value) {
+    EventFieldMaker::show(visit, label, EventFieldKind::Number, &value);
 }
 
-void addFields(EventFields&, const DataCacheEvent&) {}
-void addFields(EventFields& fields, const DCEventFabricChange& event) {
+void addFields(const Visitor&, const DataCacheEvent&) {}
+void addFields(const Visitor& visit, const DCEventFabricChange& event) {
     FIELD(grown);
 }
-void addFields(EventFields& fields, const DCEventSwitchAdd& event) {
+void addFields(const Visitor& visit, const DCEventSwitchAdd& event) {
     FIELD(switchWwn);
 }
-void addFields(EventFields& fields, const DCEventSwitchRemove& event) {
+void addFields(const Visitor& visit, const DCEventSwitchRemove& event) {
     FIELD(switchWwn);
 }
-void addFields(EventFields& fields, const DCEventSwitchStatusChange& event) {
+void addFields(const Visitor& visit, const DCEventSwitchStatusChange& event) {
     FIELD(principalWwn);
     FIELD(previousStatus);
     FIELD(currentStatus);
 }
-void addFields(EventFields& fields, const DCEventBladeAdd& event) {
+void addFields(const Visitor& visit, const DCEventBladeAdd& event) {
     FIELD(index);
 }
-void addFields(EventFields& fields, const DCEventBladeRemove& event) {
+void addFields(const Visitor& visit, const DCEventBladeRemove& event) {
     FIELD(index);
 }
-void addFields(EventFields& fields, const DCEventPortAdd& event) {
+void addFields(const Visitor& visit, const DCEventPortAdd& event) {
     FIELD(portWwn);
     FIELD(fromNameServer);
 }
-void addFields(EventFields& fields, const DCEventPortRemove& event) {
+void addFields(const Visitor& visit, const DCEventPortRemove& event) {
     FIELD(portWwn);
     FIELD(fromNameServer);
 }
-void addFields(EventFields& fields, const DCEventPortStatusChange& event) {
+void addFields(const Visitor& visit, const DCEventPortStatusChange& event) {
     FIELD(portWwn);
     FIELD(fabricWwn);
     FIELD(previousStatus);
     FIELD(currentStatus);
 }
-void addFields(EventFields& fields, const DCEventFanAdd& event) {
+void addFields(const Visitor& visit, const DCEventFanAdd& event) {
     FIELD(index);
 }
-void addFields(EventFields& fields, const DCEventFanRemove& event) {
-    FIELD(index);
-    FIELD(count);
-}
-void addFields(EventFields& fields, const DCEventPowerSupplyAdd& event) {
-    FIELD(index);
-}
-void addFields(EventFields& fields, const DCEventPowerSupplyRemove& event) {
+void addFields(const Visitor& visit, const DCEventFanRemove& event) {
     FIELD(index);
     FIELD(count);
 }
-void addFields(EventFields& fields, const DCEventPowerSupplyFail& event) {
+void addFields(const Visitor& visit, const DCEventPowerSupplyAdd& event) {
+    FIELD(index);
+}
+void addFields(const Visitor& visit, const DCEventPowerSupplyRemove& event) {
     FIELD(index);
     FIELD(count);
 }
-void addFields(EventFields& fields, const DCEventCPUAdd& event) {
+void addFields(const Visitor& visit, const DCEventPowerSupplyFail& event) {
+    FIELD(index);
+    FIELD(count);
+}
+void addFields(const Visitor& visit, const DCEventCPUAdd& event) {
     FIELD(index);
 }
-void addFields(EventFields& fields, const DCEventCPURemove& event) {
+void addFields(const Visitor& visit, const DCEventCPURemove& event) {
     FIELD(index);
 }
-void addFields(EventFields& fields, const DCEventUserAcctAdd& event) {
+void addFields(const Visitor& visit, const DCEventUserAcctAdd& event) {
     FIELD(userName);
 }
-void addFields(EventFields& fields, const DCEventUserAcctRemove& event) {
+void addFields(const Visitor& visit, const DCEventUserAcctRemove& event) {
     FIELD(userName);
 }
-void addFields(EventFields& fields, const DCEventActiveZonesetChange& event) {
+void addFields(const Visitor& visit, const DCEventActiveZonesetChange& event) {
     FIELD(previousActiveZoneset);
     FIELD(activeZoneset);
 }
-void addFields(EventFields& fields, const DCEventUserPasswdChg& event) {
+void addFields(const Visitor& visit, const DCEventUserPasswdChg& event) {
     FIELD(userName);
 }
-void addFields(EventFields& fields, const DCEventUserLoginFailure& event) {
+void addFields(const Visitor& visit, const DCEventUserLoginFailure& event) {
     FIELD(userName);
 }
-void addFields(EventFields& fields, const DCEventEnvEvent& event) {
+void addFields(const Visitor& visit, const DCEventEnvEvent& event) {
     FIELD(component);
     FIELD(condition);
     FIELD(description);
@@ -112,14 +122,14 @@ struct EventClass {
     int32_t type;
     const char* name;
     bool named;  ///< `wwn` means something
-    void (*add)(EventFields&, const DataCacheEvent&);
+    void (*add)(const Visitor&, const DataCacheEvent&);
 };
 
 /** The row of one class; its type code says which class an event is of. */
 template <typename Event>
 constexpr EventClass row(const char* name, bool named = true) {
-    return {Event::TYPE, name, named, [](EventFields& fields, const DataCacheEvent& event) {
-                addFields(fields, static_cast<const Event&>(event));
+    return {Event::TYPE, name, named, [](const Visitor& visit, const DataCacheEvent& event) {
+                addFields(visit, static_cast<const Event&>(event));
             }};
 }
 
@@ -178,24 +188,11 @@ std::string quoted(const std::string& text) {
     return result + '"';
 }
 
-class TextFields : public EventFields {
-  public:
-    explicit TextFields(std::string& line) : _line(line) {}
-    void name(const char* field, const Wwn& value) override { add(field, value.tostring()); }
-    void flag(const char* field, bool value) override { add(field, value ? "true" : "false"); }
-    void number(const char* field, uint16_t value) override { add(field, std::to_string(value)); }
-    void text(const char* field, const std::string& value) override { add(field, quoted(value)); }
-    void list(const char* field, const std::vector<unsigned short>& value) override {
-        std::string items;
-        for (const unsigned short item : value) items += (items.empty() ? "" : ",") + std::to_string(item);
-        add(field, '[' + items + ']');
-    }
-
-  private:
-    void add(const char* field, const std::string& value) { _line += std::string(" ") + field + '=' + value; }
-
-    std::string& _line;
-};
+std::string listed(const std::vector<unsigned short>& values) {
+    std::string items;
+    for (const unsigned short item : values) items += (items.empty() ? "" : ",") + std::to_string(item);
+    return '[' + items + ']';
+}
 
 }  // namespace
 
@@ -204,17 +201,70 @@ const char* eventName(int32_t type) {
     return known == nullptr ? "?" : known->name;
 }
 
-void visitFields(const DataCacheEvent& event, EventFields& fields) {
+EventField::EventField(const char* label, EventFieldKind kind, const void* value)
+    : _label(label), _kind(kind), _value(value) {}
+
+const char* EventField::label() const {
+    return _label;
+}
+
+EventFieldKind EventField::kind() const {
+    return _kind;
+}
+
+template <typename Value>
+const Value* EventField::as(EventFieldKind kind) const {
+    return kind == _kind ? static_cast<const Value*>(_value) : nullptr;
+}
+
+const Wwn* EventField::name() const {
+    return as<Wwn>(EventFieldKind::Name);
+}
+
+const bool* EventField::flag() const {
+    return as<bool>(EventFieldKind::Flag);
+}
+
+const uint16_t* EventField::number() const {
+    return as<uint16_t>(EventFieldKind::Number);
+}
+
+const std::string* EventField::text() const {
+    return as<std::string>(EventFieldKind::Text);
+}
+
+const std::vector<unsigned short>* EventField::list() const {
+    return as<std::vector<unsigned short>>(EventFieldKind::List);
+}
+
+std::string EventField::words() const {
+    switch (_kind) {
+        case EventFieldKind::Name:
+            return name()->tostring();
+        case EventFieldKind::Flag:
+            return *flag() ? "true" : "false";
+        case EventFieldKind::Number:
+            return std::to_string(*number());
+        case EventFieldKind::Text:
+            return quoted(*text());
+        case EventFieldKind::List:
+            return listed(*list());
+    }
+    return {};
+}
+
+void visitFields(const DataCacheEvent& event, const Visitor& visit) {
     const EventClass* known = classOf(event.type);
     if (known == nullptr) return;
-    if (known->named) fields.name("wwn", event.wwn);
-    known->add(fields, event);
+    if (known->named) put(visit, "wwn", event.wwn);
+    known->add(visit, event);
 }
 
 std::string eventText(const DataCacheEvent& event) {
     std::string line = eventName(event.type);
-    TextFields fields(line);
-    visitFields(event, fields);
+    visitFields(event, [&line](const EventField& field) {
+        line += std::string(" ") + field.label() + '=' + field.words();
+    });
     return line;
 }
 

@@ -1,6 +1,7 @@
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
+#include "datacache/add_switch.h"
 #include "datacache/fabric_compare.h"
 #include "datacache/reports.h"
 #include "switchlib/SmlBatch.h"

@@ -5,6 +5,7 @@
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
 #include "datacache/registration.h"
+#include "datacache/wake_ups.h"
 
 using namespace datacache;
 

@@ -1,4 +1,5 @@
 #include "common/number_text.h"
+#include "common/wwn_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
 #include "datacache/reports.h"

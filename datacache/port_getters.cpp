@@ -1,6 +1,7 @@
 #include "common/number_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/bit_sets.h"
+#include "datacache/port_walk.h"
 
 using namespace datacache;
 

@@ -1,9 +1,12 @@
 #include <algorithm>
 
 #include "common/number_text.h"
+#include "common/wwn_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
+#include "datacache/add_switch.h"
 #include "datacache/cim_status.h"
+#include "datacache/port_walk.h"
 #include "datacache/reports.h"
 #include "datacache/transceivers.h"
 #include "switchlib/SmlBatch.h"

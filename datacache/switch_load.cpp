@@ -1,3 +1,4 @@
+#include "common/wwn_text.h"
 #include "datacache/DataCache.h"
 #include "datacache/cim_status.h"
 #include "datacache/reports.h"

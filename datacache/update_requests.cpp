@@ -1,6 +1,7 @@
 #include "datacache/AreaRow.h"
 #include "datacache/HealthMonitor.h"
 #include "datacache/bit_sets.h"
+#include "datacache/wake_ups.h"
 
 using namespace datacache;
 

@@ -12,21 +12,14 @@ namespace host {
 
 namespace {
 
-/** Puts the fields of an event into an object of JSON, under their names. */
-class JsonFields : public datacache::EventFields {
-  public:
-    explicit JsonFields(Json& fields) : _fields(fields) {}
-    void name(const char* field, const Wwn& value) override { _fields[field] = value.tostring(); }
-    void flag(const char* field, bool value) override { _fields[field] = value; }
-    void number(const char* field, uint16_t value) override { _fields[field] = value; }
-    void text(const char* field, const std::string& value) override { _fields[field] = value; }
-    void list(const char* field, const std::vector<unsigned short>& value) override {
-        _fields[field] = value;
-    }
-
-  private:
-    Json& _fields;
-};
+/** A field's value in JSON; as words for a kind that this tool does not know. */
+Json valueOf(const datacache::EventField& field) {
+    if (const bool* const flag = field.flag()) return *flag;
+    if (const uint16_t* const number = field.number()) return *number;
+    if (const std::string* const text = field.text()) return *text;
+    if (const auto* const list = field.list()) return *list;
+    return field.words();
+}
 
 }  // namespace
 
@@ -39,8 +32,9 @@ void EventQueue::callback(DataCacheEvent* event) {
     try {
         HostEvent copy{report::now(), datacache::eventText(*event), {{"type", event->type}}};
         copy.fields["class"] = datacache::eventName(event->type);
-        JsonFields fields(copy.fields);
-        datacache::visitFields(*event, fields);
+        datacache::visitFields(*event, [&copy](const datacache::EventField& field) {
+            copy.fields[field.label()] = valueOf(field);
+        });
         instance().add(std::move(copy));
     } catch (const std::exception&) {
         // Without memory an event is lost; a callback must not throw.

@@ -6,8 +6,8 @@
  * They keep no state but the shared connection handle and the admin flag, take no lock, and may be called
  * from C. `handle` is a connection handle of vex_IPConnect. Where a function takes none it uses `hSwitch`.
  */
-#ifndef SWITCHLIB_NORV_VEX_LIB_H
-#define SWITCHLIB_NORV_VEX_LIB_H
+#ifndef DC_SWITCHLIB_NORV_VEX_LIB_H
+#define DC_SWITCHLIB_NORV_VEX_LIB_H
 
 #ifndef __cplusplus
 #include <stdbool.h>
@@ -35,13 +35,14 @@ typedef struct vex_smlmsggroup_s {
 } vex_smlmsggroup_s;
 
 /** A new group with room for `capacity` records (0 or more) and `count` 0, or null without memory. */
-DC_EXPORT vex_smlmsggroup_s* vex_smlAllocMsgGroup(int capacity);
+DC_NODISCARD DC_EXPORT vex_smlmsggroup_s* vex_smlAllocMsgGroup(int capacity);
 
 /**
  * Appends a record whose key is formatted from `format`, cut at 255 characters; grows by 25 records at a
  * time. Returns 0, or 1 when growing failed: the group is then freed and must not be touched again.
  */
-DC_EXPORT int vex_smlAddMsgGroupV(vex_smlmsggroup_s* group, const char* format, ...) DC_PRINTF(2, 3);
+DC_NODISCARD DC_EXPORT int vex_smlAddMsgGroupV(vex_smlmsggroup_s* group, const char* format, ...)
+    DC_PRINTF(2, 3);
 
 /** Empties the group; its memory stays. */
 DC_EXPORT void vex_smlResetMsgGroup(vex_smlmsggroup_s* group);
@@ -127,13 +128,15 @@ DC_EXPORT char* get_Principal_Switch_World_Wide_Name(void);
 DC_EXPORT char* get_Local_Switch_World_Wide_Name(void);
 
 /**
- * Reads four texts at once and stores them through the four addresses; the caller releases each with
- * vex_libFreeMemory. Returns 0 when all were read.
+ * Reads four texts, one after the other, and stores them through the four addresses; the caller releases each
+ * with vex_libFreeMemory. Returns 0 when all were read. All four are null at first, whatever they held
+ * before: one that was not read, or that the switch library read without handing out a text, is null
+ * afterwards.
  *
  * A failure of the first two returns its status. A failure of the last two releases the symbolic name (and
  * the serial number) again and returns the status of the last release, which is 0 when that succeeded: test
- * `brand` as well. What was released is null afterwards; what was never read is as it was. The system
- * description is never released here, so after a failure it is still the caller's.
+ * `brand` as well. What was released is null afterwards. The system description is never released here, so
+ * after a failure it is still the caller's.
  */
 DC_EXPORT int get_Product_Info(char** description, char** symbolicName, char** serialNumber, char** brand);
 

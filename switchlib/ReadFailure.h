@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 
+#include "common/export.h"
 #include "vexlib/vexlib.h"
 
 namespace datacache {

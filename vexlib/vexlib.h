@@ -11,8 +11,8 @@
  * rely on that for anything that the library fills in: read every field with its bound. A slot for a text, a
  * reply or a zoneset that the library hands out is null at the call.
  */
-#ifndef VEXLIB_VEXLIB_H
-#define VEXLIB_VEXLIB_H
+#ifndef VEX_VEXLIB_H
+#define VEX_VEXLIB_H
 
 #include <stdint.h>
 

@@ -4,7 +4,7 @@
 
 #include "common/bounded_text.h"
 #include "switchlib/NORV_Vex_Lib.h"
-#include "zoning/ZoningOutcome.h"
+#include "zoning/ZoningReport.h"
 
 namespace datacache {
 

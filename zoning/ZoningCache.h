@@ -60,6 +60,10 @@ using ZoneSetMap = std::map<std::string, ZoneSet, std::less<>>;
  * uber zoneset and then repeated in the zonesets that hold one of the same name; which ones is each edit's
  * own affair.
  *
+ * A load takes a zoneset that the switch library hands out as a null handle, by a call that succeeded, for
+ * one that cannot be read: without the active one there is no active zoneset, without another one the load
+ * fails.
+ *
  * To read it, take a copy with database(). To edit it, use a ZoningSession (zoning/ZoningSession.h): it
  * locks, tells why something was refused, and cannot be left half done. It stands on the calls below, which a
  * host may use as well: ZoningLock() takes the fabric's lock; edits change the objects in memory alone; then
@@ -120,7 +124,8 @@ class DC_EXPORT ZoningCache {
      * admin rights back, all in one command group. Returns 1 when the group was sent, even when the switch
      * refused it; 0 when nothing was sent, because the database is inconsistent or memory is short. Without
      * an uber zoneset (nothing was loaded yet, or the last load of the configured part failed) it is
-     * inconsistent: an empty configuration is never sent by accident.
+     * inconsistent: an empty configuration is never sent by accident. So is one in which the switch library
+     * counts fewer than 0 or more than 65,536 zones, aliases or members of anything.
      */
     int replaceZoningDB() DC_TAKES(access_lock);
 
@@ -163,8 +168,11 @@ class DC_EXPORT ZoningCache {
      * `handle` itself: 0, also when there was none, or -1 when the name cannot be read.
      */
     int delZoneset(void* handle, _ZoneSetTypes type) DC_TAKES(access_lock);
-    /** The zoneset under a key: an inactive one's name, "[ActiveZoneSetKey]" or "[UberZoneSetKey]"; or null.
-     * `type` is written when there is one; so in the next two. */
+    /**
+     * The zoneset under a key: an inactive one's name, "[ActiveZoneSetKey]" or "[UberZoneSetKey]"; or null.
+     * `type` is written when there is one; so in the next two. The two keys in brackets are reserved: a
+     * configured zoneset of such a name is dropped where the active or the uber zoneset is loaded.
+     */
     void* getZoneset(char* name, _ZoneSetTypes& type) DC_TAKES(access_lock);
     /** Walks the zonesets in the order of their keys; null at the end. */
     void* getFirstZoneset(_ZoneSetTypes& type) DC_TAKES(access_lock);

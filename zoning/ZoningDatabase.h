@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "common/export.h"
 #include "vexlib/vexlib.h"
 
 namespace datacache {

@@ -1,4 +1,4 @@
-#include "zoning/ZoningOutcome.h"
+#include "zoning/ZoningReport.h"
 
 #include <iterator>
 #include <new>

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "common/export.h"
 
@@ -20,13 +19,6 @@ enum class ZoningLimit : uint8_t {
     MembersPerAlias,
 };
 
-/** What a limit is called, in the log and for people. */
-struct ZoningLimitNames {
-    const char* log;
-    const char* words;
-};
-const ZoningLimitNames& namesOf(ZoningLimit limit);
-
 /** What stopped an operation on the zoning: a command to the switch, a call of the switch library, or a
  * limit. */
 struct ZoningFailure {
@@ -38,10 +30,6 @@ struct ZoningFailure {
     ZoningLimit limit = ZoningLimit::None;  ///< the limit that is reached
     int32_t number = 0;                     ///< the number at which it is
 };
-
-/** A call or a command that failed; empty when there is no memory for its text, as nothing may then be lost
- * but the reason. */
-ZoningFailure failureOf(std::string_view call, int64_t result = 0) noexcept;
 
 /** How a step of a ZoningSession ended. */
 enum class ZoningStatus : uint8_t {

@@ -4,8 +4,8 @@
  * The two functions for members are not alike: commands to the switch carry the first one's text, people read
  * the second one's. Both read identifiers as vex_memberid_u lays them out, alias names up to 64 characters.
  */
-#ifndef ZONING_MEMBER_TEXT_H
-#define ZONING_MEMBER_TEXT_H
+#ifndef DC_ZONING_MEMBER_TEXT_H
+#define DC_ZONING_MEMBER_TEXT_H
 
 #include <stdint.h>
 

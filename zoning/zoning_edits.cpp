@@ -2,6 +2,7 @@
 
 #include "common/cim_log.h"
 #include "zoning/ZoningCache.h"
+#include "zoning/ZoningReport.h"
 #include "zoning/library_calls.h"
 
 using namespace datacache;

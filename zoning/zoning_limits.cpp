@@ -5,6 +5,7 @@
 #include "switchlib/NORV_Vex_Lib.h"
 #include "switchlib/ReadTrace.h"
 #include "zoning/ZoningCache.h"
+#include "zoning/ZoningReport.h"
 #include "zoning/library_calls.h"
 
 using namespace datacache;

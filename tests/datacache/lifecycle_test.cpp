@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "datacache/event_text.h"
+#include "datacache/wake_ups.h"
 #include "tests/support/CacheTest.h"
 
 namespace {

@@ -24,7 +24,8 @@ Lines properties(FaultedCache&) {
 }
 
 Lines productInfo(FaultedCache& test) {
-    char *description = nullptr, *name = nullptr, *serial = nullptr, *brand = nullptr;
+    char before[] = "what the caller's variables held before";
+    char *description = before, *name = before, *serial = before, *brand = before;
     const int result = get_Product_Info(&description, &name, &serial, &brand);
     return {std::to_string(result) + " (" + taken(test, description) + ", " + taken(test, name) + ", " +
             taken(test, serial) + ", " + taken(test, brand) + ')'};
@@ -54,7 +55,7 @@ Lines walkers(FaultedCache&) {
 Lines group(FaultedCache&) {
     vex_smlmsggroup_s* const group = vex_smlAllocMsgGroup(1);
     for (const char* key : {"Oper.Switch.WWN", "Config.Services.SSHEnable"})
-        vex_smlAddMsgGroupV(group, "%s", key);
+        EXPECT_EQ(vex_smlAddMsgGroupV(group, "%s", key), 0);
     Lines lines;
     const auto tell = [&](const char* what, int32_t result) {
         lines.push_back(what + (' ' + std::to_string(result)));

@@ -10,6 +10,7 @@
 #include "datacache/DataCache.h"
 #include "datacache/EvalSignal.h"
 #include "datacache/event_text.h"
+#include "datacache/wake_ups.h"
 #include "tests/support/LogCapture.h"
 
 /** The real library over whatever provides vexlib, without threads, and what it tells: its log and the host's

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "datacache/DataCache.h"
+#include "datacache/wake_ups.h"
 #include "simulator/Simulator.h"
 #include "tests/support/CachePeer.h"
 #include "tests/support/LogCapture.h"

@@ -1,0 +1,5 @@
+#include "common/version.h"
+
+int datacacheVersion(void) {
+    return DATACACHE_VERSION;
+}
