@@ -72,7 +72,8 @@ bool DataCache::startVexlib() {
         if (result == 0) continue;  // a success without a handle is tried again at once
         cim_log(CIM_LOG_CRITICAL, "CRIT:%s:%s[%d] vexlib connection failed: %d : retrying in 10 seconds...\n",
                 "DataCache", "startVexlib", 479, result);
-        sleep(kRetrySeconds);
+        // A signal that the host handles ends a sleep early; the rest of it follows.
+        for (unsigned left = kRetrySeconds; left > 0;) left = sleep(left);
         _handle = 0;
     }
     hSwitch = _handle;
