@@ -20,13 +20,32 @@ LogWriter processLog DC_GUARDED_BY(logLock)("/tmp/cim.out", "/tmp/cim.crit.out")
 /** The calling thread's numbers, asked for once a thread. */
 thread_local LogIds threadIds;
 
-/** Holds the log mutex for a scope. */
+/** Puts a cancellation of the calling thread off to the end of a scope. */
+class NoCancellation {
+  public:
+    NoCancellation() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &_before); }
+    ~NoCancellation() { pthread_setcancelstate(_before, nullptr); }
+    NoCancellation(const NoCancellation&) = delete;
+    NoCancellation& operator=(const NoCancellation&) = delete;
+
+  private:
+    int _before = PTHREAD_CANCEL_ENABLE;
+};
+
+/**
+ * Holds the log mutex for a scope, in which the thread is not cancelled: files are opened and written there,
+ * and a thread that ended in between would leave the process's umask changed and a line counted that was
+ * never written.
+ */
 class DC_SCOPED_CAPABILITY LogGuard {
   public:
     LogGuard() DC_ACQUIRE(logLock) { pthread_mutex_lock(&logMutex); }
     ~LogGuard() DC_RELEASE() { pthread_mutex_unlock(&logMutex); }
     LogGuard(const LogGuard&) = delete;
     LogGuard& operator=(const LogGuard&) = delete;
+
+  private:
+    const NoCancellation _whole;  // made before the mutex is locked, gone after it is unlocked
 };
 
 std::string_view idsOfThread() {

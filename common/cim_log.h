@@ -7,7 +7,8 @@
  * time, TID being the kernel's thread number, and is cut at 2055 bytes.
  *
  * Both functions may be called from any thread and with any lock held, but not from a signal handler. They
- * report no error: a line that cannot be written is lost. errno is left as it was.
+ * report no error: a line that cannot be written is lost. errno is left as it was. A thread that is cancelled
+ * while it logs ends after the line.
  */
 #ifndef DC_COMMON_CIM_LOG_H
 #define DC_COMMON_CIM_LOG_H

@@ -75,12 +75,12 @@ int descriptor_of(const std::string& path) {
     return file;
 }
 
-/** Runs `work` in a forked child; true when it ends by itself within 20 seconds. */
+/** Runs `work` in a forked child; true when it ends by itself within two minutes. */
 template <class Work>
 bool child_ends(Work work) {
     const pid_t child = fork();
     if (child == 0) {
-        alarm(20);
+        alarm(120);
         work();
         _exit(0);
     }
@@ -183,6 +183,28 @@ TEST_F(CimLog, RotatesAtTheLineAfterAThousand) {
         EXPECT_EQ(kept.front(), std::to_string(6006 - 1001 * number)) << number;
     }
     EXPECT_FALSE(fs::exists(generation(6)));
+}
+
+TEST_F(CimLog, AThreadThatIsCancelledWritesItsLineWholeAndThenEnds) {
+    const mode_t previous = umask(077);
+    for (const int linesBefore : {0, 999}) {  // its line opens the files, or rotates them
+        for (int line = 0; line < linesBefore; ++line) cim_log(CIM_LOG_TRACE, "before\n");
+        const auto body = [](void*) -> void* {
+            pthread_cancel(pthread_self());
+            cim_log(CIM_LOG_TRACE, "whole\n");
+            pthread_testcancel();
+            return nullptr;
+        };
+        pthread_t thread{};
+        ASSERT_EQ(pthread_create(&thread, nullptr, body, nullptr), 0);
+        void* end = nullptr;
+        pthread_join(thread, &end);
+        EXPECT_EQ(end, PTHREAD_CANCELED) << "after the line it can be";
+        EXPECT_EQ(umask(077), 077U);
+        EXPECT_THAT(messages(main), ElementsAre("whole"));
+        EXPECT_EQ(fs::exists(generation(1)), linesBefore != 0);
+    }
+    umask(previous);
 }
 
 TEST_F(CimLog, CutsLinesAt2055BytesAndShowsThemToTheObserver) {
