@@ -36,10 +36,22 @@ step = [
 {do = "raise", code = 16, after = "100ms", text = "last secretguest did it"},
 ]
 TOML
-# Whoever starts empties the log of all: where that is allowed, this one has its own.
+# Whoever starts empties the log of all, and cannot write the one of another user: where that is allowed, this one has a
+# /tmp of its own, which holds nothing but the folder that the tool may be in.
+own_tmp='
+mkdir -p own
+mount -t tmpfs none own
+path=$(readlink -f "$1")
+below=${path#/tmp/}
+if [ "$below" != "$path" ]; then
+    mkdir "own/${below%%/*}"
+    mount --rbind "/tmp/${below%%/*}" "own/${below%%/*}"
+fi
+mount --rbind own /tmp
+exec "$@"'
 report() {
     local own=()
-    if unshare -rm true 2> /dev/null; then own=(unshare -rm sh -c 'mount -t tmpfs none /tmp && exec "$@"' -); fi
+    if unshare -rm mount -t tmpfs none "$work" 2> /dev/null; then own=(unshare -rm sh -ec "$own_tmp" -); fi
     "${own[@]}" "$tool" report "$@" 2> /dev/null
 }
 report live.html --json live.json --switch switch.toml --scenario scenario.toml --record calls.jsonl
