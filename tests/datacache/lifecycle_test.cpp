@@ -236,7 +236,8 @@ TEST_F(Lifecycle, RetryIntervalMendsAnAreaWithoutAnEvent) {
     ASSERT_TRUE(eventually([&] { return !good() && DataCache::idle(); }));
     const uint32_t passes = DataCache::health().passes().count;
     usleep(1200000);
-    EXPECT_EQ(DataCache::health().passes().count, passes) << "nothing is tried again unless that was asked for";
+    EXPECT_EQ(DataCache::health().passes().count, passes)
+        << "nothing is tried again unless that was asked for";
     const auto begin = std::chrono::steady_clock::now();
     DataCache::setRetryInterval(1);  // also for the wait that goes on
     EXPECT_TRUE(eventually([&] { return DataCache::health().passes().count == passes + 2; }));

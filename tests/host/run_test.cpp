@@ -73,22 +73,31 @@ TEST_F(HostTest, AnInterruptIsAnsweredAtOnceInEveryPhase) {
         {"vex_smlSet", {"zone", "lock", "wait 600", "commit"}, "commit\n"},
         {"vex_smlSet", {"run", "--for", "600"}, "the rest of the time\n"},
     };
-    std::vector<std::unique_ptr<Tool>> tools;
-    for (size_t i = 0; i < std::size(cases); ++i) {
-        std::vector<std::string> arguments = cases[i].arguments;
-        const std::string file = writeFile("hang" + std::to_string(i) + ".toml",
-                                           switchText + faultOn(cases[i].function, "*", hang));
-        arguments.insert(arguments.end(), {"--switch", file});
-        tools.push_back(std::make_unique<Tool>(HOST_TOOL, arguments));
+    // Nobody can see that a process hangs: one that was interrupted before is started again, and given more
+    // time.
+    std::map<size_t, std::string> early;  // what they said
+    for (size_t i = 0; i < std::size(cases); ++i) early[i] = "";
+    for (int seconds = 1; !early.empty() && seconds < 100; seconds *= 4) {
+        std::map<size_t, std::unique_ptr<Tool>> tools;
+        for (const auto& [i, said] : early) {
+            std::vector<std::string> arguments = cases[i].arguments;
+            const std::string file = writeFile("hang" + std::to_string(i) + ".toml",
+                                               switchText + faultOn(cases[i].function, "*", hang));
+            arguments.insert(arguments.end(), {"--switch", file});
+            tools[i] = std::make_unique<Tool>(HOST_TOOL, arguments);
+        }
+        std::this_thread::sleep_for(std::chrono::seconds(seconds));
+        for (const auto& [i, tool] : tools) tool->signal(SIGINT);
+        const auto begin = std::chrono::steady_clock::now();
+        for (const auto& [i, tool] : tools) {
+            EXPECT_EQ(tool->finish(), 128 + SIGINT) << cases[i].undone;
+            early[i] = tool->errors;
+            if (early[i].find("interrupted; left undone: " + cases[i].undone) != std::string::npos)
+                early.erase(i);
+        }
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::minutes(1)) << "of ten";
     }
-    std::this_thread::sleep_for(std::chrono::seconds(*EMULATOR == '\0' ? 1 : 8));  // until all hang
-    for (const auto& tool : tools) tool->signal(SIGINT);
-    const auto begin = std::chrono::steady_clock::now();
-    for (size_t i = 0; i < std::size(cases); ++i) {
-        EXPECT_EQ(tools[i]->finish(), 128 + SIGINT) << cases[i].undone;
-        EXPECT_THAT(tools[i]->errors, HasSubstr("interrupted; left undone: " + cases[i].undone));
-    }
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+    for (const auto& [i, said] : early) ADD_FAILURE() << cases[i].undone << said;
 }
 
 TEST_F(HostTest, RunTellsLossAndReturnOfReadiness) {
@@ -96,7 +105,7 @@ TEST_F(HostTest, RunTellsLossAndReturnOfReadiness) {
 {do = "fault", function = "vex_smlGetBatch", key = "Oper.Chassis.0.Fans", times = 0, status = 1},
 {do = "power_supply", index = 1, state = "NotInstalled"})";
     const std::string found =
-        R"(, {do = "clear_faults", after = "1s"}, {do = "power_supply", index = 1, state = "Good"})";
+        R"(, {do = "clear_faults", after = "3s"}, {do = "power_supply", index = 1, state = "Good"})";
     for (const bool comesBack : {true, false}) {
         const std::string steps = writeFile("loss.toml", lost + (comesBack ? found : "") + ']');
         EXPECT_THAT(told(comesBack ? 0 : 1, {"run", "--switch", switchFile, "--scenario", steps}),

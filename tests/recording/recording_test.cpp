@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 #include <sys/wait.h>
 
+#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -180,8 +181,11 @@ TEST_F(Recordings, EndWholeAtTheLimitInAForkAndWhenKilled) {
     const std::string path = record("limited.jsonl");
     vex_IPConnect("h", "c", "", &handle);
     std::vector<std::thread> threads(4);
+    std::atomic<size_t> begun{0};
     for (std::thread& thread : threads)
-        thread = std::thread([&read] {
+        thread = std::thread([&] {
+            read();
+            for (++begun; begun < threads.size();) std::this_thread::yield();
             for (int i = 0; i < 50; ++i) read();
         });
     for (std::thread& thread : threads) thread.join();
@@ -193,7 +197,7 @@ TEST_F(Recordings, EndWholeAtTheLimitInAForkAndWhenKilled) {
     for (; reader.next(last); ++records) seen.insert(last.thread);
     EXPECT_EQ(last.kind, Record::Kind::End);
     EXPECT_GT(records, 30U);
-    EXPECT_GT(seen.size(), 2U);  // the threads' own numbers
+    EXPECT_GE(seen.size(), 5U);  // the threads' own numbers
 
     unsetenv("VEXRECORD_LIMIT");
     const std::string parent = record("parent.jsonl");
