@@ -83,6 +83,10 @@ ApiCall::~ApiCall() {
     inCall = false;
 }
 
+void ApiCall::begin() {
+    enter();
+}
+
 bool ApiCall::serving() {
     return inCall;
 }

@@ -104,6 +104,8 @@ class DC_SCOPED_CAPABILITY ApiCall {
 
     /** Whether the thread is inside a call. */
     static bool serving();
+    /** The thread is inside a call from here on, for what is copied before its ApiCall is made. */
+    static void begin();
 
   private:
     void countMisuse(Status status = BadArgument);

@@ -19,6 +19,7 @@ bool notAList(const vex_smlrequest_s* records, int32_t count) {
 }
 
 std::vector<std::string> keysOf(const vex_smlrequest_s* records, int32_t count) {
+    ApiCall::begin();
     std::vector<std::string> keys;
     if (notAList(records, count)) return keys;
     keys.reserve(static_cast<size_t>(count));

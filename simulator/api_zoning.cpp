@@ -208,7 +208,7 @@ DC_EXPORT int32_t vex_fzsGetZonesetList(uint32_t handle, int32_t* count,
     size_t next = 0;
     for (const auto& [name, zones] : zonesets) writeName(call, name, list[next++]);
     *count = static_cast<int32_t>(zonesets.size());
-    *names = list.get();
+    *names = call.nulled() ? nullptr : list.get();
     return call.done(Ok);
 }
 
