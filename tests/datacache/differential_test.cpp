@@ -10,6 +10,7 @@
 #include "simulator/switch_writer.h"
 #include "tests/support/CacheState.h"
 #include "tests/support/CacheTest.h"
+#include "tests/support/ZoningModel.h"
 
 /*
  * After any changes at the switch, with notifications, passes and failures in between, the cache that
@@ -29,68 +30,6 @@
  * DIFFERENTIAL_SEEDS=N runs that many seeds.
  */
 namespace {
-
-using Lines = std::vector<std::string>;
-
-std::string text(unsigned long long value) {
-    return std::to_string(value);
-}
-
-template <typename... Parts>
-std::string line(const Parts&... parts) {
-    std::ostringstream made;
-    const char* blank = "";
-    ((made << blank << parts, blank = " "), ...);
-    return made.str();
-}
-
-std::string joined(const Lines& all, const char* separator) {
-    std::string text;
-    for (const std::string& one : all) text += (text.empty() ? "" : separator) + one;
-    return text;
-}
-
-std::string listed(const char* field, const Lines& all) {
-    return std::string(field) + (all.empty() ? " = []\n" : " = ['" + joined(all, "', '") + "']\n");
-}
-
-/** The zoning as the steps made it. */
-struct Zones {
-    struct Zone {
-        unsigned type = 1;
-        Lines members;
-    };
-    std::map<std::string, Lines> aliases, zonesets;
-    std::map<std::string, Zone> zones;
-
-    /** What a zoneset holds: its zones, and the aliases that they name. */
-    Zones part(const std::string& zoneset) const {
-        Zones some;
-        some.zonesets[zoneset] = zonesets.at(zoneset);
-        for (const std::string& name : zonesets.at(zoneset)) some.zones[name] = zones.at(name);
-        for (const auto& [name, zone] : some.zones) {
-            for (const std::string& member : zone.members)
-                if (aliases.count(member) != 0) some.aliases[member] = aliases.at(member);
-        }
-        return some;
-    }
-    void tell(const std::string& owner, Lines& lines) const {
-        for (const auto& [name, zone] : zones)
-            lines.push_back(line("zone", owner, name, zone.type, joined(zone.members, ",")));
-        for (const auto& [name, members] : aliases)
-            lines.push_back(line("alias", owner, name, joined(members, ",")));
-    }
-    size_t size() const {
-        size_t members = 0;
-        for (const auto& [name, zone] : zones) {
-            members += zone.members.size();
-            for (const std::string& member : zone.members)
-                if (aliases.count(member) != 0) members += aliases.at(member).size();
-        }
-        for (const auto& [name, all] : aliases) members += all.size();
-        return members;
-    }
-};
 
 class Differential : public CacheTest {
   protected:
@@ -157,16 +96,7 @@ class Differential : public CacheTest {
             for (const auto& [zone, is] : all.zones)
                 if (below(2) == 0) zones.push_back(zone);
         }
-        std::string steps = "do = 'zoning_replace'\n";
-        const auto types = Lines{"", "Soft", "HardVPF", "HardACL"};
-        for (const auto& [alias, members] : all.aliases)
-            steps += "[[step.alias]]\nname = '" + alias + "'\n" + listed("members", members);
-        for (const auto& [zone, is] : all.zones)
-            steps += "[[step.zone]]\nname = '" + zone + "'\ntype = '" + types[is.type] + "'\n" +
-                     listed("members", is.members);
-        for (const auto& [set, zones] : all.zonesets)
-            steps += "[[step.zoneset]]\nname = '" + set + "'\n" + listed("zones", zones);
-        return steps;
+        return all.replaceStep();
     }
 
     /** The fields of a step, one a line; some cannot be carried out as the switch stands, and nothing
@@ -413,15 +343,7 @@ class Differential : public CacheTest {
         tell("zoning 1 1", '"' + (_active ? _active->zonesets.begin()->first : "") + '"',
              _configured.zonesets.size(), _configured.zones.size(), _configured.aliases.size(),
              _configured.size(), 0);
-        _configured.tell("-", _told);
-        for (const auto& [zoneset, zones] : _configured.zonesets) {
-            tell("zoneset " + zoneset + " configured");
-            _configured.part(zoneset).tell(zoneset, _told);
-        }
-        if (_active) {
-            tell("zoneset " + _active->zonesets.begin()->first + " active");
-            _active->tell(_active->zonesets.begin()->first, _told);
-        }
+        _configured.tellAll(_active, _told);
         std::sort(_told.begin(), _told.end());
         return _told;
     }
