@@ -46,7 +46,7 @@ class DC_EXPORT DC_SCOPED_CAPABILITY CacheReader {
     const std::vector<std::string>& accounts() const;
     /** The fabric's switches with their ports. */
     const FabricCache& fabric() const;
-    /** The zoning; ZoningCache::database() copies it. DataCache::zoningCache() is the one to edit. */
+    /** The zoning; ZoningCache::database() copies it. Edit it through DataCache::zoningSession(). */
     const ZoningCache& zoning() const;
 
   private:

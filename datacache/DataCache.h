@@ -5,6 +5,7 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "common/AccessLock.h"
@@ -30,6 +31,7 @@ namespace datacache {
 class AreaPrints;
 class CacheReader;
 class SnapshotPublisher;
+class ZoningSession;
 struct EventMarks;
 struct MarkReason;
 
@@ -144,6 +146,12 @@ class DC_EXPORT DataCache {
     static void setRefreshInterval(uint32_t seconds);
     /** Reads the accounts of the switch, which no pass does; see _getAcctInfo(). */
     bool readAccounts() DC_TAKES(access_lock);
+
+    // ---- Editing ----
+
+    /** Opens an editing session of the fabric's zoning for a client (zoning/ZoningSession.h); its
+     * lockOutcome() says whether it is open, also before init(). */
+    static datacache::ZoningSession zoningSession(std::string_view client) DC_TAKES(access_lock);
 
     // ---- Asking for updates ----
 

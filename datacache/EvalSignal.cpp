@@ -3,7 +3,7 @@
 #include <ctime>
 #include <utility>
 
-#include "datacache/changes.h"
+#include "common/changes.h"
 #include "datacache/wake_ups.h"
 
 pthread_mutex_t eval_mutex = PTHREAD_MUTEX_INITIALIZER;

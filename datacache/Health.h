@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "common/LockHolder.h"
 #include "common/export.h"
 #include "switchlib/PendingCall.h"
 #include "switchlib/ReadFailure.h"
@@ -158,15 +159,6 @@ struct CapacityHealth {
     // New fields are added here, at the end.
 
     DC_EXPORT bool complete() const;
-};
-
-/** What holds the access lock, so that readers and passes wait for it. */
-enum class LockHolder : uint8_t {
-    Nobody,
-    Reader,    ///< a host that reads, or a short call of the cache
-    Pass,      ///< `area` where LockHealth::inArea
-    Accounts,  ///< readAccounts()
-    Session,   ///< a step of a zoning session: LockHealth::step
 };
 
 /** "nobody", "reader", ...; "unknown" for any other value. */

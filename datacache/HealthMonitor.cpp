@@ -6,7 +6,7 @@
 
 #include "common/access_holder.h"
 #include "common/bounded_text.h"
-#include "datacache/changes.h"
+#include "common/changes.h"
 
 namespace datacache {
 
@@ -48,13 +48,14 @@ Health HealthMonitor::copy() {
     made->connection.failuresInARow = results.failuresInARow;
     made->connection.lastFailure = results.lastResult;
     made->connection.failingSince = results.failingSince;
+    const bool inArea = std::exchange(made->lock.inArea, false);
     const std::chrono::milliseconds held = accessHeldFor();
-    if (held.count() < 0) {
-        made->lock = {};
-    } else {
-        made->lock.since = made->time - held;
-        if (made->lock.holder == LockHolder::Nobody) made->lock.holder = LockHolder::Reader;
-    }
+    if (held.count() < 0) return Health(made);
+    const LockUse::Now use = LockUse::now();
+    made->lock.since = made->time - held;
+    made->lock.holder = use.holder == LockHolder::Nobody ? LockHolder::Reader : use.holder;
+    made->lock.inArea = inArea && (use.holder == LockHolder::Pass || use.holder == LockHolder::Accounts);
+    copyBounded(made->lock.step, use.step);
     return Health(made);
 }
 
@@ -223,11 +224,6 @@ bool HealthMonitor::anyAreaStale() {
                        });
 }
 
-bool HealthMonitor::noWorkUnderWay() {
-    const Lock guard(_mutex);
-    return _workUnderWay == 0;
-}
-
 bool HealthMonitor::ready() {
     const Lock guard(_mutex);
     return _record.passes.ready;
@@ -304,26 +300,6 @@ void HealthMonitor::endArea(CacheArea area, bool inPass, bool good, Duration too
     record.marked = true;
     record.markedSince = now();
     record.markedBy = MarkCause::Retry;
-}
-
-Work::Work(LockHolder holder, const char* step) {
-    HealthMonitor& health = HealthMonitor::instance();
-    const Lock guard(health._mutex);
-    ++health._workUnderWay;
-    LockHealth& lock = health._record.lock;
-    _outer = std::exchange(lock, {});
-    lock.holder = holder;
-    copyBounded(lock.step, step);
-}
-
-Work::~Work() {
-    HealthMonitor& health = HealthMonitor::instance();
-    {
-        const Lock guard(health._mutex);
-        --health._workUnderWay;
-        health._record.lock = _outer;
-    }
-    announceChange();
 }
 
 AreaRead::AreaRead(CacheArea area, bool inPass) : _area(area), _inPass(inPass) {

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "common/AccessLock.h"
+#include "common/LockUse.h"
 #include "common/Mutex.h"
 #include "datacache/HealthRecord.h"
 #include "datacache/SilentChanges.h"
@@ -65,8 +65,6 @@ class HealthMonitor {
     bool anyAreaStale() DC_EXCLUDES(_mutex);
     /** Whether the last pass found every area up to date. */
     bool ready() DC_EXCLUDES(_mutex);
-    /** Whether nothing is under way for which idle() waits, but for what the evaluation thread was asked. */
-    bool noWorkUnderWay() DC_EXCLUDES(_mutex);
 
     void domainList(bool full) DC_EXCLUDES(_mutex);
     void portEntriesBeyond(uint32_t entries) DC_EXCLUDES(_mutex);
@@ -76,7 +74,6 @@ class HealthMonitor {
 
   private:
     friend class AreaRead;
-    friend class Work;
     using Clock = std::chrono::steady_clock;
 
     void beginArea(CacheArea area, bool inPass) DC_EXCLUDES(_mutex);
@@ -87,27 +84,10 @@ class HealthMonitor {
     HealthRecord _record DC_GUARDED_BY(_mutex);
     SilentChanges _silent DC_GUARDED_BY(_mutex);
     uint32_t _passesUnderWay DC_GUARDED_BY(_mutex) = 0;  ///< more than 1 where a callback runs a pass
-    uint32_t _workUnderWay DC_GUARDED_BY(_mutex) = 0;
     Clock::time_point _passBegan DC_GUARDED_BY(_mutex){};
     uint32_t _passCalls DC_GUARDED_BY(_mutex) = 0;
     Duration _slowest DC_GUARDED_BY(_mutex){};  ///< of the areas of the running pass
     CacheArea _slowestArea DC_GUARDED_BY(_mutex) = CacheArea::Switch;
-};
-
-/**
- * Says for what the thread holds the access lock, from construction to destruction, one inside another where
- * a callback begins something. What is said here counts as under way, and idle() is false meanwhile.
- */
-class Work {
-  public:
-    /** `step` of a session, cut to its field; null for none. */
-    explicit Work(LockHolder holder, const char* step = nullptr) DC_REQUIRES(access_lock);
-    ~Work();
-    Work(const Work&) = delete;
-    Work& operator=(const Work&) = delete;
-
-  private:
-    LockHealth _outer;
 };
 
 /**

@@ -76,7 +76,7 @@ bool DataCache::_getAcctInfo() {
     const SnapshotRead snapshot(*this, CacheArea::Accounts);
     // Into a list of its own, so that a read that fails half-way, for want of memory too, changes nothing.
     std::vector<std::string> names;
-    const Work work(LockHolder::Accounts);
+    const LockUse use(LockHolder::Accounts);
     AreaRead read(CacheArea::Accounts, false);
     const int failedAt = readNames(_handle, names);
     if (failedAt != 0) {

@@ -1,10 +1,10 @@
 #include <utility>
 
 #include "common/access_holder.h"
+#include "common/changes.h"
 #include "datacache/AreaRow.h"
 #include "datacache/HealthMonitor.h"
 #include "datacache/SnapshotPublisher.h"
-#include "datacache/changes.h"
 #include "datacache/readiness.h"
 #include "datacache/reports.h"
 #include "datacache/wake_ups.h"
@@ -16,13 +16,13 @@ namespace {
 /** Tells the health that a pass runs, for as long as it lives. */
 class PassWatch {
   public:
-    PassWatch() DC_REQUIRES(access_lock) : _work(LockHolder::Pass) { HealthMonitor::instance().beginPass(); }
+    PassWatch() DC_REQUIRES(access_lock) : _use(LockHolder::Pass) { HealthMonitor::instance().beginPass(); }
     ~PassWatch() { HealthMonitor::instance().endPass(); }
     PassWatch(const PassWatch&) = delete;
     PassWatch& operator=(const PassWatch&) = delete;
 
   private:
-    const Work _work;
+    const LockUse _use;
 };
 
 /** Counts a dispatch for as long as it goes on. */
@@ -84,7 +84,8 @@ void DataCache::_drainEventQueue() {
 
 void DataCache::_updateAreas() {
     for (const CacheArea area : kAllCacheAreas) _readArea(area);
-    if (_zoningCache._reloadWanted) updateZoning();  // a session ended inside the callback
+    // A session was committed inside the callback.
+    if (_zoningCache._refreshWanted) _markArea(CacheArea::Zoning, {MarkCause::Session});
 }
 
 bool DataCache::isCacheReady() {
@@ -114,5 +115,6 @@ bool DataCache::idle() {
     // Events are asked for before, as one that no longer waits was taken up by a pass, which still shows in
     // the second test; and after, as one may have come while that pass ended.
     HealthMonitor& health = HealthMonitor::instance();
-    return health.noEventWaits() && evaluationIdle() && health.noWorkUnderWay() && health.noEventWaits();
+    return health.noEventWaits() && evaluationIdle() && LockUse::now().holder == LockHolder::Nobody &&
+           health.noEventWaits();
 }

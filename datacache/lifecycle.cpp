@@ -11,9 +11,7 @@ using namespace datacache;
 
 DataCache* DataCache::instance = nullptr;
 
-DataCache::DataCache() : _prints(std::make_unique<AreaPrints>()) {
-    _zoningCache._requestReload = [this] { reloadZoning(); };
-}
+DataCache::DataCache() : _prints(std::make_unique<AreaPrints>()) {}
 
 DataCache::~DataCache() {
     cim_log(CIM_LOG_TRACE, "DCACHE: ~DataCache()\n");

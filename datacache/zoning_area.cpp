@@ -1,46 +1,56 @@
-#include "common/number_text.h"
 #include "common/wwn_text.h"
 #include "datacache/DataCache.h"
+#include "datacache/HealthMonitor.h"
 #include "datacache/reports.h"
+#include "datacache/wake_ups.h"
 #include "switchlib/SmlBatch.h"
+#include "zoning/ZoningReport.h"
+#include "zoning/ZoningSession.h"
 
 using namespace datacache;
 
 int DataCache::_getZoningInfo() {
     if (isTransparentSwitch()) return 1;  // has no zoning of its own
+    ZoningCache& cache = _zoningCache;
+    cache._refreshWanted = false;
     SmlBatch batch;
-    const size_t principalKey = batch.add("Oper.Switch.WhoIsPrincipal");
-    const size_t activeKey = batch.add("Oper.Zoning.ActiveChecksum");
-    const size_t inactiveKey = batch.add("Oper.Zoning.InactiveChecksum");
-    const size_t nameKey = batch.add("Oper.Zoning.ActiveZoneSet");
-    if (!batch.read(_handle)) {
+    if (!cache._readKeys(_handle, batch)) {
         logUpdateFailed("_getZoningInfo", 2469);
         return 0;
     }
-    ZoningCache& cache = _zoningCache;
-    cache._activeChecksum = strtoul32(std::string(batch.text(activeKey)), 16);
-    cache._inactiveChecksum = strtoul32(std::string(batch.text(inactiveKey)), 16);
-    cache._activeZonesetName = batch.text(nameKey);
-
-    if (cache._activeZonesetName != cache._prevActiveZonesetName ||
-        cache._activeChecksum != cache._prevActiveChecksum) {
-        cache._loadActive(_handle);
+    if (cache._activeDiffers()) {
+        cache._loadActive(_handle);  // a failure is only logged: the zoneset then counts as loaded
         cim_log(CIM_LOG_TRACE,
                 "DCACHE: DCEventActiveZonesetChange: activeZoneset=%s previousActiveZoneset=%s\n",
                 cache._activeZonesetName.c_str(), cache._prevActiveZonesetName.c_str());
-        notify(_callback, DCEventActiveZonesetChange(parseWwn(batch.text(principalKey)),
-                                                     cache._prevActiveZonesetName, cache._activeZonesetName));
-        cache._prevActiveZonesetName = cache._activeZonesetName;
-        cache._prevActiveChecksum = cache._activeChecksum;
+        // Until the host was told the load stays due, as an exception of its callback must not leave here
+        // what the switch may no longer have when it reports its former checksum again.
+        notify(_callback, DCEventActiveZonesetChange(parseWwn(batch.text(0)), cache._prevActiveZonesetName,
+                                                     cache._activeZonesetName));
+        cache._activeTold();
     }
 
-    if (cache._inactiveChecksum == cache._prevInactiveChecksum && !cache._configuredDue) return 1;
-    if (!cache._loadConfigured(_handle)) return 0;
+    if (!cache._configuredDiffers()) return 1;
+    cache._loadConfigured(_handle);
+    if (!cache._isLoaded()) return 0;
     cim_log(CIM_LOG_TRACE, "DCACHE: Zoning database update complete\n");
     cim_log(CIM_LOG_TRACE, "DCACHE: DCEventZoningDBChange\n");
-    notify(_callback, DCEventZoningDBChange(getRootSwitchWorldWideName()));
-    cache._prevInactiveChecksum = cache._inactiveChecksum;
-    // Required: a reloadZoning() inside the callback is lost here. What a session there asked for is not.
-    cache._configuredDue = cache._reloadWanted;
+    try {
+        notify(_callback, DCEventZoningDBChange(getRootSwitchWorldWideName()));
+    } catch (...) {
+        cache._configuredDue = true;  // as above; the database is loaded, so only now
+        throw;
+    }
+    cache._configuredTold();
     return 1;
+}
+
+ZoningSession DataCache::zoningSession(std::string_view client) {
+    const AccessGuard guard;
+    ZoningCache* const shared = instance == nullptr ? nullptr : &instance->_zoningCache;
+    const bool transparent = instance != nullptr && instance->isTransparentSwitch();
+    return ZoningSession::_open(shared, transparent, client, []() DC_NO_THREAD_SAFETY_ANALYSIS {
+        instance->_markArea(CacheArea::Zoning, {MarkCause::Session});
+        wakeEvaluation();
+    });
 }

@@ -46,7 +46,7 @@ static void listPorts(const Snapshot& now) {
 
 /** Makes a zone of one port and commits it; says what came of it. */
 static bool zonePort(const char* zone, const char* portName) {
-    ZoningSession session(CacheReader()->zoningCache(), "provider-host");
+    ZoningSession session = DataCache::zoningSession("provider-host");
     ZoningOutcome outcome = session.lockOutcome();
     if (outcome.done()) outcome = session.createZone(zone, VEX_ZT_SOFT);
     if (outcome.done()) outcome = session.addMemberToZone(zone, VEX_ZMT_WWN, portName);

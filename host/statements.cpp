@@ -25,6 +25,7 @@ const std::vector<StatementForm>& zoneLanguage() {
         {ZONE_REMOVE_MEMBER, "remove wwn|port|fcid|alias MEMBER from zone|alias NAME", ""},
         {ZONE_REMOVE_EVERYWHERE, "remove wwn|port|fcid|alias MEMBER everywhere",
          "from all zones and aliases"},
+        {ZONE_CHECK, "check", "say what a commit would come to, and send nothing"},
         {ZONE_COMMIT, "commit", "send the edits to the switch and give the lock back"},
         {ZONE_UNLOCK, "abandon", "give the lock back; the edits are dropped"},
         {ZONE_WAIT, "wait SECONDS", ""},

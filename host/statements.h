@@ -40,6 +40,7 @@ std::string describe(const std::vector<StatementForm>& language);
 enum ZoneStatement {
     ZONE_LOCK,
     ZONE_UNLOCK,
+    ZONE_CHECK,
     ZONE_COMMIT,
     ZONE_CREATE,
     ZONE_CREATE_TYPED,

@@ -24,7 +24,7 @@ Outcome refused(const char* why) {
 
 Outcome outcomeOf(const ZoningOutcome& zoning) {
     Outcome outcome{zoning.done(), {{"result", zoning.reason()}}};
-    if (zoning.code != 0) outcome.fields["code"] = zoning.code;
+    if (zoning.code() != 0) outcome.fields["code"] = zoning.code();
     return outcome;
 }
 
@@ -65,6 +65,8 @@ ZoningOutcome removeMember(ZoningSession& zoning, const std::vector<std::string>
 ZoningOutcome apply(ZoningSession& zoning, const Statement& statement) {
     const std::vector<std::string>& operands = statement.operands;
     switch (statement.code) {
+        case ZONE_CHECK:
+            return zoning.check();
         case ZONE_COMMIT:
             return zoning.commit();
         case ZONE_CREATE:
@@ -121,7 +123,8 @@ Outcome ZoneStatements::carryOut(const Statement& statement) {
 
 Outcome ZoneStatements::lock() {
     _session.setHeld(kHeld);
-    _zoning.emplace(CacheReader()->zoningCache(), kClient);
+    _zoning.reset();
+    _zoning.emplace(DataCache::zoningSession(kClient));
     Outcome outcome = outcomeOf(_zoning->lockOutcome());
     if (locked()) outcome.fields["lockSeconds"] = _zoning->secondsLeft();
     if (!locked()) _session.setHeld("");
@@ -137,10 +140,11 @@ Outcome ZoneStatements::unlock() {
 
 Outcome ZoneStatements::edit(const Statement& statement) {
     if (!locked()) return refused("there is no lock; take it with: lock");
-    Outcome outcome = outcomeOf(apply(*_zoning, statement));
+    const ZoningOutcome zoning = apply(*_zoning, statement);
+    Outcome outcome = outcomeOf(zoning);
     if (locked()) {
         outcome.fields["lockSeconds"] = _zoning->secondsLeft();
-    } else {
+    } else if (zoning.failure().held.empty()) {
         _session.setHeld("");
     }
     return outcome;
@@ -158,11 +162,6 @@ Outcome ZoneStatements::wait(const std::string& seconds) {
 
 /** Carries the statements out; returns whether all were done. */
 bool edit(Session& session, const HostRequest& request) {
-    if (!upToDate(CacheArea::Zoning)) {
-        std::cerr << "datacache-host: no statement carried out: what the cache has is not the switch's zoning"
-                  << std::endl;
-        return false;
-    }
     ZoneStatements zoning(session);
     bool done =
         carryOut(session, request, [&](const Statement& statement) { return zoning.carryOut(statement); });

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "common/bounded_text.h"
+#include "switchlib/CallWatch.h"
 #include "switchlib/NORV_Vex_Lib.h"
 #include "zoning/ZoningReport.h"
 
@@ -11,6 +13,9 @@ namespace datacache {
 /** A group of commands to the switch, freed with the object. Without memory it sends nothing. */
 class CommandGroup {
   public:
+    /** The status of a command that the switch library did not answer. */
+    static constexpr uint32_t kUnanswered = 0xFFFFFFFF;
+
     explicit CommandGroup(int capacity) : _group(vex_smlAllocMsgGroup(capacity)) {}
     ~CommandGroup() {
         if (_group != nullptr) vex_smlFreeMsgGroup(_group);
@@ -20,24 +25,70 @@ class CommandGroup {
 
     /** False once memory was short; the group is then gone. */
     bool ok() const { return _group != nullptr; }
-    /** Appends a command, cut at 255 characters. */
-    void add(const std::string& command) {
-        if (_group == nullptr) return;
-        if (vex_smlAddMsgGroupV(_group, "%s", command.c_str()) != 0) _group = nullptr;  // freed by the call
+    int size() const { return _group == nullptr ? 0 : _group->count; }
+    /** Empties the group; what it had room for it still has. */
+    void clear() {
+        if (_group != nullptr) vex_smlResetMsgGroup(_group);
     }
+    /** Appends a command, cut at 255 characters. Within the group's room it takes no memory. */
+    void add(const char* command) {
+        if (_group == nullptr) return;
+        if (vex_smlAddMsgGroupV(_group, "%s", command) != 0) _group = nullptr;  // freed by the call
+    }
+    void add(const std::string& command) { add(command.c_str()); }
     /** Sends the group: true when the switch carried out every command. */
     bool send() {
-        _result = _group == nullptr ? 0 : vex_smlSetMsgGroup(_group);
-        return _group != nullptr && _result == 0;
+        if (_group == nullptr) return false;
+        for (int i = 0; i < _group->count; ++i) _group->records[i].status = kUnanswered;
+        const CallWatch watch("vex_smlSetBatch", _group->count == 0 ? nullptr : _group->records[0].key,
+                              static_cast<uint32_t>(_group->count));
+        _result = vex_smlSetBatch(hSwitch, _group->records, _group->count);
+        bool good = _result == 0;
+        for (int i = 0; i < _group->count; ++i) {
+            uint32_t& answer = _group->records[i].status;
+            // A library that carried out the group and complains of nothing has answered well.
+            if (_result == 0 && answer == kUnanswered) answer = 0;
+            good = good && answer == 0;
+        }
+        return good;
+    }
+    /** After a send, the answer to a command; kUnanswered where the call failed before that. */
+    uint32_t answer(int index) const { return _group->records[index].status; }
+    /** Whether the switch carried out the first `count` commands. */
+    bool allCarriedOut(int count) const {
+        for (int i = 0; i < count; ++i) {
+            if (answer(i) != 0) return false;
+        }
+        return true;
+    }
+    /** Whether one of the first `count` commands was refused. */
+    bool anyRefused(int count) const {
+        for (int i = 0; i < count; ++i) {
+            if (answer(i) != 0 && answer(i) != kUnanswered) return true;
+        }
+        return false;
+    }
+    /** After a send whose last two commands give back the lock and the admin rights: notes the first of them
+     * that failed, of those that there were to give back. Returns whether all were given back. */
+    bool givenBack(bool lock, bool rights, ZoningFailure& failure) const noexcept {
+        for (int i = size() - 2; i < size(); ++i) {
+            if (answer(i) == 0 || !(i == size() - 2 ? lock : rights)) continue;
+            if (answer(i) == kUnanswered) {
+                noteHeld(failure, "vex_smlSetBatch", _result);
+            } else {
+                noteHeld(failure, boundedText(_group->records[i].key), answer(i));
+            }
+            return false;
+        }
+        return true;
     }
     /** After a send that failed: the first command that was refused, or the call when it failed as a whole;
      * empty where memory was short and nothing was sent. */
     ZoningFailure failure() const noexcept {
         if (_group == nullptr) return {};
         for (int i = 0; i < _group->count; ++i) {
-            char* value = nullptr;
-            const uint32_t status = vex_smlGetResult(_group, i, &value);
-            if (status != 0) return failureOf(boundedText(_group->records[i].key), status);
+            if (answer(i) != 0 && answer(i) != kUnanswered)
+                return failureOf(boundedText(_group->records[i].key), answer(i));
         }
         return failureOf("vex_smlSetBatch", _result);
     }

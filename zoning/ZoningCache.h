@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <string>
 
@@ -27,8 +26,13 @@ enum ZoningResult : uint32_t {
     ZONING_FAILED = 4,  ///< a limit is reached, or a call of the switch library failed
 };
 
+class CommandGroup;
+class SmlBatch;
 class SnapshotPublisher;
-class ZoningSession;
+class ZoningDraft;
+class ZoningEdits;
+class ZoningSessionState;
+struct ZoningReport;
 
 }  // namespace datacache
 
@@ -65,11 +69,12 @@ using ZoneSetMap = std::map<std::string, ZoneSet, std::less<>>;
  * fails.
  *
  * To read it, take a copy with database(). To edit it, use a ZoningSession (zoning/ZoningSession.h): it
- * locks, tells why something was refused, and cannot be left half done. It stands on the calls below, which a
- * host may use as well: ZoningLock() takes the fabric's lock; edits change the objects in memory alone; then
- * replaceZoningDB() sends the whole database to the switch and gives the lock back in one go, or
- * ZoningUnlock() gives it up. Edits given up stay in the cache until the database is loaded anew. The edits
- * do not ask for the lock: ask LockIdOK() first. An edit that fails half-way is not undone.
+ * edits a copy of its own that it reads from the switch under the fabric's lock, so it loses nobody's work,
+ * and it tells why something was refused. The calls below are the older way, on this very database:
+ * ZoningLock() takes the fabric's lock; edits change the objects in memory alone; then replaceZoningDB()
+ * sends the whole database to the switch, whatever the switch has by now, and gives the lock back in one go,
+ * or ZoningUnlock() gives it up. Edits given up stay in the cache until the database is loaded anew. The
+ * edits do not ask for the lock: ask LockIdOK() first. An edit that fails half-way is not undone.
  *
  * Every call takes the access lock itself. The map owns its zonesets. Handles that are handed out stay the
  * cache's and are good for as long as the caller holds the access lock. Names are texts of any length and
@@ -90,7 +95,8 @@ class DC_EXPORT ZoningCache {
 
     // ---- The fabric's lock ----
 
-    /** Takes admin rights and the fabric's zoning lock for a client: 1, or 0. A lock held is taken again. */
+    /** Takes admin rights and the fabric's zoning lock for a client: 1, or 0. A lock held is taken again; one
+     * that a ZoningSession holds is taken from it. */
     int ZoningLock(char* lockId) DC_TAKES(access_lock);
     /** Gives both back: 1, or 0 when the switch refuses. The lock does not count as held after either. */
     int ZoningUnlock() DC_TAKES(access_lock);
@@ -193,18 +199,28 @@ class DC_EXPORT ZoningCache {
   private:
     friend class DataCache;                     // orders the load, in _getZoningInfo()
     friend class datacache::SnapshotPublisher;  // copies the database when it was loaded
-    friend class datacache::ZoningSession;  // reads why something failed, and what became of the lock and the
-                                            // database
+    friend class datacache::ZoningDraft;
+    friend class datacache::ZoningEdits;
+    friend class datacache::ZoningSessionState;
 
     // ---- Load; `handle` is the connection's ----
 
-    /** Replaces the active zoneset by the switch's, which is none when `_activeZonesetName` is empty. */
-    DC_HIDDEN void _loadActive(uint32_t handle) DC_REQUIRES(access_lock);
+    /** Reads the checksums and the active zoneset's name into this cache; the principal switch is the batch's
+     * first key. */
+    DC_HIDDEN bool _readKeys(uint32_t handle, datacache::SmlBatch& batch) DC_REQUIRES(access_lock);
+    DC_HIDDEN bool _activeDiffers() const DC_REQUIRES(access_lock);
+    /** Replaces the active zoneset by the switch's, which is none when `_activeZonesetName` is empty. The
+     * load stays due until _activeTold(). Returns the reason where the zoneset is not here. */
+    DC_HIDDEN datacache::ZoningReport _loadActive(uint32_t handle) DC_REQUIRES(access_lock);
+    DC_HIDDEN void _activeTold() DC_REQUIRES(access_lock);
+    DC_HIDDEN bool _configuredDiffers() const DC_REQUIRES(access_lock);
     /**
-     * Replaces the inactive zonesets and the uber zoneset by the switch's. When it fails, what was read until
-     * then stays, there is no uber zoneset, and the load stays due.
+     * Replaces the inactive zonesets and the uber zoneset by the switch's. When a call fails, what was read
+     * until then stays, there is no uber zoneset, and the load stays due: _isLoaded() says so. Returns the
+     * reason for that; or, of a load that is not whole, what of it has no place here.
      */
-    DC_HIDDEN bool _loadConfigured(uint32_t handle) DC_REQUIRES(access_lock);
+    DC_HIDDEN datacache::ZoningReport _loadConfigured(uint32_t handle) DC_REQUIRES(access_lock);
+    DC_HIDDEN void _configuredTold() DC_REQUIRES(access_lock);
     /**
      * Removes the entry under the key of the active or the uber zoneset, current or not: it stays behind when
      * somebody added another one of its type, or null, in its place.
@@ -215,15 +231,29 @@ class DC_EXPORT ZoningCache {
     DC_HIDDEN bool _addOrDestroy(void* zoneset, _ZoneSetTypes type) DC_REQUIRES(access_lock);
     /** Has the next refresh load the configured part, whatever its checksum. */
     DC_HIDDEN void _markForReload() DC_REQUIRES(access_lock);
-    /** Marks it for reload and asks the cache's owner to refresh: a session's edits are sent, or given up. */
-    DC_HIDDEN void _endEdits() DC_REQUIRES(access_lock);
 
+    // ---- Lock, limits, commit; the groups have room for the commands, so no memory is needed ----
+
+    /** Takes the lock for a client, and for a session (which may be null). */
+    DC_HIDDEN datacache::ZoningReport _takeLock(datacache::CommandGroup& group, const char* lockId,
+                                                const void* session) DC_REQUIRES(access_lock);
+    /** Gives the lock back, which takes admin rights; false when the switch refused a part. */
+    DC_HIDDEN bool _giveLockBack(datacache::CommandGroup& group, bool hasRights = true)
+        DC_REQUIRES(access_lock);
+    DC_HIDDEN void _forgetLock() DC_REQUIRES(access_lock);
+    /**
+     * Adds the commands that replace the switch's zoning by this one and give the lock back. With `whole` it
+     * adds nothing that is not known: no member or zone type without a name, no command that is cut.
+     */
+    DC_HIDDEN datacache::ZoningReport _addCommands(datacache::CommandGroup& group, bool whole) const
+        DC_REQUIRES(access_lock);
     DC_HIDDEN bool _isLoaded() const DC_REQUIRES(access_lock) {
         return _uberZoneset != nullptr && !_configuredDue;
     }
     DC_HIDDEN bool _limitsRead() const DC_REQUIRES(access_lock);
-    /** Logs that a limit is reached, and notes it as the failure. Returns `full`. */
-    DC_HIDDEN bool _reached(bool full, datacache::ZoningLimit limit, int32_t number) DC_REQUIRES(access_lock);
+    /** Whether a limit is reached, of the whole database or of `container`; logs it if so. */
+    DC_HIDDEN datacache::ZoningReport _checkLimit(datacache::ZoningLimit limit,
+                                                  void* container = nullptr) const DC_REQUIRES(access_lock);
 
     bool _lockHeld DC_GUARDED_BY(access_lock) = false;
     uint32_t _activeChecksum DC_GUARDED_BY(access_lock) = 0;  ///< as last read; so are the next two
@@ -243,22 +273,14 @@ class DC_EXPORT ZoningCache {
     void* _activeZoneset DC_GUARDED_BY(access_lock) = nullptr;
     void* _uberZoneset DC_GUARDED_BY(access_lock) = nullptr;
 
-    /** The configured part must be loaded whatever its checksum: a load of it failed, or was asked for. */
+    /** A part must be loaded whatever its checksum: a load of it failed or was asked for, or the host was not
+     * told of it. */
+    bool _activeDue DC_GUARDED_BY(access_lock) = false;
     bool _configuredDue DC_GUARDED_BY(access_lock) = false;
-    /** A session ended, and the configured part was not loaded since. */
-    bool _reloadWanted DC_GUARDED_BY(access_lock) = false;
-    /** How often the configured part, and with it every edit, was thrown away. */
-    uint32_t _generation DC_GUARDED_BY(access_lock) = 0;
     /** How often the database, or a part of it, was loaded or asked for anew. */
     uint32_t _version DC_GUARDED_BY(access_lock) = 0;
-    /** Edits of a session stand in the database that were neither sent nor given up. */
-    bool _edited DC_GUARDED_BY(access_lock) = false;
-    /** How often the lock was asked for or given back; a session knows by it whether the lock is its own. */
-    uint32_t _lockChanges DC_GUARDED_BY(access_lock) = 0;
-    /** What stopped the last operation that failed. Whoever wants to know clears it first; it stays empty
-     * when memory was short. */
-    datacache::ZoningFailure _failure DC_GUARDED_BY(access_lock);
-    /** How the owner of the cache, which alone knows of passes, marks for reload and refreshes; may be empty.
-     */
-    std::function<void()> _requestReload DC_GUARDED_BY(access_lock);
+    /** A session sent something after the keys were read last. */
+    bool _refreshWanted DC_GUARDED_BY(access_lock) = false;
+    /** The open session that holds the lock; null when it has none or lost it. */
+    const void* _session DC_GUARDED_BY(access_lock) = nullptr;
 };

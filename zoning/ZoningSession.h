@@ -1,60 +1,71 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <memory>
+#include <string_view>
 
 #include "common/AccessLock.h"
 #include "common/export.h"
 #include "common/thread_annotations.h"
-#include "zoning/ZoningCache.h"
+#include "vexlib/vexlib.h"
+#include "zoning/ZoningOutcome.h"
+
+class DataCache;
+class ZoningCache;
 
 namespace datacache {
+
+class ZoningSessionState;
 
 /**
  * One editing session of the fabric's zoning: the way for a host to edit.
  *
- *     ZoningSession session(zoning, "provider-4711");
+ *     ZoningSession session = DataCache::zoningSession("provider-4711");
  *     ZoningOutcome outcome = session.lockOutcome();
  *     if (outcome.done()) outcome = session.createZone("backup", VEX_ZT_SOFT);
  *     if (outcome.done()) outcome = session.addMemberToZone("backup", VEX_ZMT_ALIAS, "library");
  *     if (outcome.done()) outcome = session.commit();
  *     if (!outcome.done()) report(outcome.text());
  *
- * It takes the fabric's zoning lock and admin rights when it is made. Edits change the database in the cache
- * alone, and everybody who reads the cache sees them; commit() sends the whole database to the switch, which
- * gives the lock back. A session that is not committed is abandoned, at the latest when it is destroyed: the
- * lock is given back. After a commit, and after edits were abandoned, the evaluation thread is woken to load
- * the switch's zoning anew, which it tells with DCEventZoningDBChange. Until then the abandoned edits can
- * still be read, and a next session may lock but not edit (NotLoaded).
+ * A session takes the fabric's zoning lock and admin rights, after which nobody else can change the fabric's
+ * zoning. Then it reads the switch's zoning, active and configured, into a draft of its own. Edits change the
+ * draft alone; commit() sends the whole draft to the switch, which saves it and gives the lock back. So a
+ * commit changes what the session changed, whatever the cache knew: a session is as good inside the host's
+ * callback, under a CacheReader, with events still queued, and after a zoning read that failed. What the
+ * cache shows changes when a pass has read what the switch has; commit() asks for that pass. A session that
+ * is not committed is abandoned, at the latest when it is destroyed: the lock is given back, and nothing else
+ * happened.
  *
- * Every step gives a ZoningOutcome; nothing throws but std::bad_alloc. An edit that is not done leaves
- * the session open, so that another one may be tried. An edit that failed with LibraryFailed or NotFound
- * may have changed a part of the database; abandon the session unless you know better.
+ * The active zoneset is sent as well, so the configured zoneset of its name ends with the active one's zones
+ * too; check() and commit() tell which these are (ZoningOutcome::brought()). A zone that the active zoneset
+ * still needs cannot be taken out of the configuration: commit() then sends nothing (StillActive).
  *
- * What makes a session worthless, and every edit and the commit are then refused:
- * - 90 seconds after the lock (Expired);
- * - the zoning was loaded anew after the first edit, because the switch's changed or somebody asked for it
- *   (Reloaded). A load before the first edit does no harm;
- * - somebody else in this process locked, unlocked or committed through the same ZoningCache (Taken). An open
- *   session does not keep another one from doing so; the later one has the edits of the earlier one dropped.
+ * Every step gives a ZoningOutcome, and nothing throws. An edit that is not done has changed nothing and
+ * leaves the session open, so that another one may be tried; the exception is Damaged, after which nothing
+ * but abandon() is left. Every edit and the commit are refused
+ * - 90 seconds after the lock (Expired). The time also runs while the draft is read;
+ * - when somebody locked, unlocked or committed through ZoningCache itself (Taken).
  *
- * A session starts from what is in the cache: edits made through ZoningCache alone and never committed are
- * committed with it.
+ * One session of a process is open at a time; another one is refused as Busy. While it is open,
+ * ZoningCache::LockIdOK() says yes to its client's id. Whoever ends a session gives admin rights back, and a
+ * switch may drop an open configuration edit with them (docs/integration.md).
  *
  * Each call takes the access lock while it runs, and none is held between the calls: passes run in between.
- * To keep them out, hold the access lock yourself, as DataCache::getInstance() gives it, for as short as you
- * can. Calls from several threads exclude each other. The ZoningCache outlives the session.
+ * Calls from several threads exclude each other. A session that was moved from is closed.
  */
 class DC_EXPORT ZoningSession {
   public:
-    /** Takes the lock for a client, whose id says in ZoningCache::LockIdOK() who holds it. */
-    ZoningSession(ZoningCache& zoning, std::string client) DC_TAKES(access_lock);
     /** Abandons the session if it is still open. */
     ~ZoningSession() DC_TAKES(access_lock);
-    ZoningSession(const ZoningSession&) = delete;
-    ZoningSession& operator=(const ZoningSession&) = delete;
+    ZoningSession(ZoningSession&& other) noexcept;
+    /** Abandons this session if it is still open; `other`, made beside it, was then refused as Busy. */
+    ZoningSession& operator=(ZoningSession&& other) noexcept DC_TAKES(access_lock);
 
-    /** How the lock was obtained, or why it was not: Done, Refused or OutOfMemory. */
+    /**
+     * How the lock was obtained and the draft read, or why not: Done, NoCache, Transparent, Busy,
+     * OutOfMemory, Refused, NotRead (the call, the key and the status are in the failure) or Expired. Unless
+     * it is Done the session is closed, and what it had obtained is given back.
+     */
     ZoningOutcome lockOutcome() const DC_TAKES(access_lock);
     /** Whether the session got the lock and was neither committed nor abandoned; an expired one is open. */
     bool isOpen() const DC_TAKES(access_lock);
@@ -63,57 +74,66 @@ class DC_EXPORT ZoningSession {
 
     // Names have at most 64 characters and begin with a letter. A member's text is what its type calls for: a
     // world wide name of 16 hexadecimal digits, with or without colons; domain and port; an FC address of 6
-    // hexadecimal digits; or an alias's name. What is accepted beyond that is the switch library's affair.
+    // hexadecimal digits; or an alias's name. What is accepted beyond that is the switch library's affair,
+    // but for control characters, zero bytes and the keys "[ActiveZoneSetKey]" and "[UberZoneSetKey]": these
+    // are Invalid without asking it.
 
-    ZoningOutcome createZoneAlias(const std::string& name) DC_TAKES(access_lock);
-    ZoningOutcome createZone(const std::string& name, vex_fzs_zone_type_e type) DC_TAKES(access_lock);
-    ZoningOutcome createZoneset(const std::string& name) DC_TAKES(access_lock);
-    ZoningOutcome removeZoneAlias(const std::string& name) DC_TAKES(access_lock);
-    ZoningOutcome removeZone(const std::string& name) DC_TAKES(access_lock);
-    ZoningOutcome removeZoneset(const std::string& name) DC_TAKES(access_lock);
-    ZoningOutcome addZoneToZoneset(const std::string& zoneset, const std::string& zone) DC_TAKES(access_lock);
-    ZoningOutcome removeZoneFromZoneset(const std::string& zoneset, const std::string& zone)
+    ZoningOutcome createZoneAlias(std::string_view name) DC_TAKES(access_lock);
+    ZoningOutcome createZone(std::string_view name, vex_fzs_zone_type_e type) DC_TAKES(access_lock);
+    ZoningOutcome createZoneset(std::string_view name) DC_TAKES(access_lock);
+    /** Zones that name the alias keep it as a member, which the switch may then refuse. */
+    ZoningOutcome removeZoneAlias(std::string_view name) DC_TAKES(access_lock);
+    /** Removes the zone from the configured zonesets as well. */
+    ZoningOutcome removeZone(std::string_view name) DC_TAKES(access_lock);
+    ZoningOutcome removeZoneset(std::string_view name) DC_TAKES(access_lock);
+    ZoningOutcome addZoneToZoneset(std::string_view zoneset, std::string_view zone) DC_TAKES(access_lock);
+    ZoningOutcome removeZoneFromZoneset(std::string_view zoneset, std::string_view zone)
         DC_TAKES(access_lock);
-    ZoningOutcome addMemberToZone(const std::string& zone, vex_fzs_zonemember_type_e type,
-                                  const std::string& member) DC_TAKES(access_lock);
-    ZoningOutcome removeMemberFromZone(const std::string& zone, vex_fzs_zonemember_type_e type,
-                                       const std::string& member) DC_TAKES(access_lock);
-    ZoningOutcome addMemberToZoneAlias(const std::string& alias, vex_fzs_zonemember_type_e type,
-                                       const std::string& member) DC_TAKES(access_lock);
-    ZoningOutcome removeMemberFromZoneAlias(const std::string& alias, vex_fzs_zonemember_type_e type,
-                                            const std::string& member) DC_TAKES(access_lock);
+    ZoningOutcome addMemberToZone(std::string_view zone, vex_fzs_zonemember_type_e type,
+                                  std::string_view member) DC_TAKES(access_lock);
+    ZoningOutcome removeMemberFromZone(std::string_view zone, vex_fzs_zonemember_type_e type,
+                                       std::string_view member) DC_TAKES(access_lock);
+    ZoningOutcome addMemberToZoneAlias(std::string_view alias, vex_fzs_zonemember_type_e type,
+                                       std::string_view member) DC_TAKES(access_lock);
+    ZoningOutcome removeMemberFromZoneAlias(std::string_view alias, vex_fzs_zonemember_type_e type,
+                                            std::string_view member) DC_TAKES(access_lock);
     /** Removes a member from every zone and alias of the configured zoning; Done also where it was in none.
      */
-    ZoningOutcome removeMember(vex_fzs_zonemember_type_e type, const std::string& member)
-        DC_TAKES(access_lock);
+    ZoningOutcome removeMember(vex_fzs_zonemember_type_e type, std::string_view member) DC_TAKES(access_lock);
 
+    /** What commit() would be stopped by before it asks the switch, and what the active zoneset brings with
+     * it. Sends nothing and changes nothing. */
+    ZoningOutcome check() DC_TAKES(access_lock);
     /**
-     * Replaces the switch's configured zoning by the cache's, saves it, and gives the lock back. Done and
-     * Refused end the session; after Refused the failure names the first command that the switch refused, the
-     * lock is given back and the switch's zoning is loaded anew. Any other outcome sent nothing and leaves
-     * the session open.
+     * Replaces the switch's configured zoning by the draft, saves it, and gives the lock back. Before it
+     * sends anything it makes sure that the switch's zoning is still what was read (Changed).
+     *
+     * Done, NotReleased, Refused, SavedInPart and Unknown end the session; they say what the switch has:
+     * - Done: all of it. NotReleased: all of it, but the lock or the rights were not given back;
+     * - Refused: nothing of it. The failure names the first command that was refused, or the call;
+     * - SavedInPart: a part, as the switch went on after a command that it refused, the failure's;
+     * - Unknown: the switch no longer answers, or its zoning is neither what it was nor what was sent.
+     * Where the switch did not carry out every command, its zoning is read anew to find out. Each of them but
+     * Done and NotReleased tells in ZoningFailure::held if the lock or the rights were not given back. Any
+     * other outcome sent nothing and leaves the session open.
      */
     ZoningOutcome commit() DC_TAKES(access_lock);
-    /** Gives the lock back and drops the edits. The session is closed even when the switch refuses to take
-     * the lock back (Refused). */
+    /** Gives the lock back and drops the draft. The session is closed even when the switch refuses to take
+     * the lock or the rights back (NotReleased). */
     ZoningOutcome abandon() DC_TAKES(access_lock);
 
   private:
-    /** Why the session can neither edit nor commit at the moment, if so. */
-    DC_HIDDEN ZoningStatus _obstacle() DC_REQUIRES(access_lock);
-    /** Carries out an edit, a function of no arguments that gives a ZoningResult. */
-    template <typename Edit>
-    DC_HIDDEN ZoningOutcome _edit(std::string step, Edit edit) DC_REQUIRES(access_lock);
-    /** Ends the session, with the lock given back; false when the switch refused that. */
-    DC_HIDDEN bool _close() DC_REQUIRES(access_lock);
+    friend class ::DataCache;
+    friend class ZoningSessionState;
+    /**
+     * Opens a session that locks through `shared`; null where there is no cache. `refresh` has the zoning
+     * area read by the next pass, and that pass made.
+     */
+    DC_HIDDEN static ZoningSession _open(ZoningCache* shared, bool transparent, std::string_view client,
+                                         void (*refresh)()) noexcept;
+    DC_HIDDEN explicit ZoningSession(std::unique_ptr<ZoningSessionState> state) noexcept;
 
-    ZoningCache& _zoning;
-    const std::string _client;
-    ZoningOutcome _lockOutcome DC_GUARDED_BY(access_lock);
-    bool _open DC_GUARDED_BY(access_lock) = false;
-    bool _edited DC_GUARDED_BY(access_lock) = false;
-    uint32_t _lockChanges DC_GUARDED_BY(access_lock) = 0;  ///< the cache's, when it took the lock
-    uint32_t _generation DC_GUARDED_BY(access_lock) = 0;   ///< the cache's, at the first edit
+    std::unique_ptr<ZoningSessionState> _state;  ///< null where memory was short, and when moved from
 };
 
 }  // namespace datacache

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "vexlib/vexlib.h"
+#include "zoning/ZoningOutcome.h"
 
 namespace datacache {
 
@@ -28,6 +29,10 @@ inline int32_t entriesOf(int32_t count) {
 
 /** Room for a name: more than any takes, for a library that forgets the terminator. */
 constexpr size_t kNameRoom = 256;
+
+/** The keys of the two zonesets that are not found by their names. */
+inline constexpr const char* kActiveZonesetKey = "[ActiveZoneSetKey]";
+inline constexpr const char* kUberZonesetKey = "[UberZoneSetKey]";
 
 /** A host's name; none counts as an empty one. */
 inline const char* given(const char* name) {
@@ -55,6 +60,8 @@ struct LibraryCall {
 
 /** The calls for one kind of container: zones or aliases. */
 struct ContainerCalls {
+    ZoningObject kind;
+    ZoningLimit memberLimit;
     LibraryCall<int32_t, void*> count;
     LibraryCall<void*, void*, int32_t> list;
     LibraryCall<void*, void*, const char*> find;
@@ -80,19 +87,37 @@ struct ContainerCalls {
     { call, #call }
 
 inline constexpr ContainerCalls kZoneCalls = {
-    DC_NAMED(vex_ZonesetGetZoneCount), DC_NAMED(vex_ZonesetListZones),   DC_NAMED(vex_ZonesetFindZone),
-    DC_NAMED(vex_ZonesetAddZone),      DC_NAMED(vex_ZonesetRemoveZone),  DC_NAMED(vex_ZoneDestroy),
-    DC_NAMED(vex_ZoneGetName),         DC_NAMED(vex_ZoneGetMemberCount), DC_NAMED(vex_ZoneListMembers),
-    DC_NAMED(vex_ZoneFindMember),      DC_NAMED(vex_ZoneAddMember),      DC_NAMED(vex_ZoneDeleteMember),
+    ZoningObject::Zone,
+    ZoningLimit::MembersPerZone,
+    DC_NAMED(vex_ZonesetGetZoneCount),
+    DC_NAMED(vex_ZonesetListZones),
+    DC_NAMED(vex_ZonesetFindZone),
+    DC_NAMED(vex_ZonesetAddZone),
+    DC_NAMED(vex_ZonesetRemoveZone),
+    DC_NAMED(vex_ZoneDestroy),
+    DC_NAMED(vex_ZoneGetName),
+    DC_NAMED(vex_ZoneGetMemberCount),
+    DC_NAMED(vex_ZoneListMembers),
+    DC_NAMED(vex_ZoneFindMember),
+    DC_NAMED(vex_ZoneAddMember),
+    DC_NAMED(vex_ZoneDeleteMember),
 };
 
 inline constexpr ContainerCalls kAliasCalls = {
-    DC_NAMED(vex_ZonesetGetAliasCount), DC_NAMED(vex_ZonesetListAliases),
-    DC_NAMED(vex_ZonesetFindAlias),     DC_NAMED(vex_ZonesetAddAlias),
-    DC_NAMED(vex_ZonesetRemoveAlias),   DC_NAMED(vex_ZoneAliasDestroy),
-    DC_NAMED(vex_ZoneAliasGetName),     DC_NAMED(vex_ZoneAliasGetMemberCount),
-    DC_NAMED(vex_ZoneAliasListMembers), DC_NAMED(vex_ZoneAliasFindMember),
-    DC_NAMED(vex_ZoneAliasAddMember),   DC_NAMED(vex_ZoneAliasDeleteMember),
+    ZoningObject::Alias,
+    ZoningLimit::MembersPerAlias,
+    DC_NAMED(vex_ZonesetGetAliasCount),
+    DC_NAMED(vex_ZonesetListAliases),
+    DC_NAMED(vex_ZonesetFindAlias),
+    DC_NAMED(vex_ZonesetAddAlias),
+    DC_NAMED(vex_ZonesetRemoveAlias),
+    DC_NAMED(vex_ZoneAliasDestroy),
+    DC_NAMED(vex_ZoneAliasGetName),
+    DC_NAMED(vex_ZoneAliasGetMemberCount),
+    DC_NAMED(vex_ZoneAliasListMembers),
+    DC_NAMED(vex_ZoneAliasFindMember),
+    DC_NAMED(vex_ZoneAliasAddMember),
+    DC_NAMED(vex_ZoneAliasDeleteMember),
 };
 
 #undef DC_NAMED

@@ -7,23 +7,18 @@ using namespace datacache;
 
 namespace {
 
-constexpr const char* kActiveKey = "[ActiveZoneSetKey]";
-constexpr const char* kUberKey = "[UberZoneSetKey]";
-
-/** The key that a zoneset has in the map; false when it is a name that cannot be read, or for no known type.
- */
-bool keyOf(void* handle, _ZoneSetTypes type, std::string& key) {
+/** The key that a zoneset has in the map: null when it is a name that cannot be read, or for no known type.
+ * Takes no memory for the two that are no names, as the last holder of a cache may have none. */
+const char* keyOf(void* handle, _ZoneSetTypes type, std::string& name) {
     switch (type) {
         case ZONESET_ACTIVE:
-            key = kActiveKey;
-            return true;
+            return kActiveZonesetKey;
         case ZONESET_INACTIVE:
-            return readName(vex_ZonesetGetName, handle, key);
+            return readName(vex_ZonesetGetName, handle, name) ? name.c_str() : nullptr;
         case ZONESET_UBER:
-            key = kUberKey;
-            return true;
+            return kUberZonesetKey;
     }
-    return false;
+    return nullptr;
 }
 
 void destroy(ZoneSet& entry) {
@@ -48,8 +43,9 @@ ZoningCache::~ZoningCache() {
 
 int ZoningCache::addZoneset(void* handle, _ZoneSetTypes type) {
     const AccessGuard guard;
-    std::string key;
-    if (!keyOf(handle, type, key)) return -1;
+    std::string name;
+    const char* const key = keyOf(handle, type, name);
+    if (key == nullptr) return -1;
     const bool added =
         _zonesets.emplace(key, ZoneSet{handle, type}).second;  // nothing changes without memory
     // Required: even when it is refused, the last one added is the current one.
@@ -73,8 +69,9 @@ bool ZoningCache::_addOrDestroy(void* zoneset, _ZoneSetTypes type) {
 
 int ZoningCache::delZoneset(void* handle, _ZoneSetTypes type) {
     const AccessGuard guard;
-    std::string key;
-    if (!keyOf(handle, type, key)) return -1;
+    std::string name;
+    const char* const key = keyOf(handle, type, name);
+    if (key == nullptr) return -1;
     if (type == ZONESET_UBER) _uberZoneset = nullptr;
     if (type == ZONESET_ACTIVE) _activeZoneset = nullptr;
     drop(_zonesets, key);
@@ -83,7 +80,7 @@ int ZoningCache::delZoneset(void* handle, _ZoneSetTypes type) {
 }
 
 void ZoningCache::_dropEntry(_ZoneSetTypes type) {
-    drop(_zonesets, type == ZONESET_ACTIVE ? kActiveKey : kUberKey);
+    drop(_zonesets, type == ZONESET_ACTIVE ? kActiveZonesetKey : kUberZonesetKey);
 }
 
 void* ZoningCache::getZoneset(char* name, _ZoneSetTypes& type) {
@@ -139,7 +136,6 @@ void ZoningCache::clearActive() {
 
 void ZoningCache::clearInactive() {
     const AccessGuard guard;
-    ++_generation;
     for (auto entry = _zonesets.begin(); entry != _zonesets.end();) {
         if (entry->second.type != ZONESET_INACTIVE) {
             ++entry;
@@ -153,7 +149,6 @@ void ZoningCache::clearInactive() {
 
 void ZoningCache::clearUber() {
     const AccessGuard guard;
-    ++_generation;
     if (_uberZoneset != nullptr) delZoneset(_uberZoneset, ZONESET_UBER);
     _uberZoneset = nullptr;
 }

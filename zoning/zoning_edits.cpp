@@ -1,13 +1,8 @@
-#include <string>
-
 #include "common/cim_log.h"
-#include "zoning/ZoningCache.h"
-#include "zoning/ZoningReport.h"
+#include "zoning/ZoningEdits.h"
 #include "zoning/library_calls.h"
 
-using namespace datacache;
-
-namespace {
+namespace datacache {
 
 /**
  * In which entries of the map an edit is repeated after the uber zoneset, and whether it counts the database
@@ -18,15 +13,25 @@ struct EditRule {
     bool inactive;
     bool uber;
     bool recount;
+    bool ofNames = false;  ///< it changes the names that a zoneset holds, so a draft repeats it too
 
     bool covers(_ZoneSetTypes type) const {
         return type == ZONESET_ACTIVE ? active : type == ZONESET_INACTIVE ? inactive : uber;
     }
 };
 
+/** A member as an edit names it. */
+struct MemberId {
+    vex_fzs_zonemember_type_e type;
+    const char* text;
+    vex_memberid_u id = {};
+};
+
+namespace {
+
 // clang-format off
-//                                              active inactive uber   recount
-constexpr EditRule kRemoveZone                = {false, true,   false, true};
+//                                              active inactive uber   recount names
+constexpr EditRule kRemoveZone                = {false, true,   false, true,   true};
 constexpr EditRule kRemoveZoneAlias           = {false, true,   true,  true};
 constexpr EditRule kAddMemberToZone           = {false, true,   false, true};
 constexpr EditRule kRemoveMemberFromZone      = {false, true,   false, true};
@@ -35,150 +40,105 @@ constexpr EditRule kRemoveMemberFromZoneAlias = {true,  false,  false, false};
 constexpr EditRule kRemoveMember              = {false, true,   true,  false};
 // clang-format on
 
-/** The database as an edit sees it. */
-struct Database {
-    ZoningCache& cache;
-    void* uber;
-    const datacache::ZoneSetMap& zonesets;
-    ZoningFailure& failure;
-};
+/** A call that stopped an edit. */
+ZoningReport failedIn(const char* call, int32_t returned = 0) {
+    return {ZoningStatus::LibraryFailed, ZONING_FAILED, failureOf(call, returned)};
+}
 
-/** Notes which call stopped an edit. */
-uint32_t failed(ZoningFailure& failure, const char* call, int32_t returned = 0,
-                uint32_t code = ZONING_FAILED) {
-    failure = failureOf(call, returned);
-    return code;
+ZoningReport notFound(ZoningObject object, const char* name) {
+    return {ZoningStatus::NotFound, ZONING_NOT_FOUND, failureAbout(object, name)};
+}
+
+ZoningReport exists(ZoningObject object, const char* name) {
+    return {ZoningStatus::Exists, ZONING_EXISTS, failureAbout(object, name)};
+}
+
+ZoningReport invalid(ZoningObject object, const char* name, const char* call, int32_t returned = 0) {
+    return {ZoningStatus::Invalid, ZONING_INVALID, failureAbout(object, name, call, returned)};
+}
+
+/** The failure of an edit that has changed something already. */
+ZoningReport inPart(ZoningReport report) {
+    if (!report.done()) report.status = ZoningStatus::Damaged;
+    return report;
 }
 
 /** Makes a call that returns a status. */
 template <typename... Arguments>
-uint32_t attempt(ZoningFailure& failure, const LibraryCall<int32_t, Arguments...>& call,
-                 Arguments... arguments) {
+ZoningReport attempt(const LibraryCall<int32_t, Arguments...>& call, Arguments... arguments) {
     const int32_t status = call(arguments...);
-    return status == 0 ? ZONING_DONE : failed(failure, call.name, status);
-}
-
-/**
- * Repeats `edit`, a function of a zoneset handle that gives a ZoningResult, in the entries that the rule
- * covers, in the order of their keys, and stops at the first failure, which it returns. After a success it
- * counts where the rule says so.
- */
-template <typename Edit>
-uint32_t repeat(const Database& database, const EditRule& rule, Edit edit) {
-    for (const auto& [key, entry] : database.zonesets) {
-        if (!rule.covers(entry.type) || entry.handle == nullptr) continue;
-        const uint32_t result = edit(entry.handle);
-        if (result != ZONING_DONE) return result;
-    }
-    if (rule.recount) database.cache.updateZoningCounts();
-    return ZONING_DONE;
-}
-
-/** As repeat(), for the zones or aliases of that name in the zonesets that hold one. */
-template <typename Edit>
-uint32_t repeatInContainers(const Database& database, const ContainerCalls& calls, const EditRule& rule,
-                            const char* name, Edit edit) {
-    return repeat(database, rule, [&](void* zoneset) -> uint32_t {
-        void* container = calls.findIn(zoneset, name);
-        return container == nullptr ? ZONING_DONE : edit(zoneset, container);
-    });
+    if (status == 0) return {};
+    return failedIn(call.name, status);
 }
 
 /** Adds a new zone or alias to a zoneset, which then owns it; destroys it where that fails. */
-uint32_t addOrDestroy(ZoningFailure& failure, const ContainerCalls& calls, void* zoneset, void* container) {
-    const uint32_t result =
-        zoneset == nullptr ? ZONING_FAILED : attempt(failure, calls.add, zoneset, container);
-    if (result != ZONING_DONE) calls.destroy(&container);
-    return result;
+ZoningReport addOrDestroy(const ContainerCalls& calls, void* zoneset, void* container) {
+    ZoningReport report =
+        zoneset == nullptr ? failedIn(calls.add.name) : attempt(calls.add, zoneset, container);
+    if (!report.done()) calls.destroy(&container);
+    return report;
 }
 
-uint32_t removeEverywhere(const Database& database, const ContainerCalls& calls, const EditRule& rule,
-                          const char* name) {
-    void* container = calls.findIn(database.uber, name);
-    if (container == nullptr) return ZONING_NOT_FOUND;
-    const uint32_t result = attempt(database.failure, calls.remove, database.uber, container);
-    if (result != ZONING_DONE) return result;
-    return repeatInContainers(database, calls, rule, name, [&](void* zoneset, void* copy) {
-        return attempt(database.failure, calls.remove, zoneset, copy);
-    });
+ZoningReport parse(MemberId& wanted) {
+    const int32_t status = vex_strToMemberIdentifier(wanted.text, wanted.type, &wanted.id);
+    if (status == 0) return {};
+    return invalid(ZoningObject::Member, wanted.text, "vex_strToMemberIdentifier", status);
 }
-
-/** A member as an edit names it. */
-struct MemberId {
-    vex_fzs_zonemember_type_e type;
-    vex_memberid_u id = {};
-
-    explicit MemberId(vex_fzs_zonemember_type_e memberType) : type(memberType) {}
-    uint32_t parse(ZoningFailure& failure, const char* text) {
-        const int32_t status = vex_strToMemberIdentifier(given(text), type, &id);
-        if (status == 0) return ZONING_DONE;
-        return failed(failure, "vex_strToMemberIdentifier", status, ZONING_INVALID);
-    }
-};
 
 /** Adds a member of its own to a zone or alias. */
-uint32_t addTo(ZoningFailure& failure, const ContainerCalls& calls, void* container, const MemberId& wanted) {
+ZoningReport addTo(const ContainerCalls& calls, void* container, const MemberId& wanted) {
     void* member = vex_MemberCreate(wanted.type, &wanted.id);
-    if (member == nullptr) return failed(failure, "vex_MemberCreate");
-    const uint32_t result = attempt(failure, calls.addMember, container, member);
-    if (result != ZONING_DONE) vex_MemberDestroy(&member);
-    return result;
+    if (member == nullptr) return failedIn("vex_MemberCreate");
+    ZoningReport report = attempt(calls.addMember, container, member);
+    if (!report.done()) vex_MemberDestroy(&member);
+    return report;
 }
 
-uint32_t deleteFrom(ZoningFailure& failure, const ContainerCalls& calls, void* container,
-                    const MemberId& wanted) {
+ZoningReport deleteFrom(const ContainerCalls& calls, void* container, const MemberId& wanted) {
     void* member = calls.findMember(container, wanted.type, &wanted.id);
-    return member == nullptr ? ZONING_NOT_FOUND : attempt(failure, calls.deleteMember, container, member);
+    if (member == nullptr) return notFound(ZoningObject::Member, wanted.text);
+    return attempt(calls.deleteMember, container, member);
 }
 
-/** `atMax` asks whether the zone or alias is full. */
-uint32_t addMember(const Database& database, const ContainerCalls& calls, const EditRule& rule,
-                   const char* name, vex_fzs_zonemember_type_e type, const char* text,
-                   bool (ZoningCache::*atMax)(void*)) {
-    void* container = calls.findIn(database.uber, name);
-    if (container == nullptr) return ZONING_NOT_FOUND;
-    if ((database.cache.*atMax)(container)) return ZONING_FAILED;
-    MemberId wanted(type);
-    uint32_t result = wanted.parse(database.failure, text);
-    if (result != ZONING_DONE) return result;
-    if (calls.findMember(container, wanted.type, &wanted.id) != nullptr) return ZONING_EXISTS;
-    result = addTo(database.failure, calls, container, wanted);
-    if (result != ZONING_DONE) return result;
-    return repeatInContainers(database, calls, rule, name, [&](void*, void* copy) {
-        return addTo(database.failure, calls, copy, wanted);
-    });
-}
+/** Deletes a member from zonesets; what fails and does not stop it is kept. */
+class Purge {
+  public:
+    explicit Purge(const MemberId& wanted) : _wanted(wanted) {}
 
-uint32_t removeMemberFrom(const Database& database, const ContainerCalls& calls, const EditRule& rule,
-                          const char* name, vex_fzs_zonemember_type_e type, const char* text) {
-    void* container = calls.findIn(database.uber, name);
-    if (container == nullptr) return ZONING_NOT_FOUND;
-    MemberId wanted(type);
-    uint32_t result = wanted.parse(database.failure, text);
-    if (result != ZONING_DONE) return result;
-    result = deleteFrom(database.failure, calls, container, wanted);
-    if (result != ZONING_DONE) return result;
-    // Required: a copy without the member stops the edit with ZONING_NOT_FOUND; the uber zoneset stays
-    // changed.
-    return repeatInContainers(database, calls, rule, name, [&](void*, void* copy) {
-        return deleteFrom(database.failure, calls, copy, wanted);
-    });
-}
-
-/** Deletes the member from each zone, or each alias, of a zoneset; a deletion that fails is only logged. */
-uint32_t purge(ZoningFailure& failure, const ContainerCalls& calls, void* zoneset, const MemberId& wanted,
-               const char* complaint) {
-    const int32_t count = calls.count(zoneset);
-    for (int32_t i = 0; i < count; ++i) {
-        void* container = calls.list(zoneset, i);
-        if (container == nullptr) return failed(failure, calls.list.name);
-        void* member = calls.findMember(container, wanted.type, &wanted.id);
-        if (member == nullptr) continue;
-        const int32_t result = calls.deleteMember(container, member);
-        if (result != 0) cim_log(CIM_LOG_TRACE, "DCACHE: %s, result = %d\n", complaint, result);
+    ZoningReport from(const ContainerCalls& calls, void* zoneset, const char* complaint) {
+        const int32_t count = calls.count(zoneset);
+        if (count < 0) note(failedIn(calls.count.name, count));
+        for (int32_t i = 0; i < count; ++i) {
+            void* container = calls.list(zoneset, i);
+            if (container == nullptr) return told(failedIn(calls.list.name));
+            void* member = calls.findMember(container, _wanted.type, &_wanted.id);
+            if (member == nullptr) continue;
+            const int32_t result = calls.deleteMember(container, member);
+            if (result == 0) {
+                _deleted = true;
+                continue;
+            }
+            cim_log(CIM_LOG_TRACE, "DCACHE: %s, result = %d\n", complaint, result);
+            note(failedIn(calls.deleteMember.name, result));
+        }
+        return {};
     }
-    return ZONING_DONE;
-}
+    /** How the whole ended. Required: a deletion that fails leaves the code at "done". */
+    ZoningReport end() {
+        _failed.code = ZONING_DONE;
+        return told(std::move(_failed));
+    }
+
+  private:
+    void note(ZoningReport failed) {
+        if (_failed.done()) _failed = std::move(failed);
+    }
+    ZoningReport told(ZoningReport report) const { return _deleted ? inPart(std::move(report)) : report; }
+
+    const MemberId& _wanted;
+    bool _deleted = false;
+    ZoningReport _failed;
+};
 
 /** The name of a copy until it gets the zone's own: no zone of a user has it, as names begin with a letter.
  */
@@ -186,130 +146,268 @@ constexpr const char* kTemporaryName = "^_-_-_-_TMPZONE_-_-_-_^";
 
 }  // namespace
 
+/**
+ * Repeats `edit`, a function of a zoneset handle, in the entries that the rule covers, in the order of their
+ * keys, and stops at the first failure. After a success it counts where the rule says so.
+ */
+template <typename Edit>
+ZoningReport ZoningEdits::_repeat(const EditRule& rule, Edit edit) {
+    for (const auto& [key, entry] : _cache._zonesets) {
+        if (!rule.covers(entry.type) || entry.handle == nullptr) continue;
+        if (_ofDraft && !rule.ofNames && entry.type != ZONESET_UBER) continue;
+        ZoningReport report = edit(entry.handle);
+        if (!report.done()) return report;
+    }
+    if (rule.recount) _cache.updateZoningCounts();
+    return {};
+}
+
+/** As _repeat(), after a change of the uber zoneset, for the zones or aliases of that name. */
+template <typename Edit>
+ZoningReport ZoningEdits::_repeatInContainers(const ContainerCalls& calls, const EditRule& rule,
+                                              const char* name, Edit edit) {
+    return inPart(_repeat(rule, [&](void* zoneset) -> ZoningReport {
+        void* container = calls.findIn(zoneset, name);
+        if (container == nullptr) return {};
+        return edit(zoneset, container);
+    }));
+}
+
+ZoningReport ZoningEdits::_addToUber(const ContainerCalls& calls, void* container) {
+    ZoningReport report = addOrDestroy(calls, _cache._uberZoneset, container);
+    if (report.done()) _cache.updateZoningCounts();
+    return report;
+}
+
+ZoningReport ZoningEdits::_removeEverywhere(const ContainerCalls& calls, const EditRule& rule,
+                                            const char* name) {
+    void* container = calls.findIn(_cache._uberZoneset, name);
+    if (container == nullptr) return notFound(calls.kind, name);
+    ZoningReport report = attempt(calls.remove, _cache._uberZoneset, container);
+    if (!report.done()) return report;
+    return _repeatInContainers(
+        calls, rule, name, [&](void* zoneset, void* copy) { return attempt(calls.remove, zoneset, copy); });
+}
+
+ZoningReport ZoningEdits::_addMember(const ContainerCalls& calls, const EditRule& rule, const char* name,
+                                     vex_fzs_zonemember_type_e type, const char* text) {
+    void* container = calls.findIn(_cache._uberZoneset, name);
+    if (container == nullptr) return notFound(calls.kind, name);
+    ZoningReport report = _cache._checkLimit(calls.memberLimit, container);
+    if (!report.done()) return report;
+    MemberId wanted{type, text};
+    report = parse(wanted);
+    if (!report.done()) return report;
+    // There is no command for any other type, so nothing of the draft could be sent.
+    const bool known =
+        type == VEX_ZMT_WWN || type == VEX_ZMT_DOMAIN_PORT || type == VEX_ZMT_FCID || type == VEX_ZMT_ALIAS;
+    if (_ofDraft && !known) return invalid(ZoningObject::Member, text, "");
+    if (calls.findMember(container, wanted.type, &wanted.id) != nullptr)
+        return exists(ZoningObject::Member, text);
+    report = addTo(calls, container, wanted);
+    if (!report.done()) return report;
+    return _repeatInContainers(calls, rule, name,
+                               [&](void*, void* copy) { return addTo(calls, copy, wanted); });
+}
+
+ZoningReport ZoningEdits::_removeMemberFrom(const ContainerCalls& calls, const EditRule& rule,
+                                            const char* name, vex_fzs_zonemember_type_e type,
+                                            const char* text) {
+    void* container = calls.findIn(_cache._uberZoneset, name);
+    if (container == nullptr) return notFound(calls.kind, name);
+    MemberId wanted{type, text};
+    ZoningReport report = parse(wanted);
+    if (!report.done()) return report;
+    report = deleteFrom(calls, container, wanted);
+    if (!report.done()) return report;
+    // Required: a copy without the member stops the edit with ZONING_NOT_FOUND; the uber zoneset stays
+    // changed.
+    return _repeatInContainers(calls, rule, name,
+                               [&](void*, void* copy) { return deleteFrom(calls, copy, wanted); });
+}
+
+ZoningReport ZoningEdits::createZoneAlias(const char* name) {
+    ZoningReport report = _cache._checkLimit(ZoningLimit::Aliases);
+    if (!report.done()) return report;
+    if (kAliasCalls.findIn(_cache._uberZoneset, name) != nullptr) return exists(ZoningObject::Alias, name);
+    void* alias = vex_ZoneAliasCreate(name);
+    if (alias != nullptr) return _addToUber(kAliasCalls, alias);
+    report = invalid(ZoningObject::Alias, name, "vex_ZoneAliasCreate");
+    report.code = ZONING_FAILED;  // Required: a zone's bad name is ZONING_INVALID, an alias's is not.
+    return report;
+}
+
+ZoningReport ZoningEdits::createZone(const char* name, vex_fzs_zone_type_e type) {
+    const ZoningReport full = _cache._checkLimit(ZoningLimit::Zones);
+    if (!full.done()) return full;
+    if (kZoneCalls.findIn(_cache._uberZoneset, name) != nullptr) return exists(ZoningObject::Zone, name);
+    void* zone = vex_ZoneCreate(name);
+    if (zone == nullptr) return invalid(ZoningObject::Zone, name, "vex_ZoneCreate");
+    const int32_t typed = vex_ZoneSetType(zone, type);
+    if (typed == 0) return _addToUber(kZoneCalls, zone);
+    vex_ZoneDestroy(&zone);
+    return failedIn("vex_ZoneSetType", typed);
+}
+
+ZoningReport ZoningEdits::createZoneset(const char* name) {
+    const ZoningReport full = _cache._checkLimit(ZoningLimit::Zonesets);
+    if (!full.done()) return full;
+    const auto entry = _cache._zonesets.find(name);
+    if (entry != _cache._zonesets.end() && entry->second.handle != nullptr)
+        return exists(ZoningObject::Zoneset, name);
+    const int32_t tested = vex_ZonesetTestName(name);
+    if (tested != 0) return invalid(ZoningObject::Zoneset, name, "vex_ZonesetTestName", tested);
+    void* zoneset = vex_ZonesetCreate(name);
+    if (zoneset == nullptr) return failedIn("vex_ZonesetCreate");
+    if (_cache._addOrDestroy(zoneset, ZONESET_INACTIVE)) return {};
+    return failedIn("vex_ZonesetGetName");
+}
+
+ZoningReport ZoningEdits::removeZone(const char* name) {
+    return _removeEverywhere(kZoneCalls, kRemoveZone, name);
+}
+
+ZoningReport ZoningEdits::removeZoneAlias(const char* name) {
+    return _removeEverywhere(kAliasCalls, kRemoveZoneAlias, name);
+}
+
+ZoningReport ZoningEdits::removeZoneset(const char* name) {
+    const auto entry = _cache._zonesets.find(name);
+    if (entry == _cache._zonesets.end() || entry->second.handle == nullptr)
+        return notFound(ZoningObject::Zoneset, name);
+    // With the type that it was found with: by its own name, a bracketed key would remove another zoneset.
+    if (_cache.delZoneset(entry->second.handle, entry->second.type) == 0) return {};
+    return failedIn("vex_ZonesetGetName");
+}
+
+ZoningReport ZoningEdits::addMemberToZone(const char* zone, vex_fzs_zonemember_type_e type,
+                                          const char* member) {
+    return _addMember(kZoneCalls, kAddMemberToZone, zone, type, member);
+}
+
+ZoningReport ZoningEdits::addMemberToZoneAlias(const char* alias, vex_fzs_zonemember_type_e type,
+                                               const char* member) {
+    return _addMember(kAliasCalls, kAddMemberToZoneAlias, alias, type, member);
+}
+
+ZoningReport ZoningEdits::removeMemberFromZone(const char* zone, vex_fzs_zonemember_type_e type,
+                                               const char* member) {
+    return _removeMemberFrom(kZoneCalls, kRemoveMemberFromZone, zone, type, member);
+}
+
+ZoningReport ZoningEdits::removeMemberFromZoneAlias(const char* alias, vex_fzs_zonemember_type_e type,
+                                                    const char* member) {
+    return _removeMemberFrom(kAliasCalls, kRemoveMemberFromZoneAlias, alias, type, member);
+}
+
+ZoningReport ZoningEdits::removeMember(vex_fzs_zonemember_type_e type, const char* member) {
+    MemberId wanted{type, member};
+    const ZoningReport parsed = parse(wanted);
+    if (!parsed.done()) return parsed;
+    Purge purge(wanted);
+    const ZoningReport stopped = _repeat(kRemoveMember, [&](void* zoneset) {
+        ZoningReport report = purge.from(kZoneCalls, zoneset, "Deletion failed");
+        if (!report.done()) return report;
+        return purge.from(kAliasCalls, zoneset, "Alias Deletion failed");
+    });
+    return stopped.done() ? purge.end() : stopped;
+}
+
+ZoningReport ZoningEdits::addZoneToZoneset(const char* zoneset, const char* zone) {
+    const auto target = _cache._zonesets.find(zoneset);
+    if (target == _cache._zonesets.end() || target->second.handle == nullptr)
+        return notFound(ZoningObject::Zoneset, zoneset);
+    void* const handle = target->second.handle;
+    const ZoningReport full = _cache._checkLimit(ZoningLimit::ZonesPerZoneset, handle);
+    if (!full.done()) return full;
+    if (kZoneCalls.findIn(handle, zone) != nullptr) return exists(ZoningObject::Zone, zone);
+    void* original = kZoneCalls.findIn(_cache._uberZoneset, zone);
+    if (original == nullptr) return notFound(ZoningObject::Zone, zone);
+    void* copy = vex_ZoneCreateCopy(original, kTemporaryName);
+    if (copy == nullptr) return failedIn("vex_ZoneCreateCopy");
+    const int32_t named = vex_ZoneSetName(copy, zone);
+    if (named != 0) {
+        vex_ZoneDestroy(&copy);
+        return failedIn("vex_ZoneSetName", named);
+    }
+    // Without counting anew: the counts are of the uber zoneset, which does not change.
+    return addOrDestroy(kZoneCalls, handle, copy);
+}
+
+ZoningReport ZoningEdits::removeZoneFromZoneset(const char* zoneset, const char* zone) {
+    const auto target = _cache._zonesets.find(zoneset);
+    if (target == _cache._zonesets.end() || target->second.handle == nullptr)
+        return notFound(ZoningObject::Zoneset, zoneset);
+    void* found = kZoneCalls.findIn(target->second.handle, zone);
+    if (found == nullptr) return notFound(ZoningObject::Zone, zone);
+    return attempt(kZoneCalls.remove, target->second.handle, found);
+}
+
+}  // namespace datacache
+
+using namespace datacache;
+
 uint32_t ZoningCache::createZoneAlias(char* name) {
     const AccessGuard guard;
-    if (aliasLimitAtMax()) return ZONING_FAILED;
-    if (kAliasCalls.findIn(_uberZoneset, given(name)) != nullptr) return ZONING_EXISTS;
-    void* alias = vex_ZoneAliasCreate(given(name));
-    // Required: a bad name is ZONING_FAILED here, where a zone's is ZONING_INVALID.
-    if (alias == nullptr) return failed(_failure, "vex_ZoneAliasCreate");
-    const uint32_t result = addOrDestroy(_failure, kAliasCalls, _uberZoneset, alias);
-    if (result == ZONING_DONE) updateZoningCounts();
-    return result;
+    return ZoningEdits(*this, false).createZoneAlias(given(name)).code;
 }
 
 uint32_t ZoningCache::createZone(char* name, vex_fzs_zone_type_e type) {
     const AccessGuard guard;
-    if (zoneLimitAtMax()) return ZONING_FAILED;
-    if (kZoneCalls.findIn(_uberZoneset, given(name)) != nullptr) return ZONING_EXISTS;
-    void* zone = vex_ZoneCreate(given(name));
-    if (zone == nullptr) return failed(_failure, "vex_ZoneCreate", 0, ZONING_INVALID);
-    const int32_t typed = vex_ZoneSetType(zone, type);
-    if (typed != 0) {
-        vex_ZoneDestroy(&zone);
-        return failed(_failure, "vex_ZoneSetType", typed);
-    }
-    const uint32_t result = addOrDestroy(_failure, kZoneCalls, _uberZoneset, zone);
-    if (result == ZONING_DONE) updateZoningCounts();
-    return result;
+    return ZoningEdits(*this, false).createZone(given(name), type).code;
 }
 
 uint32_t ZoningCache::createZoneset(char* name) {
     const AccessGuard guard;
-    if (zonesetLimitAtMax()) return ZONING_FAILED;
-    _ZoneSetTypes type = ZONESET_INACTIVE;
-    if (getZoneset(name, type) != nullptr) return ZONING_EXISTS;
-    const int32_t tested = vex_ZonesetTestName(given(name));
-    if (tested != 0) return failed(_failure, "vex_ZonesetTestName", tested, ZONING_INVALID);
-    void* zoneset = vex_ZonesetCreate(given(name));
-    if (zoneset == nullptr) return failed(_failure, "vex_ZonesetCreate");
-    if (_addOrDestroy(zoneset, ZONESET_INACTIVE)) return ZONING_DONE;
-    return failed(_failure, "vex_ZonesetGetName");
-}
-
-uint32_t ZoningCache::removeZone(char* name) {
-    const AccessGuard guard;
-    return removeEverywhere({*this, _uberZoneset, _zonesets, _failure}, kZoneCalls, kRemoveZone, given(name));
+    return ZoningEdits(*this, false).createZoneset(given(name)).code;
 }
 
 uint32_t ZoningCache::removeZoneAlias(char* name) {
     const AccessGuard guard;
-    return removeEverywhere({*this, _uberZoneset, _zonesets, _failure}, kAliasCalls, kRemoveZoneAlias,
-                            given(name));
+    return ZoningEdits(*this, false).removeZoneAlias(given(name)).code;
+}
+
+uint32_t ZoningCache::removeZone(char* name) {
+    const AccessGuard guard;
+    return ZoningEdits(*this, false).removeZone(given(name)).code;
 }
 
 uint32_t ZoningCache::removeZoneset(char* name) {
     const AccessGuard guard;
-    _ZoneSetTypes type = ZONESET_INACTIVE;
-    void* zoneset = getZoneset(name, type);
-    if (zoneset == nullptr) return ZONING_NOT_FOUND;
-    // With the type that it was found with: by its own name, a bracketed key would remove another zoneset.
-    return delZoneset(zoneset, type) == 0 ? ZONING_DONE : failed(_failure, "vex_ZonesetGetName");
-}
-
-uint32_t ZoningCache::addMemberToZone(char* zone, vex_fzs_zonemember_type_e type, char* member) {
-    const AccessGuard guard;
-    return addMember({*this, _uberZoneset, _zonesets, _failure}, kZoneCalls, kAddMemberToZone, given(zone),
-                     type, member, &ZoningCache::membersPerZoneAtMax);
-}
-
-uint32_t ZoningCache::addMemberToZoneAlias(char* alias, vex_fzs_zonemember_type_e type, char* member) {
-    const AccessGuard guard;
-    return addMember({*this, _uberZoneset, _zonesets, _failure}, kAliasCalls, kAddMemberToZoneAlias,
-                     given(alias), type, member, &ZoningCache::membersPerAliasAtMax);
-}
-
-uint32_t ZoningCache::removeMemberFromZone(char* zone, vex_fzs_zonemember_type_e type, char* member) {
-    const AccessGuard guard;
-    return removeMemberFrom({*this, _uberZoneset, _zonesets, _failure}, kZoneCalls, kRemoveMemberFromZone,
-                            given(zone), type, member);
-}
-
-uint32_t ZoningCache::removeMemberFromZoneAlias(char* alias, vex_fzs_zonemember_type_e type, char* member) {
-    const AccessGuard guard;
-    return removeMemberFrom({*this, _uberZoneset, _zonesets, _failure}, kAliasCalls,
-                            kRemoveMemberFromZoneAlias, given(alias), type, member);
-}
-
-uint32_t ZoningCache::removeMember(vex_fzs_zonemember_type_e type, char* member) {
-    const AccessGuard guard;
-    const Database database{*this, _uberZoneset, _zonesets, _failure};
-    MemberId wanted(type);
-    const uint32_t parsed = wanted.parse(database.failure, member);
-    if (parsed != ZONING_DONE) return parsed;
-    return repeat(database, kRemoveMember, [&](void* zoneset) {
-        const uint32_t result = purge(database.failure, kZoneCalls, zoneset, wanted, "Deletion failed");
-        if (result != ZONING_DONE) return result;
-        return purge(database.failure, kAliasCalls, zoneset, wanted, "Alias Deletion failed");
-    });
+    return ZoningEdits(*this, false).removeZoneset(given(name)).code;
 }
 
 uint32_t ZoningCache::addZoneToZoneset(char* zoneset, char* zone) {
     const AccessGuard guard;
-    _ZoneSetTypes type = ZONESET_INACTIVE;
-    void* target = getZoneset(zoneset, type);
-    if (target == nullptr) return ZONING_NOT_FOUND;
-    if (zonesPerZonesetAtMax(target)) return ZONING_FAILED;
-    if (kZoneCalls.findIn(target, given(zone)) != nullptr) return ZONING_EXISTS;
-    void* original = kZoneCalls.findIn(_uberZoneset, given(zone));
-    if (original == nullptr) return ZONING_NOT_FOUND;
-    void* copy = vex_ZoneCreateCopy(original, kTemporaryName);
-    if (copy == nullptr) return failed(_failure, "vex_ZoneCreateCopy");
-    const int32_t named = vex_ZoneSetName(copy, given(zone));
-    if (named != 0) {
-        vex_ZoneDestroy(&copy);
-        return failed(_failure, "vex_ZoneSetName", named);
-    }
-    // Without counting anew: the counts are of the uber zoneset, which does not change.
-    return addOrDestroy(_failure, kZoneCalls, target, copy);
+    return ZoningEdits(*this, false).addZoneToZoneset(given(zoneset), given(zone)).code;
 }
 
 uint32_t ZoningCache::removeZoneFromZoneset(char* zoneset, char* zone) {
     const AccessGuard guard;
-    _ZoneSetTypes type = ZONESET_INACTIVE;
-    void* target = getZoneset(zoneset, type);
-    if (target == nullptr) return ZONING_NOT_FOUND;
-    void* found = kZoneCalls.findIn(target, given(zone));
-    if (found == nullptr) return ZONING_NOT_FOUND;
-    return attempt(_failure, kZoneCalls.remove, target, found);
+    return ZoningEdits(*this, false).removeZoneFromZoneset(given(zoneset), given(zone)).code;
+}
+
+uint32_t ZoningCache::addMemberToZone(char* zone, vex_fzs_zonemember_type_e type, char* member) {
+    const AccessGuard guard;
+    return ZoningEdits(*this, false).addMemberToZone(given(zone), type, given(member)).code;
+}
+
+uint32_t ZoningCache::removeMemberFromZone(char* zone, vex_fzs_zonemember_type_e type, char* member) {
+    const AccessGuard guard;
+    return ZoningEdits(*this, false).removeMemberFromZone(given(zone), type, given(member)).code;
+}
+
+uint32_t ZoningCache::addMemberToZoneAlias(char* alias, vex_fzs_zonemember_type_e type, char* member) {
+    const AccessGuard guard;
+    return ZoningEdits(*this, false).addMemberToZoneAlias(given(alias), type, given(member)).code;
+}
+
+uint32_t ZoningCache::removeMemberFromZoneAlias(char* alias, vex_fzs_zonemember_type_e type, char* member) {
+    const AccessGuard guard;
+    return ZoningEdits(*this, false).removeMemberFromZoneAlias(given(alias), type, given(member)).code;
+}
+
+uint32_t ZoningCache::removeMember(vex_fzs_zonemember_type_e type, char* member) {
+    const AccessGuard guard;
+    return ZoningEdits(*this, false).removeMember(type, given(member)).code;
 }

@@ -77,49 +77,83 @@ bool ZoningCache::_limitsRead() const {
            l.max_members_per_zone != 0 || l.max_aliases != 0 || l.max_members_per_alias != 0;
 }
 
-bool ZoningCache::_reached(bool full, ZoningLimit limit, int32_t number) {
-    if (!full) return false;
-    cim_log(CIM_LOG_TRACE, "DCACHE: %s maximum of %d reached\n", namesOf(limit).log, number);
-    _failure = {"", 0, limit, number};
-    return true;
-}
-
 // Required: the four limits of the whole database are at their maximum only when they are met exactly, and
 // log the count; the three of one container also when they are passed, and log the limit. A database that was
 // loaded beyond a maximum can therefore still grow.
+ZoningReport ZoningCache::_checkLimit(ZoningLimit limit, void* container) const {
+    bool full = false;
+    int32_t number = 0;
+    const auto whole = [&](int32_t count, int32_t most) {
+        full = count == most;
+        number = count;
+    };
+    const auto within = [&](int32_t count, int32_t most) {
+        full = count >= most;
+        number = most;
+    };
+    switch (limit) {
+        case ZoningLimit::None:
+            break;
+        case ZoningLimit::Zonesets:
+            whole(_zonesetCount, _limits.max_zonesets);
+            break;
+        case ZoningLimit::Zones:
+            whole(_zoneCount, _limits.max_zones);
+            break;
+        case ZoningLimit::Aliases:
+            whole(_aliasCount, _limits.max_aliases);
+            break;
+        case ZoningLimit::Members:
+            whole(_memberCount, _limits.max_members);
+            break;
+        case ZoningLimit::ZonesPerZoneset:
+            within(vex_ZonesetGetZoneCount(container), _limits.max_zones_per_zoneset);
+            break;
+        case ZoningLimit::MembersPerZone:
+            within(vex_ZoneGetMemberCount(container), _limits.max_members_per_zone);
+            break;
+        case ZoningLimit::MembersPerAlias:
+            within(vex_ZoneAliasGetMemberCount(container), _limits.max_members_per_alias);
+            break;
+    }
+    if (!full) return {};
+    cim_log(CIM_LOG_TRACE, "DCACHE: %s maximum of %d reached\n", namesOf(limit).log, number);
+    ZoningReport report{_limitsRead() ? ZoningStatus::LimitReached : ZoningStatus::LimitsUnknown,
+                        ZONING_FAILED};
+    report.failure.limit = limit;
+    report.failure.number = number;
+    return report;
+}
 
 bool ZoningCache::zonesetLimitAtMax() {
     const AccessGuard guard;
-    return _reached(_zonesetCount == _limits.max_zonesets, ZoningLimit::Zonesets, _zonesetCount);
+    return !_checkLimit(ZoningLimit::Zonesets).done();
 }
 
 bool ZoningCache::zoneLimitAtMax() {
     const AccessGuard guard;
-    return _reached(_zoneCount == _limits.max_zones, ZoningLimit::Zones, _zoneCount);
+    return !_checkLimit(ZoningLimit::Zones).done();
 }
 
 bool ZoningCache::aliasLimitAtMax() {
     const AccessGuard guard;
-    return _reached(_aliasCount == _limits.max_aliases, ZoningLimit::Aliases, _aliasCount);
+    return !_checkLimit(ZoningLimit::Aliases).done();
 }
 
 bool ZoningCache::memberLimitAtMax() {
     const AccessGuard guard;
-    return _reached(_memberCount == _limits.max_members, ZoningLimit::Members, _memberCount);
+    return !_checkLimit(ZoningLimit::Members).done();
 }
 
 bool ZoningCache::zonesPerZonesetAtMax(void* zoneset) {
-    const int32_t most = _limits.max_zones_per_zoneset;
-    return _reached(vex_ZonesetGetZoneCount(zoneset) >= most, ZoningLimit::ZonesPerZoneset, most);
+    return !_checkLimit(ZoningLimit::ZonesPerZoneset, zoneset).done();
 }
 
 bool ZoningCache::membersPerZoneAtMax(void* zone) {
     const AccessGuard guard;
-    const int32_t most = _limits.max_members_per_zone;
-    return _reached(vex_ZoneGetMemberCount(zone) >= most, ZoningLimit::MembersPerZone, most);
+    return !_checkLimit(ZoningLimit::MembersPerZone, zone).done();
 }
 
 bool ZoningCache::membersPerAliasAtMax(void* alias) {
-    const int32_t most = _limits.max_members_per_alias;
-    return _reached(vex_ZoneAliasGetMemberCount(alias) >= most, ZoningLimit::MembersPerAlias, most);
+    return !_checkLimit(ZoningLimit::MembersPerAlias, alias).done();
 }

@@ -51,8 +51,8 @@ void otherCallback(DataCacheEvent* event) {
     told += std::string(told.empty() ? "" : " ") + eventName(event->type);
 }
 
-std::string zoningSession(DataCache& cache) {
-    ZoningSession session(cache.zoningCache(), "callback");
+std::string zoningSession(DataCache&) {
+    ZoningSession session = DataCache::zoningSession("callback");
     ZoningOutcome outcome = session.lockOutcome();
     if (outcome.done()) outcome = session.createZone("mine", VEX_ZT_SOFT);
     if (outcome.done()) outcome = session.commit();
@@ -259,8 +259,8 @@ TEST_F(Callback, MayCallWhatTheTableSays) {
          "1", "|"},
         {"evaluateCaches", kPorts, [](DataCache& cache) { return std::to_string(cache.evaluateCaches()); },
          "1", "|"},
-        {"ZoningSession", kPorts, zoningSession, "commit: done", "zoning|"},
-        {"ZoningSession", kZoning, zoningSession, "commit: done", "|zoning"},
+        {"ZoningSession zoningSession", kPorts, zoningSession, "commit: done", "zoning|"},
+        {"ZoningSession zoningSession", kZoning, zoningSession, "commit: done", "|zoning"},
         {"ZoningCache zoningCache", kPorts,
          [](DataCache& cache) {
              ZoningCache& zoning = cache.zoningCache();

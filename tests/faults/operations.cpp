@@ -1,6 +1,7 @@
 #include "tests/faults/operations.h"
 
 #include "host/areas.h"
+#include "tests/support/Allocations.h"
 #include "zoning/member_text.h"
 
 namespace {
@@ -113,6 +114,7 @@ Lines activeZoneset(FaultedCache&) {
 
 Lines accounts(FaultedCache& test) {
     const bool read = test.cache().readAccounts();
+    const Allocations::Pause own;
     return {read ? "read" : "not read", "removed " + host::listed(test.peer().prevAccounts)};
 }
 
@@ -135,7 +137,8 @@ Lines load(FaultedCache& test) {
 }
 
 void lock(FaultedCache& test) {
-    test.session = std::make_unique<ZoningSession>(test.zoning(), "c");
+    test.session.reset();
+    test.session = std::make_unique<ZoningSession>(DataCache::zoningSession("c"));
 }
 
 Lines takeLock(FaultedCache& test) {

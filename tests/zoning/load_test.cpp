@@ -63,6 +63,33 @@ TEST_F(ZoningLoad, WithoutTheActiveZonesetStillTellsOfTheChange) {
     EXPECT_EQ(zoning().getActiveZoneset(), nullptr) << "it counts as loaded";
 }
 
+TEST_F(ZoningLoad, IsDueUntilTheHostWasTold) {
+    static int leaving = 0;
+    const struct {
+        int type;
+        const char *change, *back;
+    } cases[] = {
+        {DCEventZoningDBChange::TYPE, "do = 'zone_add'\nname = 'z9'", "do = 'zone_remove'\nname = 'z9'"},
+        {DCEventActiveZonesetChange::TYPE, "do = 'zoneset_activate'\nname = 'beta'",
+         "do = 'zoneset_activate'\nname = 'alpha'"},
+    };
+    for (const auto& [type, change, back] : cases) {
+        start();
+        const std::string before = shown();
+        leaving = type;
+        {
+            const AccessGuard guard;
+            peer().callback = [](DataCacheEvent* event) {
+                if (event->type == std::exchange(leaving, -1)) throw "left";
+            };
+        }
+        step(change);
+        EXPECT_NE(shown(), before);
+        step(back);
+        EXPECT_EQ(shown(), before) << "though the checksum is that of what the host was told of last";
+    }
+}
+
 TEST_F(ZoningLoad, EndsSoonWhenACountIsWild) {
     start();
     for (const char* count : {"ZonesetGetZone", "ZonesetGetAlias", "ZoneGetMember", "ZoneAliasGetMember"}) {

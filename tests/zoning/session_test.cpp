@@ -1,35 +1,43 @@
 #include <chrono>
 #include <functional>
 #include <future>
-#include <memory>
+#include <optional>
 
 #include "tests/support/Allocations.h"
 #include "tests/zoning/ZoningTest.h"
 
 namespace {
 
+using datacache::ZoningObject;
 using datacache::ZoningOutcome;
 using datacache::ZoningSession;
 using datacache::ZoningStatus;
-using ::testing::AllOf;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::Not;
-using ::testing::StartsWith;
 
 class ZoningSessions : public ZoningTest {
   protected:
     ZoningSessions() { start(); }
-    /** Whether the cache is the switch's own state again after the passes that were asked for. */
-    void expectBackToTheSwitch() {
-        settle();
-        EXPECT_THAT(events(), ElementsAre("DCEventZoningDBChange wwn=1000001122AABBCC"));
-        const std::string now = shown();
+    ZoningSession session() { return DataCache::zoningSession(client); }
+    std::string checksum() { return sim.get("Oper.Zoning.InactiveChecksum").value(); }
+    /** Whether another connection gets rights and lock. */
+    static bool isLockFree() {
+        uint32_t other = 0;
+        vex_IPConnect("localhost", "test", "", &other);
+        bool free = true;
+        for (const char* command : {"Cmd.Switch.ReqAdmin", "Cmd.Zoning.FabricLock.77",
+                                    "Cmd.Zoning.FabricUnlock.77", "Cmd.Switch.RelAdmin"}) {
+            void* reply = nullptr;
+            free = vex_smlSet(other, command, &reply) == 0 && free;
+        }
+        return free;
+    }
+    /** What the switch has, as a pass reads it. */
+    std::string onTheSwitch() {
         cache().reloadZoning();
         settle();
         events();
-        EXPECT_EQ(shown(), now);
+        return shown();
     }
 
     const std::string client = "client";
@@ -64,113 +72,299 @@ TEST_F(ZoningSessions, KeepTheLockForNinetySeconds) {
     }
 }
 
-TEST_F(ZoningSessions, ThatGetNoLockAreClosed) {
-    fault("function = 'vex_smlSetBatch'\nkey = 'Cmd.Zoning.FabricLock.77'\nstatus = 1");
-    {
-        ZoningSession session(zoning(), client);
-        EXPECT_EQ(session.secondsLeft(), 0);
-        for (const ZoningOutcome& outcome :
-             {session.createZone("z9", VEX_ZT_SOFT), session.commit(), session.abandon()})
-            EXPECT_EQ(outcome.status, ZoningStatus::Closed);
-        calls();
-    }
-    EXPECT_THAT(calls(), IsEmpty()) << "there is nothing to give back";
-    Allocations memory;
-    memory.failAfter(0);
-    const ZoningOutcome outcome = ZoningSession(zoning(), client).lockOutcome();
-    EXPECT_TRUE(memory.count() == 0 || outcome.status == ZoningStatus::OutOfMemory) << outcome.text();
-}
-
-TEST_F(ZoningSessions, DropTheirEditsWhenTheyAreNotCommitted) {
-    for (const bool abandoned : {false, true}) {
+TEST_F(ZoningSessions, SayWhyTheyAreNotOpened) {
+    const struct {
+        std::function<void()> before;
+        ZoningStatus status;
+        const char* text;
+    } cases[] = {
+        {[this] { restart(); }, ZoningStatus::NoCache, "lock: DataCache::init() was not called"},
+        {[this] {
+             restart();
+             CacheTest::start(
+                 "switch = {wwn = '1000001122AABBCC', transparent = true}\n"
+                 "features = {transparent = true}");
+         },
+         ZoningStatus::Transparent, "lock: the switch is in transparent mode and has no zoning"},
+        {[this] { fault("function = 'vex_fzsGetZonesetList'\nnull = true"); }, ZoningStatus::NotRead,
+         "lock: the switch's zoning cannot be read: vex_fzsGetZonesetList with status 2 failed"},
+        {[this] { fault("function = 'vex_ZonesetGetName'\nskip = 1\nvalue = '[UberZoneSetKey]'"); },
+         ZoningStatus::NotRead,
+         "lock: the switch's zoning cannot be read: vex_ZonesetGetName of beta failed"},
+        {[this] { fault("function = 'vex_fzsGetZoneset'\nuptime_s = 91"); }, ZoningStatus::Expired,
+         "lock: the lock has expired; begin a new session"},
+    };
+    for (const auto& [before, status, text] : cases) {
+        start();
+        before();
         {
-            ZoningSession session(zoning(), client);
-            EXPECT_TRUE(session.removeMember(VEX_ZMT_FCID, "010203").done());
-            if (abandoned) session.abandon();
+            ZoningSession session = this->session();
+            EXPECT_EQ(session.lockOutcome().status(), status);
+            EXPECT_EQ(session.lockOutcome().text(), text);
+            EXPECT_FALSE(session.isOpen());
+            EXPECT_EQ(session.secondsLeft(), 0);
+            EXPECT_EQ(session.createZone("z9", VEX_ZT_SOFT).status(), ZoningStatus::Closed);
+            EXPECT_EQ(session.check().status(), ZoningStatus::Closed);
+            EXPECT_EQ(session.commit().status(), ZoningStatus::Closed);
+            EXPECT_EQ(session.abandon().status(), ZoningStatus::Closed);
         }
-        ZoningSession next(zoning(), client);
-        EXPECT_EQ(next.commit().status, ZoningStatus::NotLoaded) << "what was abandoned is still there";
-        EXPECT_EQ(next.removeZone("z3").status, ZoningStatus::NotLoaded);
-        expectBackToTheSwitch();
-        EXPECT_TRUE(next.removeZone("z3").done()) << "a load before the first edit does no harm";
-        EXPECT_TRUE(next.abandon().done());
-        expectBackToTheSwitch();
+        EXPECT_TRUE(isLockFree()) << text;
     }
 }
 
-TEST_F(ZoningSessions, AreRefusedWhereACommitWouldDoHarm) {
+TEST_F(ZoningSessions, OfOneProcessExcludeEachOther) {
+    ASSERT_EQ(zoning().ZoningLock(Arg{client}), 1);
+    EXPECT_EQ(zoning().replaceZoningDB(), 1);
+    bool expired = false;
+    EXPECT_TRUE(zoning().LockIdOK(Arg{client}, expired)) << "the flag that a direct commit leaves";
+    settle();
+    std::optional<ZoningSession> first = session();
+    EXPECT_TRUE(first->isOpen()) << "and that makes nobody busy";
+    EXPECT_TRUE(zoning().LockIdOK(Arg{client}, expired));
+    calls();
+    {
+        ZoningSession second = session();
+        EXPECT_EQ(second.lockOutcome().status(), ZoningStatus::Busy);
+    }
+    EXPECT_THAT(calls(), IsEmpty()) << "the lock is not its own to give back";
+    ZoningSession moved = std::move(*first);
+    first.reset();
+    EXPECT_TRUE(moved.createZone("z9", VEX_ZT_SOFT).done());
+    EXPECT_TRUE(moved.commit().done());
+    EXPECT_FALSE(zoning().LockIdOK(Arg{client}, expired));
+    EXPECT_EQ(moved.commit().status(), ZoningStatus::Closed);
+    moved = session();
+    EXPECT_TRUE(moved.isOpen());
+    EXPECT_GE(moved.secondsLeft(), 89);
+    moved = session();
+    EXPECT_EQ(moved.lockOutcome().status(), ZoningStatus::Busy) << "the right side is made first";
+    EXPECT_TRUE(isLockFree());
+}
+
+TEST_F(ZoningSessions, AreRefusedOnceTheyLostTheLock) {
     const std::pair<std::function<void()>, const char*> cases[] = {
-        {[this] { sim.advanceClock(91); }, "commit: the lock has expired"},
-        {[this] { step("do = 'zone_remove'\nname = 'z3'"); }, "commit: the zoning was loaded anew"},
-        {[this] { zoning().clearUber(); },
-         "commit: the zoning was loaded anew and the session's edits are lost"},
-        {[this] { cache().reloadZoning(); }, "commit: the configured zoning is not loaded"},
-        {[this] { zoning().ZoningUnlock(), zoning().ZoningLock(Arg{client}); }, "commit: the lock was taken"},
-        {[this] { zoning().ZoningUnlock(); }, "commit: the lock was taken"},
+        {[this] { sim.advanceClock(91); }, "the lock has expired; begin a new session"},
+        {[this] { zoning().ZoningUnlock(), zoning().ZoningLock(Arg{client}); },
+         "the lock was taken or given back by somebody else; begin a new session"},
+        {[this] { zoning().replaceZoningDB(); },
+         "the lock was taken or given back by somebody else; begin a new session"},
     };
     for (const auto& [happens, text] : cases) {
         start();
-        const auto session = std::make_unique<ZoningSession>(zoning(), client);
-        EXPECT_GE(session->secondsLeft(), 89);
-        EXPECT_TRUE(session->createZone("z9", VEX_ZT_SOFT).done());
-        happens();
-        const std::string config = sim.get("Oper.Zoning.InactiveChecksum").value();
-        const ZoningOutcome outcome = session->commit();
-        EXPECT_THAT(outcome.text(), StartsWith(text));
-        EXPECT_EQ(session->createZone("z8", VEX_ZT_SOFT).status, outcome.status);
-        EXPECT_EQ(session->secondsLeft() == 0,
-                  outcome.status == ZoningStatus::Expired || outcome.status == ZoningStatus::Taken);
-        EXPECT_EQ(sim.get("Oper.Zoning.InactiveChecksum"), config) << text;
-    }
-}
-
-TEST_F(ZoningSessions, ThatAreTakenOverLeaveNothingToTheNext) {
-    sim.run("do = 'admin'\nshared = true");
-    auto first = std::make_unique<ZoningSession>(zoning(), client);
-    EXPECT_TRUE(first->createZone("first", VEX_ZT_SOFT).done());
-    ZoningSession second(zoning(), client);
-    EXPECT_EQ(first->commit().status, ZoningStatus::Taken) << "though its id is the same";
-    EXPECT_EQ(second.createZone("second", VEX_ZT_SOFT).status, ZoningStatus::NotLoaded);
-    settle();
-    EXPECT_TRUE(second.createZone("second", VEX_ZT_SOFT).done());
-    calls();
-    first.reset();
-    EXPECT_THAT(calls(), IsEmpty()) << "the lock is not its own to give back";
-    EXPECT_TRUE(second.commit().done());
-    EXPECT_EQ(second.commit().status, ZoningStatus::Closed);
-    allEvents();
-    expectBackToTheSwitch();
-    EXPECT_THAT(shown(), AllOf(HasSubstr("zone second ("), Not(HasSubstr("zone first ("))));
-}
-
-/** Runs once at the next change of the database, inside the callback. */
-std::function<void()> insideTheCallback;
-
-TEST_F(ZoningSessions, ThatEndInsideTheCallbackAreFollowedByALoad) {
-    {
-        const AccessGuard guard;
-        peer().callback = [](DataCacheEvent* event) {
-            if (event->type != DCEventZoningDBChange::TYPE || !insideTheCallback) return;
-            std::exchange(insideTheCallback, nullptr)();
-        };
-    }
-    const std::string before = shown();
-    insideTheCallback = [this] {
-        ZoningSession session(zoning(), client);
+        ZoningSession session = this->session();
         EXPECT_TRUE(session.createZone("z9", VEX_ZT_SOFT).done());
-    };
-    cache().reloadZoning();
-    EXPECT_GE(settle(), 2);
-    EXPECT_EQ(insideTheCallback, nullptr);
-    EXPECT_EQ(shown(), before) << "the edits are gone";
-    EXPECT_TRUE(ZoningSession(zoning(), client).createZone("z9", VEX_ZT_SOFT).done());
-    settle();
+        happens();
+        const std::string config = checksum();
+        EXPECT_EQ(session.commit().reason(), text);
+        EXPECT_EQ(session.createZone("z8", VEX_ZT_SOFT).reason(), text);
+        EXPECT_EQ(session.secondsLeft(), 0);
+        EXPECT_EQ(checksum(), config);
+        zoning().ZoningUnlock();
+    }
+}
 
-    insideTheCallback = [this] { cache().reloadZoning(); };
-    cache().reloadZoning();
-    settle();
-    EXPECT_TRUE(zoning().database().loaded) << "a request in there is lost, and locks nobody out";
-    EXPECT_EQ(settle(), 0);
+TEST_F(ZoningSessions, TakeNoNameThatCannotBeOne) {
+    using namespace std::string_literals;
+    ZoningSession session = this->session();
+    const std::string before = session.check().text();
+    calls();
+    for (const std::string& name : {"z\n9"s, "z1\0x"s, "\x7f"s, "[UberZoneSetKey]"s, "[ActiveZoneSetKey]"s}) {
+        for (const ZoningOutcome& outcome :
+             {session.createZone(name, VEX_ZT_SOFT), session.removeZoneset(name), session.createZoneset(name),
+              session.addZoneToZoneset(name, "z1"), session.addMemberToZone("z3", VEX_ZMT_ALIAS, name)}) {
+            EXPECT_EQ(outcome.status(), ZoningStatus::Invalid);
+            EXPECT_EQ(outcome.failure().name, name);
+            EXPECT_EQ(outcome.text().find('\n'), std::string::npos);
+        }
+    }
+    EXPECT_THAT(calls(), IsEmpty());
+    const std::string longest(65, 'n');
+    for (const ZoningOutcome& outcome : {session.createZone(longest, VEX_ZT_SOFT),
+                                         session.createZoneAlias(longest), session.createZoneset(longest)})
+        EXPECT_EQ(outcome.status(), ZoningStatus::Invalid) << outcome.text();
+    const std::pair<ZoningOutcome, const char*> missing[] = {
+        {session.addZoneToZoneset("gamma", "z1"), "there is no zoneset gamma"},
+        {session.addZoneToZoneset("beta", "z9"), "there is no zone z9"},
+        {session.removeZoneAlias("a9"), "there is no alias a9"},
+        {session.removeMemberFromZone("z1", VEX_ZMT_FCID, "010203"), "there is no member 010203"},
+    };
+    for (const auto& [outcome, reason] : missing) EXPECT_EQ(outcome.reason(), reason);
+    EXPECT_EQ(session.check().text(), before);
+}
+
+TEST_F(ZoningSessions, TellWhatTheActiveZonesetBrings) {
+    {
+        ZoningSession session = this->session();
+        EXPECT_TRUE(session.removeZoneFromZoneset("alpha", "z1").done());
+        EXPECT_EQ(
+            session.check().text(),
+            "check: done; the active zoneset brings into zoneset alpha: zone z1 (removed in this session)");
+        EXPECT_TRUE(session.removeZone("z2").done());
+        const ZoningOutcome refused = session.commit();
+        EXPECT_THAT(refused.text(), HasSubstr("commit: nothing was sent: the active zoneset still needs zone "
+                                              "z2, which is not configured; the active zoneset brings"));
+        EXPECT_EQ(refused.failure().object, ZoningObject::Zone);
+        EXPECT_TRUE(session.createZone("z2", VEX_ZT_SOFT).done());
+        EXPECT_TRUE(session.removeZoneset("alpha").done());
+        EXPECT_EQ(session.commit().reason(),
+                  "done; the active zoneset brings into zoneset alpha: the zoneset itself (removed in this "
+                  "session), zone z1 (removed in this session), zone z2 (removed in this session)");
+    }
+    step("do = 'zoning_replace'\nzone = [{name = 'z1'}, {name = 'z2'}]");
+    EXPECT_THAT(session().check().reason(), HasSubstr("zone z2 (gone before this session)"));
+}
+
+TEST_F(ZoningSessions, SendNoMemberWithoutAKnownType) {
+    ZoningSession session = this->session();
+    EXPECT_TRUE(session.createZone("z9", VEX_ZT_SOFT).done());
+    EXPECT_EQ(session.addMemberToZone("z9", VEX_ZMT_NODENAME, "2000001122000001").status(),
+              ZoningStatus::Invalid);
+    const std::string config = checksum();
+    fault("function = 'vex_MemberGetAttr'\nresult = 6");
+    const ZoningOutcome outcome = session.commit();
+    EXPECT_EQ(outcome.status(), ZoningStatus::Inconsistent);
+    EXPECT_EQ(outcome.failure().object, ZoningObject::Alias);
+    EXPECT_EQ(outcome.failure().name, "a1");
+    EXPECT_EQ(checksum(), config);
+    EXPECT_TRUE(session.commit().done()) << "it stays open";
+}
+
+TEST_F(ZoningSessions, SayWhatTheSwitchHasAfterACommit) {
+    const auto refuse = [](const std::string& key, unsigned status = 206) {
+        return "function = 'vex_smlSetBatch'\nkey = 'Cmd." + key + "'\nstatus = " + std::to_string(status);
+    };
+    const std::string noRead = "function = 'vex_smlGetBatch'\nskip = 1\nresult = 8";
+    const struct {
+        std::vector<std::string> faults;
+        ZoningStatus status;
+        const char* text;
+    } cases[] = {
+        {{refuse("Switch.RelAdmin")}, ZoningStatus::Done, "done"},
+        {{refuse("Switch.RelAdmin") + "\ntimes = 2"},
+         ZoningStatus::NotReleased,
+         "done; the lock or the admin rights were not given back: the switch refused Cmd.Switch.RelAdmin "
+         "with "
+         "status 206"},
+        {{refuse("Zoning.SaveConfig", 4)},
+         ZoningStatus::Refused,
+         "the switch refused Cmd.Zoning.SaveConfig with status 4"},
+        {{refuse("Zoning.SaveConfig", 4), noRead},
+         ZoningStatus::Refused,
+         "the switch refused Cmd.Zoning.SaveConfig with status 4"},
+        {{refuse("Zoning.Zone.z9.Create")},
+         ZoningStatus::Refused,
+         "the switch refused Cmd.Zoning.Zone.z9.Create with status 206"},
+        {{refuse("Zoning.Zone.z1.AddZoneMember.*")},
+         ZoningStatus::SavedInPart,
+         "a part was saved: the switch refused Cmd.Zoning.Zone.z1.AddZoneMember.2000001122000003 with status "
+         "206"},
+        {{refuse("Zoning.Zone.z1.AddZoneMember.*"), noRead},
+         ZoningStatus::SavedInPart,
+         "a part was saved: the switch refused Cmd.Zoning.Zone.z1.AddZoneMember.2000001122000003 with status "
+         "206"},
+        {{refuse("Zoning.Zone.z9.ZoneType.Soft")}, ZoningStatus::Done, "done"},
+        {{"function = 'vex_smlSetBatch'\nresult = 9"},
+         ZoningStatus::Refused,
+         "the switch refused vex_smlSetBatch with status 9"},
+        {{"function = 'vex_smlSetBatch'\nresult = 9", noRead},
+         ZoningStatus::Unknown,
+         "the switch does not tell what it saved: vex_smlSetBatch with status 9 failed"},
+    };
+    for (const auto& [faults, status, text] : cases) {
+        start();
+        ZoningSession session = this->session();
+        EXPECT_TRUE(session.createZone("z9", VEX_ZT_SOFT).done());
+        for (const std::string& fields : faults) fault(fields);
+        const std::string config = checksum();
+        const ZoningOutcome outcome = session.commit();
+        EXPECT_EQ(outcome.status(), status) << outcome.text();
+        EXPECT_EQ(outcome.reason(), text);
+        EXPECT_FALSE(session.isOpen());
+        EXPECT_EQ(isLockFree(), status != ZoningStatus::NotReleased);
+        const bool same = status == ZoningStatus::Refused || status == ZoningStatus::Unknown;
+        EXPECT_EQ(checksum() == config, same) << text;
+        EXPECT_EQ(settle() > 0, true) << "the cache is asked to look";
+        EXPECT_EQ(shown().find("zone z9 (") == std::string::npos, same) << text;
+    }
+}
+
+TEST_F(ZoningSessions, SendNoEditThatWasCarriedOutInPart) {
+    const std::string config = checksum();
+    const std::pair<const char*, std::function<ZoningOutcome(ZoningSession&)>> cases[] = {
+        {"function = 'vex_ZonesetRemoveZone'\nskip = 2\nresult = 6",
+         [](ZoningSession& session) { return session.removeZone("z1"); }},
+        {"function = 'vex_ZoneAliasDeleteMember'\nresult = 6",
+         [](ZoningSession& session) {
+             EXPECT_TRUE(session.addMemberToZone("z3", VEX_ZMT_WWN, "2000001122000001").done());
+             return session.removeMember(VEX_ZMT_WWN, "2000001122000001");
+         }},
+    };
+    for (const auto& [fields, edit] : cases) {
+        ZoningSession session = this->session();
+        fault(fields);
+        EXPECT_EQ(edit(session).status(), ZoningStatus::Damaged);
+        EXPECT_EQ(session.createZone("z9", VEX_ZT_SOFT).status(), ZoningStatus::Damaged);
+        EXPECT_EQ(session.commit().status(), ZoningStatus::Damaged);
+        EXPECT_TRUE(session.abandon().done());
+        EXPECT_EQ(checksum(), config);
+    }
+    // The active zoneset's copy of an alias lacks the member: what is configured is edited all the same.
+    ZoningSession session = this->session();
+    EXPECT_TRUE(session.addMemberToZoneAlias("a1", VEX_ZMT_FCID, "010203").done());
+    EXPECT_TRUE(session.removeMemberFromZoneAlias("a1", VEX_ZMT_FCID, "010203").done());
+}
+
+TEST_F(ZoningSessions, LoseNothingButTheReasonWithoutMemory) {
+    const std::string longName = "a_name_of_more_than_a_few_characters";
+    enum { Commit, RefusedCommit, Abandon };
+    for (const int way : {Commit, RefusedCommit, Abandon}) {
+        bool ran = false;
+        for (size_t next = 0; !ran && !HasFailure(); ++next) {
+            SCOPED_TRACE(std::to_string(way) + ' ' + std::to_string(next));
+            if (way == RefusedCommit) fault("function = 'vex_smlSetBatch'\nkey = '*.SaveConfig'\nstatus = 4");
+            const std::string config = checksum();
+            bool zone = false, zoneset = false, saved = false;
+            {
+                Allocations memory;
+                memory.failAfter(next);
+                ZoningSession session = DataCache::zoningSession(longName);
+                zone = session.createZone(longName, VEX_ZT_SOFT).done();
+                zoneset = session.createZoneset(longName).done();
+                (void)session.removeMember(VEX_ZMT_WWN, "2000001122000001");
+                saved = (way == Abandon ? session.abandon() : session.commit()).done() && way != Abandon;
+                ran = memory.count() <= next;
+            }
+            EXPECT_TRUE(!saved || way == Commit) << "it was refused";
+            EXPECT_TRUE(!ran || (zone && zoneset && saved == (way == Commit)));
+            sim.run("do = 'clear_faults'");
+            EXPECT_TRUE(isLockFree());
+            EXPECT_EQ(checksum() != config, saved);
+            if (!saved) continue;
+            settle();
+            EXPECT_EQ(shown().find("zone " + longName) != std::string::npos, zone);
+            EXPECT_EQ(shown().find("zoneset " + longName) != std::string::npos, zoneset);
+            start();
+        }
+    }
+}
+
+TEST_F(ZoningSessions, OfTheOlderInterfaceNeedNoMemoryToBeTold) {
+    for (size_t next = 0;; ++next) {
+        SCOPED_TRACE(next);
+        bool expired = false;
+        Allocations memory;
+        memory.failAfter(next);
+        std::string id = client;
+        const int locked = zoning().ZoningLock(id.data());
+        EXPECT_EQ(zoning().LockIdOK(id.data(), expired), locked == 1);
+        const int sent = zoning().replaceZoningDB();
+        const bool ran = memory.count() <= next;
+        EXPECT_TRUE(!ran || (locked == 1 && sent == 1));
+        memory.failAfter(1000000);
+        zoning().ZoningUnlock();
+        EXPECT_TRUE(isLockFree());
+        if (ran || HasFailure()) break;
+    }
 }
 
 }  // namespace

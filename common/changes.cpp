@@ -1,4 +1,4 @@
-#include "datacache/changes.h"
+#include "common/changes.h"
 
 #include <chrono>
 #include <condition_variable>
