@@ -97,6 +97,7 @@ class ZoneStatements {
 
     /** Whether a lock is still kHeld; an expired one counts, because the switch may still hold it. */
     bool locked() const { return _zoning.has_value() && _zoning->isOpen(); }
+    bool committed() const { return _committed; }
 
   private:
     Outcome lock();
@@ -106,6 +107,7 @@ class ZoneStatements {
 
     Session& _session;
     std::optional<ZoningSession> _zoning;
+    bool _committed = false;
 };
 
 Outcome ZoneStatements::carryOut(const Statement& statement) {
@@ -142,6 +144,7 @@ Outcome ZoneStatements::edit(const Statement& statement) {
     if (!locked()) return refused("there is no lock; take it with: lock");
     const ZoningOutcome zoning = apply(*_zoning, statement);
     Outcome outcome = outcomeOf(zoning);
+    _committed = _committed || (zoning.done() && statement.code == ZONE_COMMIT);
     if (locked()) {
         outcome.fields["lockSeconds"] = _zoning->secondsLeft();
     } else if (zoning.failure().held.empty()) {
@@ -160,8 +163,19 @@ Outcome ZoneStatements::wait(const std::string& seconds) {
     return {true, {{"result", "done"}}};
 }
 
+/** Waits for the switch to tell of a commit, which it does unless the commit changed nothing: so that a
+ * recording of this has the notification. */
+void awaitNotification(Session& session, uint32_t received) {
+    constexpr std::chrono::seconds kMostWait(2);
+    const Session::Clock::time_point begin = Session::Clock::now();
+    while (DataCache::health().events().received == received && !session.interrupted() &&
+           Session::Clock::now() - begin < kMostWait)
+        session.wait();
+}
+
 /** Carries the statements out; returns whether all were done. */
 bool edit(Session& session, const HostRequest& request) {
+    const uint32_t received = DataCache::health().events().received;
     ZoneStatements zoning(session);
     bool done =
         carryOut(session, request, [&](const Statement& statement) { return zoning.carryOut(statement); });
@@ -169,6 +183,7 @@ bool edit(Session& session, const HostRequest& request) {
         printOutcome("abandon", zoning.carryOut({ZONE_UNLOCK, {}, ""}), request.json);
         done = false;
     }
+    if (zoning.committed()) awaitNotification(session, received);
     if (session.interrupted()) return false;
     session.setUndone("showing the zoning");
     {

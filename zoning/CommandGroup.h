@@ -61,6 +61,8 @@ class CommandGroup {
         }
         return true;
     }
+    /** Whether the call itself succeeded, whatever became of its commands. */
+    bool called() const { return _result == 0; }
     /** Whether one of the first `count` commands was refused. */
     bool anyRefused(int count) const {
         for (int i = 0; i < count; ++i) {

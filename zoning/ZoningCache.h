@@ -237,8 +237,9 @@ class DC_EXPORT ZoningCache {
     /** Takes the lock for a client, and for a session (which may be null). */
     DC_HIDDEN datacache::ZoningReport _takeLock(datacache::CommandGroup& group, const char* lockId,
                                                 const void* session) DC_REQUIRES(access_lock);
-    /** Gives the lock back, which takes admin rights; false when the switch refused a part. */
-    DC_HIDDEN bool _giveLockBack(datacache::CommandGroup& group, bool hasRights = true)
+    /** Gives the lock and admin rights back; false when the switch refused a part. What is perhaps not held
+     * any more is taken again first, as a switch refuses to take back what it does not miss. */
+    DC_HIDDEN bool _giveLockBack(datacache::CommandGroup& group, bool hasRights = true, bool hasLock = true)
         DC_REQUIRES(access_lock);
     DC_HIDDEN void _forgetLock() DC_REQUIRES(access_lock);
     /**

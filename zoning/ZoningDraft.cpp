@@ -54,6 +54,13 @@ ZoningReport ZoningDraft::read() {
     return report.done() ? _noteActive() : report;
 }
 
+ZoningReport ZoningDraft::readKeys() {
+    const ReadTrace trace;
+    SmlBatch batch;
+    if (!_zoning._readKeys(hSwitch, batch)) return notRead(trace);
+    return {};
+}
+
 void ZoningDraft::takeLimits(const ZoningCache& shared) {
     _zoning._limits = shared._limits;
     if (!shared._limitsRead() && vex_fzsGetZoningLimitations(hSwitch, &_zoning._limits) != 0)
@@ -61,13 +68,11 @@ void ZoningDraft::takeLimits(const ZoningCache& shared) {
 }
 
 ZoningReport ZoningDraft::checkUnchanged() const {
-    const ReadTrace trace;
-    SmlBatch batch;
-    ZoningCache now;
-    if (!now._readKeys(hSwitch, batch)) return notRead(trace);
-    const bool same = now._inactiveChecksum == _zoning._inactiveChecksum &&
-                      now._activeChecksum == _zoning._activeChecksum &&
-                      now._activeZonesetName == _zoning._activeZonesetName;
+    ZoningDraft now;
+    ZoningReport report = now.readKeys();
+    if (!report.done()) return report;
+    const bool same = now.hasChecksumOf(*this) && now._zoning._activeChecksum == _zoning._activeChecksum &&
+                      now._zoning._activeZonesetName == _zoning._activeZonesetName;
     return {same ? ZoningStatus::Done : ZoningStatus::Changed};
 }
 
@@ -128,13 +133,14 @@ ZoningReport ZoningDraft::checkActive() const {
     return {};
 }
 
-bool ZoningDraft::isWhatWasSent(const ZoningDraft& sent) const {
+std::optional<bool> ZoningDraft::isWhatWasSent(const ZoningDraft& sent) const {
     ZoningDatabase wanted = sent._zoning.database();
     ZoningDatabase found = _zoning.database();
     const auto isActive = [](const ZoningZoneset& zoneset) { return zoneset.active; };
     found.zonesets.erase(std::remove_if(found.zonesets.begin(), found.zonesets.end(), isActive),
                          found.zonesets.end());
-    return wanted.complete && found.complete && configuredBy(wanted) == configuredBy(found);
+    if (!wanted.complete || !found.complete) return std::nullopt;
+    return configuredBy(wanted) == configuredBy(found);
 }
 
 }  // namespace datacache

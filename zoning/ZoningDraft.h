@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ class ZoningDraft {
     /** Reads the switch's whole zoning, with the calls of a pass. Not done where anything of it is not here.
      */
     ZoningReport read() DC_REQUIRES(access_lock);
+    /** Reads the switch's checksums alone. */
+    ZoningReport readKeys() DC_REQUIRES(access_lock);
     /** Takes over the limits that the shared cache knows, or else reads them. */
     void takeLimits(const ZoningCache& shared) DC_REQUIRES(access_lock);
     /** Whether the switch's checksums are those that were read; Changed, or NotRead with the reason. */
@@ -35,8 +38,9 @@ class ZoningDraft {
     bool hasChecksumOf(const ZoningDraft& other) const DC_REQUIRES(access_lock) {
         return _zoning._inactiveChecksum == other._zoning._inactiveChecksum;
     }
-    /** Whether this is what the switch has when it has saved all of `sent`. */
-    bool isWhatWasSent(const ZoningDraft& sent) const DC_REQUIRES(access_lock);
+    /** Whether this is what the switch has when it has saved all of `sent`; nothing where an object of either
+     * cannot be read. */
+    std::optional<bool> isWhatWasSent(const ZoningDraft& sent) const DC_REQUIRES(access_lock);
 
   private:
     /** A zone of the active zoneset, and where it was when the draft was read. */

@@ -84,7 +84,7 @@ std::string reasonOf(ZoningStatus status, const ZoningFailure& failure) {
         case ZoningStatus::SavedInPart:
             return "a part was saved: the switch refused " + callOf(failure);
         case ZoningStatus::Unknown:
-            return "the switch does not tell what it saved: " + callOf(failure) + " failed";
+            return "what the switch saved is not known, after " + callOf(failure);
     }
     return "";
 }

@@ -112,10 +112,11 @@ class DC_EXPORT ZoningSession {
      * - Done: all of it. NotReleased: all of it, but the lock or the rights were not given back;
      * - Refused: nothing of it. The failure names the first command that was refused, or the call;
      * - SavedInPart: a part, as the switch went on after a command that it refused, the failure's;
-     * - Unknown: the switch no longer answers, or its zoning is neither what it was nor what was sent.
-     * Where the switch did not carry out every command, its zoning is read anew to find out. Each of them but
-     * Done and NotReleased tells in ZoningFailure::held if the lock or the rights were not given back. Any
-     * other outcome sent nothing and leaves the session open.
+     * - Unknown: the switch no longer answers, or its zoning is neither what it was nor what was sent; or it
+     *   says that it saved all and shows what it had before.
+     * Where the switch did not carry out every command, its zoning is read anew to find out; where it says
+     * that it did, its checksum alone. Each of them but Done tells in ZoningFailure::held if the lock or the
+     * rights were not given back. Any other outcome sent nothing and leaves the session open.
      */
     ZoningOutcome commit() DC_TAKES(access_lock);
     /** Gives the lock back and drops the draft. The session is closed even when the switch refuses to take

@@ -38,7 +38,7 @@ ZoningSessionState::~ZoningSessionState() {
     const AccessGuard guard;
     const LockUse use(LockHolder::Session, "abandon");
     ZoningFailure untold;
-    if (isOpen()) _close(true, true, untold);
+    if (isOpen()) _close(Held::Yes, Held::Yes, untold);
 }
 
 ZoningOutcome ZoningSessionState::outcome(std::initializer_list<std::string_view> words, ZoningReport report,
@@ -86,7 +86,7 @@ ZoningReport ZoningSessionState::_begin() {
     } catch (const std::bad_alloc&) {
         report = {ZoningStatus::OutOfMemory};
     }
-    if (!report.done()) _close(true, true, report.failure);
+    if (!report.done()) _close(Held::Yes, Held::Yes, report.failure);
     return report;
 }
 
@@ -150,25 +150,27 @@ ZoningReport ZoningSessionState::_prepare(CommandGroup& group, std::vector<Zonin
 // From here on nothing may be thrown: the switch has acted, and that must be told.
 ZoningReport ZoningSessionState::_send(CommandGroup& group) {
     ZoningReport report;
-    if (!group.send()) {
-        cim_log(CIM_LOG_TRACE, "DCACHE: Zoning session failed\n");
-        switch (_whatIsSaved(group)) {
-            case Saved::Nothing:
-                report.status = ZoningStatus::Refused;
-                break;
-            case Saved::Part:
-                report.status = ZoningStatus::SavedInPart;
-                break;
-            case Saved::Unknown:
-                report.status = ZoningStatus::Unknown;
-                break;
-            case Saved::All:
-                break;
-        }
-        if (!report.done()) report.failure = group.failure();
+    const bool carriedOut = group.send();
+    if (!carriedOut) cim_log(CIM_LOG_TRACE, "DCACHE: Zoning session failed\n");
+    switch (_whatIsSaved(group)) {
+        case Saved::Nothing:
+            report.status = ZoningStatus::Refused;
+            break;
+        case Saved::Part:
+            report.status = ZoningStatus::SavedInPart;
+            break;
+        case Saved::Unknown:
+            report.status = ZoningStatus::Unknown;
+            break;
+        case Saved::All:
+            break;
     }
-    const int unlock = group.size() - 2;
-    const bool released = _close(group.answer(unlock) != 0, group.answer(unlock + 1) != 0, report.failure);
+    if (!report.done()) report.failure = carriedOut ? failureOf("Cmd.Zoning.SaveConfig") : group.failure();
+    const auto held = [&group](int index) {
+        if (group.answer(index) == CommandGroup::kUnanswered) return Held::Unknown;
+        return group.answer(index) == 0 ? Held::No : Held::Yes;
+    };
+    const bool released = _close(held(group.size() - 2), held(group.size() - 1), report.failure);
     if (report.done() && !released) report.status = ZoningStatus::NotReleased;
     _shared->_refreshWanted = true;
     _refresh();
@@ -179,28 +181,34 @@ ZoningSessionState::Saved ZoningSessionState::_whatIsSaved(const CommandGroup& g
     const int save = group.size() - 3;
     const uint32_t answer = group.answer(save);
     const bool locked = group.answer(save + 1) != 0;  // still, so nobody else can have changed anything
-    if (group.allCarriedOut(save + 1) && (locked || group.answer(save + 2) != 0)) return Saved::All;
+    const bool carriedOut = group.called() && group.allCarriedOut(save + 1);
     try {
         ZoningDraft now;
+        // A switch that says that it has saved, and has the checksum of before, may have had it all already.
+        if (carriedOut && !(now.readKeys().done() && now.hasChecksumOf(*_draft))) return Saved::All;
         if (now.read().done()) {
-            if (now.hasChecksumOf(*_draft)) return Saved::Nothing;
-            if (now.isWhatWasSent(*_draft)) return Saved::All;
-            return answer == 0 || locked ? Saved::Part : Saved::Unknown;
+            if (!carriedOut && now.hasChecksumOf(*_draft)) return Saved::Nothing;
+            const std::optional<bool> all = now.isWhatWasSent(*_draft);
+            if (all == true) return Saved::All;
+            // One that says so and shows the former zoning may only be late.
+            if (all == false && carriedOut) return Saved::Unknown;
+            if (all == false) return answer == 0 || locked ? Saved::Part : Saved::Unknown;
         }
     } catch (const std::bad_alloc&) {
     }
     // The switch does not tell what it has, so its answers are all that there is.
+    if (carriedOut) return Saved::All;
     if (answer == CommandGroup::kUnanswered) return Saved::Unknown;
     if (answer != 0) return Saved::Nothing;
     return group.anyRefused(save) ? Saved::Part : Saved::Unknown;
 }
 
-bool ZoningSessionState::_close(bool lock, bool rights, ZoningFailure& failure) {
+bool ZoningSessionState::_close(Held lock, Held rights, ZoningFailure& failure) {
     bool released = true;
     if (_shared->_session == this) {  // else what there is to give back is somebody else's
-        if (lock || rights) {
-            _shared->_giveLockBack(_lockCommands, rights);
-            released = _lockCommands.givenBack(lock, true, failure);
+        if (lock != Held::No || rights != Held::No) {
+            _shared->_giveLockBack(_lockCommands, rights == Held::Yes, lock != Held::Unknown);
+            released = _lockCommands.givenBack(lock != Held::No, true, failure);
         }
         _shared->_forgetLock();
     }
@@ -213,7 +221,7 @@ ZoningOutcome ZoningSessionState::abandon() noexcept {
         ZoningReport report;
         if (!isOpen()) {
             report.status = ZoningStatus::Closed;
-        } else if (!_close(true, true, report.failure)) {
+        } else if (!_close(Held::Yes, Held::Yes, report.failure)) {
             report.status = ZoningStatus::NotReleased;
         }
         return report;

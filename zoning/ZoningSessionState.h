@@ -42,6 +42,7 @@ class ZoningSessionState {
   private:
     /** What the switch has of a group that it did not carry out whole. */
     enum class Saved { Nothing, Part, All, Unknown };
+    enum class Held { No, Yes, Unknown };
 
     /** Every step runs in here: `carryOut` gives its report. */
     template <typename CarryOut>
@@ -56,12 +57,12 @@ class ZoningSessionState {
     Saved _whatIsSaved(const CommandGroup& group) DC_REQUIRES(access_lock);
     /** Closes the session, with what it still holds given back; false, with the reason, where that was
      * refused. */
-    bool _close(bool lock, bool rights, ZoningFailure& failure) DC_REQUIRES(access_lock);
+    bool _close(Held lock, Held rights, ZoningFailure& failure) DC_REQUIRES(access_lock);
 
     ZoningCache* const _shared;
     const std::string _client;
     void (*const _refresh)();
-    CommandGroup _lockCommands{3};  ///< made before the lock is taken, so that it can always be given back
+    CommandGroup _lockCommands{4};  ///< made before the lock is taken, so that it can always be given back
     std::optional<ZoningDraft> _draft DC_GUARDED_BY(access_lock);  ///< none when the session is closed
     bool _damaged DC_GUARDED_BY(access_lock) = false;
 };

@@ -45,9 +45,10 @@ int ZoningCache::ZoningUnlock() {
     return group.ok() && _giveLockBack(group) ? 1 : 0;
 }
 
-bool ZoningCache::_giveLockBack(CommandGroup& group, bool hasRights) {
+bool ZoningCache::_giveLockBack(CommandGroup& group, bool hasRights, bool hasLock) {
     group.clear();
     if (!hasRights) group.add("Cmd.Switch.ReqAdmin");
+    if (!hasLock) group.add("Cmd.Zoning.FabricLock.77");
     group.add("Cmd.Zoning.FabricUnlock.77");
     group.add("Cmd.Switch.RelAdmin");
     const bool given = group.send();

@@ -251,6 +251,10 @@ TEST_F(ZoningSessions, SayWhatTheSwitchHasAfterACommit) {
         {{refuse("Zoning.SaveConfig", 4), noRead},
          ZoningStatus::Refused,
          "the switch refused Cmd.Zoning.SaveConfig with status 4"},
+        {{refuse("Zoning.SaveConfig", 0)},
+         ZoningStatus::Unknown,
+         "what the switch saved is not known, after Cmd.Zoning.SaveConfig"},
+        {{refuse("Zoning.SaveConfig", 5) + "\ncarried_out = true"}, ZoningStatus::Done, "done"},
         {{refuse("Zoning.Zone.z9.Create")},
          ZoningStatus::Refused,
          "the switch refused Cmd.Zoning.Zone.z9.Create with status 206"},
@@ -266,9 +270,10 @@ TEST_F(ZoningSessions, SayWhatTheSwitchHasAfterACommit) {
         {{"function = 'vex_smlSetBatch'\nresult = 9"},
          ZoningStatus::Refused,
          "the switch refused vex_smlSetBatch with status 9"},
+        {{"function = 'vex_smlSetBatch'\nresult = 9\ncarried_out = true"}, ZoningStatus::Done, "done"},
         {{"function = 'vex_smlSetBatch'\nresult = 9", noRead},
          ZoningStatus::Unknown,
-         "the switch does not tell what it saved: vex_smlSetBatch with status 9 failed"},
+         "what the switch saved is not known, after vex_smlSetBatch with status 9"},
     };
     for (const auto& [faults, status, text] : cases) {
         start();
