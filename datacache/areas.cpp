@@ -71,6 +71,7 @@ void DataCache::_markAll(const MarkReason& reason) {
         if (_rowOf(area).load != nullptr) _markArea(area, reason);
     }
     localPortRefreshSet();
+    _zoningCache._wantMissingActive();
 }
 
 void DataCache::_compareArea(CacheArea area, const PortSet& portsRead) {

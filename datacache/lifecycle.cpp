@@ -121,6 +121,8 @@ bool DataCache::_prepareRetry() {
     const AccessGuard guard;
     // Of what the switch did until now nobody told the cache.
     if (registered) _markAll({MarkCause::Retry});
+    const bool gap = _zoningCache._wantMissingActive();
+    if (gap) _markArea(CacheArea::Zoning, {MarkCause::Retry});
     // An event waits after a dispatch that an exception left.
-    return registered || health.anyAreaStale() || !health.noEventWaits();
+    return registered || gap || health.anyAreaStale() || !health.noEventWaits();
 }

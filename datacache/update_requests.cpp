@@ -75,6 +75,7 @@ void DataCache::refreshNow() {
     if (instance == nullptr) return;
     instance->updateAll();
     instance->localPortRefreshSet();
+    instance->_zoningCache._wantMissingActive();
     wakeEvaluation();
 }
 

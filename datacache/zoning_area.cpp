@@ -3,6 +3,7 @@
 #include "datacache/HealthMonitor.h"
 #include "datacache/reports.h"
 #include "datacache/wake_ups.h"
+#include "switchlib/ReadTrace.h"
 #include "switchlib/SmlBatch.h"
 #include "zoning/ZoningReport.h"
 #include "zoning/ZoningSession.h"
@@ -18,16 +19,23 @@ int DataCache::_getZoningInfo() {
         logUpdateFailed("_getZoningInfo", 2469);
         return 0;
     }
-    if (cache._activeDiffers()) {
-        cache._loadActive(_handle);  // a failure is only logged: the zoneset then counts as loaded
-        cim_log(CIM_LOG_TRACE,
-                "DCACHE: DCEventActiveZonesetChange: activeZoneset=%s previousActiveZoneset=%s\n",
-                cache._activeZonesetName.c_str(), cache._prevActiveZonesetName.c_str());
-        // Until the host was told the load stays due, as an exception of its callback must not leave here
-        // what the switch may no longer have when it reports its former checksum again.
-        notify(_callback, DCEventActiveZonesetChange(parseWwn(batch.text(0)), cache._prevActiveZonesetName,
-                                                     cache._activeZonesetName));
+    if (cache._activeDiffers() || cache._activeWanted) {
+        const bool differs = cache._activeDiffers();
+        // A failure is only logged, and told by the health: the zoneset then counts as loaded.
+        const bool loaded = cache._loadActive(_handle).done();
+        if (differs || loaded) {
+            cim_log(CIM_LOG_TRACE,
+                    "DCACHE: DCEventActiveZonesetChange: activeZoneset=%s previousActiveZoneset=%s\n",
+                    cache._activeZonesetName.c_str(), cache._prevActiveZonesetName.c_str());
+            // Until the host was told the load stays due, as an exception of its callback must not leave here
+            // what the switch may no longer have when it reports its former checksum again.
+            notify(_callback,
+                   DCEventActiveZonesetChange(parseWwn(batch.text(0)), cache._prevActiveZonesetName,
+                                              cache._activeZonesetName));
+        }
         cache._activeTold();
+    } else {
+        ReadTrace::failedBefore(cache._activeGap);
     }
 
     if (!cache._configuredDiffers()) return 1;

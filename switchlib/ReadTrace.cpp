@@ -40,6 +40,16 @@ void ReadTrace::failedToo() {
     if (current != nullptr) ++current->_failures;
 }
 
+void ReadTrace::failedBefore(const ReadFailure& failure) {
+    if (current == nullptr || failure.fault == ReadFault::None) return;
+    current->_last = failure;
+    if (++current->_failures == 1) current->_first = failure;
+}
+
+ReadFailure ReadTrace::latest() {
+    return current == nullptr ? ReadFailure{} : current->_last;
+}
+
 void ReadTrace::place(const char* function, int line) {
     if (current == nullptr) return;
     copyBounded(current->_last.function, function);

@@ -34,6 +34,10 @@ class ReadTrace {
     static void failed(ReadFault fault, const char* call, const char* key, uint32_t keys, int32_t status);
     /** Counts another failure of the call that failed last. */
     static void failedToo();
+    /** Notes a failure of an earlier load that still stands, if there was one. */
+    static void failedBefore(const ReadFailure& failure);
+    /** What failed last on this thread; ReadFault::None where nothing did. */
+    static ReadFailure latest();
     /** Notes where the log tells of the last failure. */
     static void place(const char* function, int line);
 

@@ -7,6 +7,7 @@
 #include "common/AccessLock.h"
 #include "common/export.h"
 #include "common/thread_annotations.h"
+#include "switchlib/ReadFailure.h"
 #include "vexlib/vexlib.h"
 #include "zoning/ZoningDatabase.h"
 #include "zoning/ZoningOutcome.h"
@@ -209,6 +210,9 @@ class DC_EXPORT ZoningCache {
      * first key. */
     DC_HIDDEN bool _readKeys(uint32_t handle, datacache::SmlBatch& batch) DC_REQUIRES(access_lock);
     DC_HIDDEN bool _activeDiffers() const DC_REQUIRES(access_lock);
+    /** Has the next refresh ask again for an active zoneset that could not be read. False where none is
+     * missing. */
+    DC_HIDDEN bool _wantMissingActive() DC_REQUIRES(access_lock);
     /** Replaces the active zoneset by the switch's, which is none when `_activeZonesetName` is empty. The
      * load stays due until _activeTold(). Returns the reason where the zoneset is not here. */
     DC_HIDDEN datacache::ZoningReport _loadActive(uint32_t handle) DC_REQUIRES(access_lock);
@@ -277,6 +281,9 @@ class DC_EXPORT ZoningCache {
     /** A part must be loaded whatever its checksum: a load of it failed or was asked for, or the host was not
      * told of it. */
     bool _activeDue DC_GUARDED_BY(access_lock) = false;
+    /** Why the active zoneset is missing, and that somebody asked to read it once more. */
+    datacache::ReadFailure _activeGap DC_GUARDED_BY(access_lock);
+    bool _activeWanted DC_GUARDED_BY(access_lock) = false;
     bool _configuredDue DC_GUARDED_BY(access_lock) = false;
     /** How often the database, or a part of it, was loaded or asked for anew. */
     uint32_t _version DC_GUARDED_BY(access_lock) = 0;

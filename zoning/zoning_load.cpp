@@ -59,6 +59,8 @@ bool ZoningCache::_configuredDiffers() const {
 
 ZoningReport ZoningCache::_loadActive(uint32_t handle) {
     _activeDue = true;
+    _activeWanted = false;
+    _activeGap = {};
     ++_version;
     clearActive();
     _dropEntry(ZONESET_ACTIVE);
@@ -68,11 +70,17 @@ ZoningReport ZoningCache::_loadActive(uint32_t handle) {
                                 [handle](void** read) { return vex_fzsGetActiveZoneset(handle, read); });
     if (zoneset == nullptr) {
         cim_log(CIM_LOG_TRACE, "DCACHE: no active zoneset\n");
+        _activeGap = ReadTrace::latest();
         return missing(_activeZonesetName, "vex_fzsGetActiveZoneset");
     }
     cim_log(CIM_LOG_TRACE, "DCACHE: Active zoneset added, %lds\n", watch.seconds());
     if (_addOrDestroy(zoneset, ZONESET_ACTIVE)) return {};
     return missing(_activeZonesetName, "vex_ZonesetGetName");
+}
+
+bool ZoningCache::_wantMissingActive() {
+    if (_activeGap.fault != ReadFault::None) _activeWanted = true;
+    return _activeWanted;
 }
 
 void ZoningCache::_activeTold() {

@@ -52,6 +52,38 @@ TEST_F(ZoningLoad, ComparesChecksumsAsHexadecimalNumbers) {
     EXPECT_EQ(events().size(), 1U) << "forced, though this is one more in 32 bits";
 }
 
+TEST_F(ZoningLoad, AsksAgainForAMissingActiveZonesetWhereThatIsWanted) {
+    load(kSwitch + limitsText({20, 20, 400, 20, 20, 20, 20}));
+    fault("function = 'vex_fzsGetActiveZoneset'\nresult = 5\ntimes = 2");
+    settle();
+    const struct {
+        bool wanted, asked, missing;
+    } reads[] = {{false, false, true},
+                 {true, true, true},
+                 {false, false, true},
+                 {true, true, false},
+                 {true, false, false}};
+    for (const auto& read : reads) {
+        events();
+        calls();
+        log();
+        read.wanted ? DataCache::refreshNow() : cache().updateZoning();
+        EXPECT_TRUE(pass());
+        takeEvaluationRequests();
+        const auto count = [](const std::vector<std::string>& lines, const std::string& text) {
+            return std::count_if(lines.begin(), lines.end(),
+                                 [&](const std::string& line) { return line.rfind(text, 0) == 0; });
+        };
+        EXPECT_EQ(count(calls(), "vex_fzsGetActiveZoneset "), read.asked);
+        EXPECT_EQ(count(log(), "2 DCACHE: no active zoneset"), read.asked && read.missing);
+        EXPECT_EQ(count(events(), "DCEventActiveZonesetChange"), read.asked && !read.missing);
+        const Health health = DataCache::health();
+        EXPECT_EQ(health[CacheArea::Zoning].firstGap.status, read.missing ? 5 : 0)
+            << "told until it is mended";
+        EXPECT_EQ(count(health.problems(), "the active zoneset is missing"), read.missing);
+    }
+}
+
 TEST_F(ZoningLoad, WithoutTheActiveZonesetStillTellsOfTheChange) {
     start();
     fault("function = 'vex_fzsGetActiveZoneset'\nresult = 5");
