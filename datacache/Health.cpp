@@ -65,17 +65,14 @@ void checkConnection(Complaints& complaints, const HealthRecord& record) {
 void checkFollowing(Complaints& complaints, const HealthRecord& record) {
     const RegistrationHealth& registration = record.registration;
     complaints.check(registration.attempts != 0, [] { return "no switch events were asked for"; });
-    complaints.check(registration.result == 0, [&] {
-        return "the switch library refused the registration for events with " +
-               hexadecimal(registration.result);
-    });
-    complaints.check(registration.result != 0 || registration.refused == 0, [&] {
+    complaints.check(registration.refused == 0, [&] {
         std::string codes;
         for (size_t i = 0; i < registration.refused; ++i) {
             codes += (i == 0 ? " " : ", ") + std::to_string(registration.refusedCodes[i]);
         }
         return "the switch refused to register " +
-               counted(registration.refused, "event code:", "event codes:") + codes;
+               counted(registration.refused, "event code", "event codes") +
+               (registration.result == 0 ? "" : " with " + hexadecimal(registration.result)) + ':' + codes;
     });
     const PassHealth& passes = record.passes;
     complaints.check(!passes.threadAsked || passes.threadMade,
@@ -118,6 +115,14 @@ void checkCapacity(Complaints& complaints, const CapacityHealth& capacity) {
     });
 }
 
+/** All that `check`, one of the functions above, finds. */
+template <typename Check>
+std::vector<std::string> allOf(Check check) {
+    Complaints complaints(SIZE_MAX);
+    check(complaints);
+    return complaints.take();
+}
+
 std::vector<std::string> complaintsOf(const HealthRecord& record, size_t wanted) {
     Complaints complaints(wanted);
     checkConnection(complaints, record);
@@ -145,9 +150,19 @@ const char* lockHolderName(LockHolder holder) {
     return nameIn(kNames, holder);
 }
 
+const char* readFaultName(ReadFault fault) {
+    static constexpr const char* kNames[] = {"none",      "call failed", "key failed",
+                                             "bad value", "no end",      "exception"};
+    return nameIn(kNames, fault);
+}
+
 bool CapacityHealth::complete() const {
     return !domainListFull && portEntriesBeyond == 0 && localPortsBeyond == 0 && slotsBeyond == 0 &&
            switchesGivenUp == 0;
+}
+
+std::vector<std::string> CapacityHealth::problems() const {
+    return allOf([this](Complaints& complaints) { checkCapacity(complaints, *this); });
 }
 
 Health::Health(std::shared_ptr<const HealthRecord> record) : _record(std::move(record)) {}
@@ -158,6 +173,10 @@ bool Health::well() const {
 
 std::vector<std::string> Health::problems() const {
     return complaintsOf(*_record, SIZE_MAX);
+}
+
+std::vector<std::string> Health::problems(CacheArea area) const {
+    return allOf([&](Complaints& complaints) { checkArea(complaints, area, (*this)[area]); });
 }
 
 const ConnectionHealth& Health::connection() const {

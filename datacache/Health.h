@@ -159,6 +159,8 @@ struct CapacityHealth {
     // New fields are added here, at the end.
 
     DC_EXPORT bool complete() const;
+    /** Health::problems() about the capacity; empty exactly where complete(). */
+    DC_EXPORT std::vector<std::string> problems() const;
 };
 
 /** "nobody", "reader", ...; "unknown" for any other value. */
@@ -197,6 +199,8 @@ class DC_EXPORT Health {
     bool well() const;
     /** A sentence for everything that is not well, without its full stop; empty exactly where well(). */
     std::vector<std::string> problems() const;
+    /** Those of them that are about one area. */
+    std::vector<std::string> problems(CacheArea area) const;
 
     const ConnectionHealth& connection() const;
     const RegistrationHealth& registration() const;
@@ -218,6 +222,8 @@ class DC_EXPORT Health {
     std::shared_ptr<const HealthRecord> _record;
 };
 
+/** "none", "call failed", "key failed", "bad value", "no end", "exception"; "unknown" for any other value. */
+DC_EXPORT const char* readFaultName(ReadFault fault);
 /** A failure in words: "Oper.Switch.WWN has status 0x5, log line _getSwitchInfo:1351"; empty for none. */
 DC_EXPORT std::string failureText(const ReadFailure& failure);
 

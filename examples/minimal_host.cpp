@@ -24,13 +24,14 @@ int main(int argc, char** argv) {
     DataCache::init();  // returns when the switch is connected, however long that takes
     DataCache::start(onEvent);
 
-    for (bool ready = false; !ready; usleep(100'000)) {
-        const auto now = DataCache::snapshot();  // never waits for the switch, and never changes
-        ready = now && now->isReady();
-        if (ready) {
-            std::printf("switch %s has %u power supplies\n", now->localSwitch().switchWwn.tostring().c_str(),
-                        unsigned{now->chassis().powerSupplyCount});
-        }
+    while (!DataCache::waitReady(60'000)) {
+        for (const std::string& problem : DataCache::health().problems())
+            std::printf("%s\n", problem.c_str());
+    }
+    const auto now = DataCache::snapshot();  // never waits for the switch, and never changes
+    if (now) {                               // there is memory for it
+        std::printf("switch %s has %u power supplies\n", now->localSwitch().switchWwn.tostring().c_str(),
+                    unsigned{now->chassis().powerSupplyCount});
     }
 
     std::fflush(stdout);

@@ -18,21 +18,19 @@ static void onEvent(DataCacheEvent* event) {
     std::printf("event  %s\n", eventText(*event).c_str());
 }
 
-/** Waits until the cache has nothing to do, which a switch that answers slowly can make long. */
-static void settle() {
-    while (!DataCache::idle()) usleep(20'000);
+static void reportHealth() {
+    for (const std::string& problem : DataCache::health().problems())
+        std::printf("health %s\n", problem.c_str());
 }
 
-static void reportHealth() {
-    const Health health = DataCache::health();
-    for (size_t i = 0; i < kCacheAreas; ++i) {
-        const AreaHealth& area = health[static_cast<CacheArea>(i)];
-        if (area.failuresInARow == 0) continue;
-        std::printf("stale  %s: %s of %s answered %#x\n", cacheAreaName(static_cast<CacheArea>(i)),
-                    area.lastFailure.key, area.lastFailure.call,
-                    static_cast<unsigned>(area.lastFailure.status));
-    }
-    if (!health.capacity().complete()) std::printf("stale  the switch has more than the cache can hold\n");
+/** Waits until the cache has nothing to do, which a switch that answers slowly can make long. */
+static void settle() {
+    while (!DataCache::waitIdle(60'000)) reportHealth();
+}
+
+/** Runs on the cache's thread with the cache locked. */
+static void onReadiness(bool ready, void*) {
+    std::printf("cache  is %s\n", ready ? "complete" : "no longer complete");
 }
 
 /** What it lists never changes and needs no lock, so a switch that hangs does not hold it up. */
@@ -62,7 +60,9 @@ int main(int argc, char** argv) {
         return 2;
     }
     DataCache::setSnapshots(true);
-    DataCache::setRetryInterval(30);  // what cannot be read is tried again without waiting for an event
+    DataCache::setRetryInterval(30);      // what cannot be read is tried again without waiting for an event
+    DataCache::setRefreshInterval(3600);  // and a change that no event told of is found within the hour
+    DataCache::setReadinessCallback(onReadiness, nullptr);
     DataCache::init();
     DataCache::start(onEvent);
     settle();

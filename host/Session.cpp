@@ -131,8 +131,8 @@ void Session::reportConnection() {
     }
 }
 
-std::vector<HostEvent> Session::wait() {
-    std::vector<HostEvent> events = _queue.wait(100);
+std::vector<HostEvent> Session::wait(int milliseconds) {
+    std::vector<HostEvent> events = _queue.wait(milliseconds);
     if (_observer) {
         for (const HostEvent& event : events) _observer(event);
     }
@@ -156,16 +156,17 @@ bool Session::waitRead(double seconds) {
     const Clock::time_point begin = Clock::now();
     if (!waitConnected(seconds)) return false;
     setUndone("reading the switch");
+    constexpr uint32_t kGlance = 50;  // after which an interrupt is looked for
     while (!interrupted()) {
-        const State now = state();
-        if (now.passed && now.quiet && (!_replay.available() || _replay.rests())) return true;
+        const bool quiet = DataCache::waitIdle(kGlance);
+        if (quiet && (!_replay.available() || _replay.rests())) return true;
         if (secondsSince(begin) > seconds) {
-            if (now.passed) return true;
+            if (state().passed) return true;
             std::cerr << "datacache-host: the switch is still being read after " << seconds
                       << " s; wait longer with --timeout" << std::endl;
             return false;
         }
-        wait();
+        wait(quiet ? 100 : 0);
     }
     return false;
 }

@@ -66,8 +66,8 @@ class Session {
     /** Starts the cache and returns at once. Once. */
     void start();
 
-    /** Waits up to a tenth of a second for something to happen, and returns the events that came. */
-    std::vector<HostEvent> wait();
+    /** Waits so long at most for something to happen, and returns the events that came. */
+    std::vector<HostEvent> wait(int milliseconds = 100);
 
     /** Sees every event that wait() returns, also where nobody looks at them. */
     void observe(std::function<void(const HostEvent&)> observer) { _observer = std::move(observer); }

@@ -112,9 +112,10 @@ bool printAreas(std::ostream& out, const std::vector<Json>& areas, bool json) {
         } else {
             (name == "zoning" ? printZoning : name == "health" ? printHealth : printArea)(out, area);
         }
+        good = good && area.value("well", true);
         if (area.value("upToDate", true)) continue;
         good = false;
-        if (name != "health") reportStale(name);  // which names the areas itself
+        reportStale(name);
     }
     out.flush();
     return good;

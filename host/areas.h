@@ -24,7 +24,7 @@ std::vector<Json> readAreas(const std::string& names);
 
 /**
  * Prints areas, as text or as JSON, one area a line. Names on standard error those that are not up to date,
- * and returns whether there are none.
+ * and returns whether there are none, and the health, where it is among them, is well.
  */
 bool printAreas(std::ostream& out, const std::vector<Json>& areas, bool json);
 
@@ -47,7 +47,7 @@ Json accountsArea();
 /** Read from the switch, not from the cache. */
 Json propertiesArea();
 Json lsdbArea();
-/** What the cache knows of itself; waits for nothing. */
+/** What the cache knows of itself; waits for nothing. "well" takes the place of "upToDate". */
 Json healthArea();
 
 /**
@@ -81,13 +81,17 @@ std::optional<std::string> readKey(const std::string& key);
 /** Whether the area's last read succeeded and nothing has marked it for another one since. */
 bool upToDate(datacache::CacheArea area);
 
-/** The areas whose last read failed, in the order in which a pass reads them. */
+/** Local time in ISO 8601 to the second; null for never. */
+Json timeOf(datacache::WallTime time);
+
+/** The areas that a pass reads and whose last read failed, in the order of a pass. */
 std::vector<std::string> staleAreas(const datacache::Health& health);
 
 /** Why the area is not up to date, for a person: "chassis is not up to date: Oper.Chassis.0.Fans has ...". */
 std::string staleReason(const std::string& area);
 
-/** Says once on standard error that the switch has more than the cache can hold, or than it can tell. */
+/** Says on standard error that the switch has more than the cache can hold, or than it can tell: when that is
+ * new, or the numbers are. */
 void warnOfCapacity();
 
 /** Names with commas. */

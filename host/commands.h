@@ -14,6 +14,13 @@ int runCommand(Session& session, const HostRequest& request);
 /** Prints one area, or "all". */
 int showCommand(Session& session, const HostRequest& request);
 
+/** Writes the health as OpenMetrics text. Whether all is well is in there, and not in the status. */
+int metricsCommand(Session& session, const HostRequest& request);
+
+/** Follows the switch for a while, reads everything again, and prints what had changed without a switch
+ * event. */
+int verifyCommand(Session& session, const HostRequest& request);
+
 /** Writes the fabric as Graphviz DOT. */
 int graphCommand(Session& session, const HostRequest& request);
 

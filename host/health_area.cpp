@@ -1,4 +1,4 @@
-#include <cstdio>
+#include <algorithm>
 #include <ctime>
 #include <iomanip>
 #include <iostream>
@@ -14,18 +14,78 @@ using namespace datacache;
 
 namespace {
 
-/** Areas that the passes read. */
-constexpr CacheArea kPassAreas[] = {CacheArea::Switch, CacheArea::Chassis, CacheArea::Blades,
-                                    CacheArea::Ports,  CacheArea::Fabric,  CacheArea::Zoning};
-
-std::optional<CacheArea> areaNamed(const std::string& name) {
-    for (size_t i = 0; i < kCacheAreas; ++i) {
-        if (name == cacheAreaName(static_cast<CacheArea>(i))) return static_cast<CacheArea>(i);
-    }
-    return std::nullopt;
+Json millisecondsOf(Duration duration) {
+    return static_cast<double>(duration.count()) / 1000;
 }
 
-/** Local time in ISO 8601 to the second; null for never. */
+Json failureOf(const ReadFailure& failure) {
+    if (failure.fault == ReadFault::None) return Json();
+    return {{"text", failureText(failure)},
+            {"time", timeOf(failure.time)},
+            {"fault", readFaultName(failure.fault)},
+            {"call", failure.call},
+            {"key", failure.key},
+            {"keys", failure.keys},
+            {"status", static_cast<uint32_t>(failure.status)},
+            {"function", failure.function},
+            {"line", failure.line}};
+}
+
+/** By what the area is marked: "event 33", "host", ...; null where it is not. */
+Json causeOf(const AreaHealth& health) {
+    if (!health.marked) return Json();
+    const std::string cause = markCauseName(health.markedBy);
+    return health.markedBy == MarkCause::Event ? cause + ' ' + std::to_string(health.markedByEvent) : cause;
+}
+
+Json areaOf(CacheArea area, const AreaHealth& health) {
+    return {{"name", cacheAreaName(area)},
+            {"upToDate", health.upToDate},
+            {"staleSince", timeOf(health.staleSince)},
+            {"marked", health.marked},
+            {"markedSince", timeOf(health.markedSince)},
+            {"markedBy", causeOf(health)},
+            {"lastGoodRead", timeOf(health.lastGoodRead)},
+            {"reads", health.reads},
+            {"failures", health.failures},
+            {"inARow", health.failuresInARow},
+            {"gaps", health.gaps},
+            {"lastFailure", failureOf(health.lastFailure)},
+            {"firstGap", failureOf(health.firstGap)},
+            {"silentChanges", health.silentChanges},
+            {"lastSilentChange", timeOf(health.lastSilentChange)},
+            {"silentChange", health.silentChanges == 0 ? Json() : Json(health.silentChange)}};
+}
+
+Json registrationOf(const RegistrationHealth& registration) {
+    Json codes = Json::array();
+    for (size_t i = 0; i < registration.refused; ++i) codes.push_back(registration.refusedCodes[i]);
+    return {{"attempts", registration.attempts}, {"result", registration.result}, {"refusedCodes", codes}};
+}
+
+Json lockOf(const LockHealth& lock) {
+    return {{"holder", lockHolderName(lock.holder)},
+            {"since", timeOf(lock.since)},
+            {"area", lock.inArea ? Json(cacheAreaName(lock.area)) : Json()},
+            {"step", lock.step}};
+}
+
+Json pendingCallsOf(const Health& health) {
+    Json calls = Json::array();
+    for (uint32_t i = 0; i < health.pendingCalls(); ++i) {
+        const PendingCall& call = health.pendingCall(i);
+        calls.push_back(
+            {{"call", call.call}, {"key", call.key}, {"keys", call.keys}, {"since", timeOf(call.since)}});
+    }
+    return calls;
+}
+
+bool contains(const std::vector<std::string>& texts, const std::string& text) {
+    return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
+}  // namespace
+
 Json timeOf(WallTime time) {
     if (time == WallTime()) return Json();
     const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
@@ -36,43 +96,14 @@ Json timeOf(WallTime time) {
     return text.str();
 }
 
-Json millisecondsOf(Duration duration) {
-    return static_cast<double>(duration.count()) / 1000;
-}
-
-Json failureOf(const ReadFailure& failure) {
-    if (failure.fault == ReadFault::None) return Json();
-    return {{"text", failureText(failure)},
-            {"time", timeOf(failure.time)},
-            {"call", failure.call},
-            {"key", failure.key},
-            {"status", static_cast<uint32_t>(failure.status)},
-            {"function", failure.function},
-            {"line", failure.line}};
-}
-
-Json areaOf(CacheArea area, const AreaHealth& health) {
-    return {{"name", cacheAreaName(area)},
-            {"upToDate", health.upToDate},
-            {"marked", health.marked},
-            {"lastGoodRead", timeOf(health.lastGoodRead)},
-            {"reads", health.reads},
-            {"failures", health.failures},
-            {"inARow", health.failuresInARow},
-            {"gaps", health.gaps},
-            {"lastFailure", failureOf(health.lastFailure)},
-            {"firstGap", failureOf(health.firstGap)}};
-}
-
-}  // namespace
-
 bool upToDate(CacheArea area) {
     return DataCache::health()[area].upToDate;
 }
 
 std::vector<std::string> staleAreas(const Health& health) {
     std::vector<std::string> names;
-    for (const CacheArea area : kPassAreas) {
+    for (const CacheArea area : kAllCacheAreas) {
+        if (area == CacheArea::Accounts) continue;  // which no pass reads
         if (health[area].reads == 0 || health[area].failuresInARow != 0)
             names.emplace_back(cacheAreaName(area));
     }
@@ -80,37 +111,21 @@ std::vector<std::string> staleAreas(const Health& health) {
 }
 
 std::string staleReason(const std::string& name) {
-    const std::optional<CacheArea> area = areaNamed(name);
-    const Health health = DataCache::health();
-    std::string reason = name + " is not up to date";
-    if (!area) return reason;
-    const AreaHealth& state = health[*area];
-    if (state.failuresInARow != 0) return reason + ": " + failureText(state.lastFailure);
-    if (state.reads == 0) return reason + ": it was not read yet";
-    return reason + ": it changed since it was read";
+    for (const CacheArea area : kAllCacheAreas) {
+        if (name != cacheAreaName(area)) continue;
+        const std::vector<std::string> problems = DataCache::health().problems(area);
+        if (!problems.empty()) return problems.front();
+    }
+    return name + " is not up to date";  // no longer, or nobody has read it
 }
 
 void warnOfCapacity() {
-    static bool told[5];
-    const CapacityHealth capacity = DataCache::health().capacity();
-    const auto warn = [](bool& known, bool now, const std::string& text) {
-        if (now && !known) std::cerr << "datacache-host: " << text << std::endl;
-        known = now;
-    };
-    warn(
-        told[0], capacity.domainListFull,
-        "the fabric may be larger than what is shown: the switch's list of domains fills its 255 characters, "
-        "and its last number may be cut");
-    warn(told[1], capacity.portEntriesBeyond != 0,
-         std::to_string(capacity.portEntriesBeyond) +
-             " ports of other switches are not shown: the cache holds 256 a switch");
-    warn(told[2], capacity.localPortsBeyond != 0,
-         std::to_string(capacity.localPortsBeyond) + " local ports are not shown: the cache holds 128");
-    warn(told[4], capacity.switchesGivenUp != 0,
-         "the ports of " + std::to_string(capacity.switchesGivenUp) +
-             " switches are not read any more: their management server kept failing");
-    warn(told[3], capacity.slotsBeyond != 0,
-         std::to_string(capacity.slotsBeyond) + " slots are not shown: the cache holds 32");
+    static std::vector<std::string> told;
+    const std::vector<std::string> problems = DataCache::health().capacity().problems();
+    for (const std::string& problem : problems) {
+        if (!contains(told, problem)) std::cerr << "datacache-host: " << problem << std::endl;
+    }
+    told = problems;
 }
 
 void reportStale(const std::string& area) {
@@ -120,16 +135,31 @@ void reportStale(const std::string& area) {
 Json healthArea() {
     const Health health = DataCache::health();
     Json areas = Json::array();
-    for (size_t i = 0; i < kCacheAreas; ++i)
-        areas.push_back(areaOf(static_cast<CacheArea>(i), health[static_cast<CacheArea>(i)]));
+    for (const CacheArea area : kAllCacheAreas) areas.push_back(areaOf(area, health[area]));
+    const ConnectionHealth& connection = health.connection();
     const PassHealth& passes = health.passes();
     const EventHealth& events = health.events();
     const CapacityHealth& capacity = health.capacity();
     return {
         {"area", "health"},
-        {"upToDate", staleAreas(health).empty()},
-        {"connected", health.connection().connected},
-        {"connectionAttempts", health.connection().attempts},
+        {"time", timeOf(health.time())},
+        {"well", health.well()},
+        {"problems", health.problems()},
+        {"ready", passes.ready},
+        {"idle", DataCache::idle()},
+        {"connection",
+         {{"connected", connection.connected},
+          {"attempts", connection.attempts},
+          {"lastResult", connection.lastResult},
+          {"failuresInARow", connection.failuresInARow},
+          {"lastFailure", connection.lastFailure},
+          {"failingSince", timeOf(connection.failingSince)}}},
+        {"registration", registrationOf(health.registration())},
+        {"limits",
+         {{"attempts", health.limits().attempts},
+          {"read", health.limits().read},
+          {"failure", failureOf(health.limits().failure)}}},
+        {"thread", {{"asked", passes.threadAsked}, {"made", passes.threadMade}}},
         {"passes",
          {{"count", passes.count},
           {"running", passes.running},
@@ -153,31 +183,63 @@ Json healthArea() {
           {"localPortsBeyond", capacity.localPortsBeyond},
           {"slotsBeyond", capacity.slotsBeyond},
           {"switchesGivenUp", capacity.switchesGivenUp}}},
+        {"lock", lockOf(health.lock())},
+        {"pendingCalls", pendingCallsOf(health)},
         {"areas", areas},
     };
 }
 
+namespace {
+
+/** A failure's sentence, or nothing. */
+Json textOf(const Json& failure) {
+    return failure.is_null() ? Json() : failure["text"];
+}
+
+/** "count 3, running no, ..." */
+std::string lineOf(const Json& group) {
+    std::string line;
+    for (const auto& [name, value] : group.items()) {
+        const Json& shown = name == "failure" ? textOf(value) : value;
+        line += (line.empty() ? "" : ", ") + report::wordsOf(name) + ' ' + plainText(shown);
+    }
+    return line;
+}
+
+/** What a person wants to see of an area, in one row. */
+Json rowOf(const Json& area) {
+    const auto both = [&](const char* first, const char* joint, const char* second) -> Json {
+        if (area[second].is_null()) return Json();
+        return plainText(area[first]) + joint + plainText(area[second]);
+    };
+    return {{"name", area["name"]},
+            {"upToDate", area["upToDate"]},
+            {"staleSince", area["staleSince"]},
+            {"marked", both("markedSince", " by ", "markedBy")},
+            {"lastGoodRead", area["lastGoodRead"]},
+            {"reads", area["reads"]},
+            {"failures", area["failures"]},
+            {"inARow", area["inARow"]},
+            {"gaps", area["gaps"]},
+            {"lastFailure", textOf(area["lastFailure"])},
+            {"firstGap", textOf(area["firstGap"])},
+            {"silentChanges", area["silentChanges"]},
+            {"lastSilentChange", both("lastSilentChange", " ", "silentChange")}};
+}
+
+}  // namespace
+
 void printHealth(std::ostream& out, const Json& area) {
-    Json shown = area;
-    shown.erase("areas");
-    // One line each for a person: "count 3, running no, ...".
-    for (const char* group : {"passes", "events", "capacity"}) {
-        std::string line;
-        for (const auto& field : area[group].items()) {
-            line +=
-                (line.empty() ? "" : ", ") + report::wordsOf(field.key()) + ' ' + plainText(field.value());
+    Json shown;
+    for (const auto& [name, value] : area.items()) {
+        if (name == "problems") {
+            for (size_t i = 0; i < value.size(); ++i) shown["problem " + std::to_string(i + 1)] = value[i];
+        } else if (name == "areas") {
+            for (const Json& one : value) shown[name].push_back(rowOf(one));
+        } else {
+            shown[name] = value.is_object() ? Json(lineOf(value)) : value;
         }
-        shown[group] = line;
     }
-    Json rows = Json::array();
-    for (const Json& one : area["areas"]) {
-        Json row = one;
-        for (const char* failure : {"lastFailure", "firstGap"}) {
-            row[failure] = one[failure].is_null() ? Json() : one[failure]["text"];
-        }
-        rows.push_back(row);
-    }
-    shown["areas"] = rows;
     printArea(out, shown);
 }
 

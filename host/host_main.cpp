@@ -23,6 +23,10 @@ int run(Session& session, const HostRequest& request) {
             return captureCommand(session, request);
         case HostRequest::Report:
             return reportCommand(session, request);
+        case HostRequest::Metrics:
+            return metricsCommand(session, request);
+        case HostRequest::Verify:
+            return verifyCommand(session, request);
     }
     return EXIT_WRONG_INPUT;
 }

@@ -116,6 +116,8 @@ constexpr const char* kFooter = R"(Examples:
   datacache-host run --switch examples/blade-module.toml --scenario examples/blade-module.scenario.toml
   datacache-host run --switch examples/blade-module.toml --for 2 --json
   datacache-host show chassis --switch examples/blade-module.toml
+  datacache-host verify --switch examples/blade-module.toml --scenario examples/blade-module.scenario.toml
+  datacache-host metrics --switch examples/blade-module.toml --output switch.prom
   datacache-host graph --switch examples/blade-module.toml | dot -Tsvg > fabric.svg
   datacache-host report report.html --switch examples/blade-module.toml
   datacache-host zone --switch examples/blade-module.toml lock "create zone vault" commit
@@ -126,8 +128,8 @@ constexpr const char* kFooter = R"(Examples:
 
 On a switch, --vexlib names its management library.
 
-Exit status: 0 done; 1 not everything was up to date, or a statement was not carried out; 2 wrong usage or input;
-3 not what was recorded (--strict); 130 interrupted.
+Exit status: 0 done; 1 not everything was up to date or well, something changed in silence, or a statement was not
+carried out; 2 wrong usage or input; 3 not what was recorded (--strict); 130 interrupted.
 The cache logs to /tmp/cim.out, and what is critical to /tmp/cim.crit.out as well.)";
 
 /** The statements of `zone` and `config` before they are understood. */
@@ -215,6 +217,43 @@ void addShow(CLI::App& app, CommandLine& line) {
     show.final_callback([&line] { line.request.command = HostRequest::Show; });
 }
 
+void addMetrics(CLI::App& app, CommandLine& line) {
+    CLI::App& metrics = *app.add_subcommand("metrics", "Write the cache's health as OpenMetrics text");
+    metrics.add_option("--output", line.request.output, "The file, - for standard output (the default)")
+        ->type_name("FILE.prom");
+    addCommonOptions(metrics, line);
+    metrics.remove_option(metrics.get_option("--json"));
+    addTimeout(metrics, line.request);
+    metrics.final_callback([&line] {
+        line.request.command = HostRequest::Metrics;
+        if (line.request.output.empty()) line.request.output = "-";
+    });
+}
+
+void addVerify(CLI::App& app, CommandLine& line) {
+    constexpr double kSeconds = 60;
+    CLI::App& verify = *app.add_subcommand(
+        "verify", "Follow the switch for a while, and tell what changed without a switch event");
+    addCommonOptions(verify, line);
+    for (const char* other : {"--replay", "--strict", "--speed"}) {
+        verify.remove_option(verify.get_option(other));  // a recording cannot be read again
+    }
+    verify
+        .add_option("--scenario", line.request.scenario,
+                    "Scenario that the simulated switch plays; at its end the switch is read again")
+        ->type_name("FILE");
+    verify
+        .add_option("--for", line.request.seconds,
+                    "Read the switch again after this time (default: at the scenario's end, or 60)")
+        ->type_name("SECONDS")
+        ->check(isTime);
+    addTimeout(verify, line.request);
+    verify.final_callback([&line, &verify] {
+        line.request.command = HostRequest::Verify;
+        if (line.request.scenario.empty() && verify.count("--for") == 0) line.request.seconds = kSeconds;
+    });
+}
+
 void addCapture(CLI::App& app, CommandLine& line) {
     CLI::App& capture =
         *app.add_subcommand("capture", "Write the switch as a switch file for the simulated switch");
@@ -296,6 +335,8 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
     StatementTexts given;
     addRun(app, line);
     addShow(app, line);
+    addVerify(app, line);
+    addMetrics(app, line);
     addGraph(app, line);
     addCapture(app, line);
     addReport(app, line);
@@ -305,7 +346,8 @@ std::optional<CommandLine> readCommandLine(int argc, char** argv, int& status) {
     app.footer(kFooter);  // after the commands, which would print it as well
     if (argc > 1 && argv[1][0] != '-' && !hasCommand(app, argv[1])) {
         throw HostInputError(std::string("datacache-host: no such command: ") + argv[1] +
-                             " (run, show, graph, capture, report, zone or config; see --help)");
+                             " (run, show, verify, metrics, graph, capture, report, zone or config; see "
+                             "--help)");
     }
     try {
         app.parse(argc, argv);

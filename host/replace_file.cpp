@@ -1,6 +1,7 @@
 #include "host/replace_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -30,7 +31,7 @@ int writeAndClose(int file, std::string_view text) {
 
 }  // namespace
 
-void replaceFile(const std::string& path, const std::string& text) {
+void replaceFile(const std::string& path, const std::string& text, Readers readers) {
     namespace fs = std::filesystem;
     std::error_code ignored;
     const fs::file_type kind = fs::status(path, ignored).type();
@@ -39,7 +40,10 @@ void replaceFile(const std::string& path, const std::string& text) {
         const std::string target = fs::weakly_canonical(path, ignored);  // what a link leads to
         std::string beside = target + ".XXXXXX";
         const int file = mkostemp(beside.data(), O_CLOEXEC);
-        error = writeAndClose(file, text);
+        constexpr mode_t kReadable = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
+        if (readers == Readers::Everybody && file != -1 && fchmod(file, kReadable) != 0) error = errno;
+        const int failed = writeAndClose(file, text);
+        if (error == 0) error = failed;
         if (error == 0 && std::rename(beside.c_str(), target.c_str()) != 0) error = errno;
         if (error != 0 && file != -1) unlink(beside.c_str());
     } else {  // a device or a pipe has no other in its place

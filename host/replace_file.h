@@ -4,8 +4,10 @@
 
 namespace host {
 
-/** Writes a file whole or not at all, readable by its owner alone, in place of one that is there. Throws
- * HostInputError with one line for the user, and leaves what was there. */
-void replaceFile(const std::string& path, const std::string& text);
+enum class Readers { Owner, Everybody };
+
+/** Writes a file whole or not at all in place of one that is there. Throws HostInputError with one line for
+ * the user, and leaves what was there. */
+void replaceFile(const std::string& path, const std::string& text, Readers readers = Readers::Owner);
 
 }  // namespace host

@@ -169,25 +169,42 @@ Json logFields(const std::string& text, const Secrets& secrets) {
     return log;
 }
 
-void maskFailures(Json& health, const Secrets& secrets) {
+void replaceAll(std::string& text, const std::string& part, const std::string& by) {
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + by.size()))
+        text.replace(at, part.size(), by);
+}
+
+/** The keys that the health names, wherever they stand in it. */
+void maskKeys(Json& health, const Secrets& secrets) {
+    std::map<std::string, std::string> masks;
+    const auto mask = [&](Json& one) {
+        if (one.is_null() || one["key"] == "") return;
+        const std::string key = one["key"];
+        one["key"] = masks[key] = secrets.key(key);
+    };
+    mask(health["limits"]["failure"]);
+    for (Json& area : health["areas"]) {
+        mask(area["lastFailure"]);
+        mask(area["firstGap"]);
+    }
+    for (Json& call : health["pendingCalls"]) mask(call);
+    const auto replace = [&](Json& value) {
+        std::string text = value;
+        for (const auto& [key, masked] : masks) replaceAll(text, key, masked);
+        value = text;
+    };
     for (Json& area : health["areas"]) {
         for (const char* name : {"lastFailure", "firstGap"}) {
-            Json& failure = area[name];
-            if (failure.is_null()) continue;
-            const std::string key = failure["key"];
-            std::string text = failure["text"];
-            failure["key"] = secrets.key(key);
-            const size_t place = key.empty() ? std::string::npos : text.find(key);
-            if (place != std::string::npos) text.replace(place, key.size(), secrets.key(key));
-            failure["text"] = text;
+            if (!area[name].is_null()) replace(area[name]["text"]);
         }
     }
+    for (Json& problem : health["problems"]) replace(problem);
     secrets.mask(health);
 }
 
 std::vector<Json> maskedAreas(std::vector<Json> areas, const Secrets& secrets) {
     for (Json& area : areas) {
-        if (area["area"] == "health") maskFailures(area, secrets);
+        if (area["area"] == "health") maskKeys(area, secrets);
         if (area["area"] == "accounts") {
             for (Json& account : area["accounts"]) account["name"] = secrets.secret(account["name"]);
         }

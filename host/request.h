@@ -25,7 +25,7 @@ enum ExitStatus {
 
 /** What the user asked for. */
 struct HostRequest {
-    enum Command { Run, Show, Graph, Zone, Config, Capture, Report } command = Run;
+    enum Command { Run, Show, Graph, Zone, Config, Capture, Report, Metrics, Verify } command = Run;
 
     std::string switchFile;  ///< required with the simulated switch, impossible without
     std::string scenario;
@@ -35,12 +35,12 @@ struct HostRequest {
     std::optional<double> speed;  ///< of a recording; 0 for no waiting
     bool json = false;
     double timeout = 30;                ///< seconds until a command that needs a complete cache gives up
-    double seconds = 0;                 ///< Run, Report: end after this time; 0 for no such limit
+    double seconds = 0;                 ///< Run, Report, Verify: end after this time; 0 for no such limit
     std::string area;                   ///< Show: one of kAreaNames, or "all"
     std::vector<Statement> statements;  ///< Zone, Config
     bool keepGoing = false;             ///< Zone, Config: also after a statement that was not done
     bool mask = false;                  ///< Capture: names and addresses are replaced
-    std::string output;                 ///< Capture, Report: the file to write
+    std::string output;                 ///< Capture, Report, Metrics: the file to write
     std::string recording;              ///< Capture, Report: where the calls of this process are recorded
     std::string provider;               ///< Report: path of the provider of vexlib
     std::string factsFile;              ///< Report: what the page shows, as JSON; empty for no such file

@@ -42,7 +42,7 @@ Markup healthSection(const Json& facts) {
     return section(
         {"health", "Health",
          std::to_string(good) + " of " + std::to_string(health["areas"].size()) + " areas up to date"},
-        areas + fieldList(health, {"area", "upToDate", "areas"}));
+        areas + fieldList(health, {"area", "areas"}));
 }
 
 Markup switchSection(const Json& facts) {
