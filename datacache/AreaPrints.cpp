@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "common/export.h"
+#include "datacache/cim_status.h"
 
 namespace datacache {
 
@@ -83,13 +84,15 @@ uint32_t printOf(std::string_view text) {
 Difference AreaPrints::compare(const SwitchState& state, const std::vector<unsigned short>& faults) {
     const std::vector<unsigned short>& status = state.operationalStatus;
     const Switch now{
-        Hash().addName(state.switchWwn).value(), hashOf(status), hashOf(faults),
+        Hash().addName(state.switchWwn).value(), status.empty() ? 0U : status.front(), hashOf(faults),
         (state.transparent ? 1U : 0U) | (state.fcoe ? 2U : 0U) | (state.ethernetPassthrough ? 4U : 0U)};
     Finding finding;
     if (_switch) {
         finding.noteName(now.name != _switch->name, "name is now ", state.switchWwn);
-        finding.note(now.faults == _switch->faults && now.status != _switch->status, "status is now %u",
-                     status.empty() ? 0U : unsigned{status.front()});
+        // A failed self test takes the place of the state: where the faults have changed, it is their news.
+        const bool alike = now.faults == _switch->faults ||
+                           (now.status != CIM_ERROR && _switch->status != CIM_ERROR);
+        finding.note(alike && now.status != _switch->status, "status is now %u", now.status);
         finding.note(now.mode != _switch->mode, "mode of operation");
     }
     _switch = now;

@@ -34,8 +34,7 @@ uint32_t printOf(std::string_view text);
  */
 class AreaPrints {
   public:
-    /** `faults` are the chassis's, which the switch's status repeats: where they have changed, a change of
-     * the status is theirs. */
+    /** `faults` are the chassis's, which the switch's status repeats; they are not compared here. */
     Difference compare(const SwitchState& state, const std::vector<unsigned short>& faults);
     Difference compare(const ChassisState& state);
     Difference compare(const BladeState& state);

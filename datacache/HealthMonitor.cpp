@@ -83,9 +83,11 @@ void HealthMonitor::registered(int32_t result, const EventRegistrations& list, s
     RegistrationHealth& health = _record.registration;
     ++health.attempts;
     health.result = result;
+    const uint32_t before = health.refused;
+    const auto codes = health.refusedCodes;
     uint32_t refused = 0;
-    for (const int32_t code : std::array<int32_t, RegistrationHealth::kMostRefused>(health.refusedCodes)) {
-        if (refused < health.refused && !holdsCode(list, count, code)) health.refusedCodes[refused++] = code;
+    for (size_t i = 0; i < before; ++i) {
+        if (!holdsCode(list, count, codes[i])) health.refusedCodes[refused++] = codes[i];
     }
     for (size_t i = 0; i < count; ++i) {
         // A library that refuses the call as a whole has registered nothing, whatever it wrote.

@@ -209,20 +209,6 @@ class Differential : public CacheTest {
 
     // ---- What the cache should hold ----
 
-    Lines fresh() {
-        DataCache* const followed = std::exchange(DataCache::instance, nullptr);
-        const uint32_t handle = hSwitch;
-        DataCache::init();
-        pass();
-        cache().updateSwitch();  // which now takes the faults of the chassis in
-        pass();
-        cache().readAccounts();
-        Lines lines = cacheState();
-        delete std::exchange(DataCache::instance, followed);
-        hSwitch = handle;
-        return lines;
-    }
-
     static unsigned code(const std::map<std::string, unsigned>& words, const std::string& word) {
         const auto found = words.find(word);
         return found == words.end() ? 0 : found->second;
@@ -388,7 +374,7 @@ TEST_F(Differential, ACacheThatFollowedEqualsAFreshOneAndTheSwitch) {
             DataCache::setSnapshots(false);  // of the next cache
             _kept.clear();
             const std::string followed = joined(cacheState(), "\n");
-            EXPECT_EQ(followed, joined(fresh(), "\n"));
+            EXPECT_EQ(followed, joined(freshState(), "\n"));
             EXPECT_EQ(followed, joined(oracle(), "\n"));
         }
     }

@@ -180,23 +180,88 @@ TEST_F(Lifecycle, FailedPassIsReportedAndRetriedByTheNextEvent) {
 
 TEST_F(Lifecycle, HealthAnswersWhileAPassHangsInTheSwitch) {
     run();
-    EXPECT_TRUE(eventually([] { return DataCache::idle(); }));
-    fault("'Oper.Chassis.*', delay_ms = 600000");
+    EXPECT_TRUE(DataCache::waitIdle(30'000));
+    {
+        const AccessGuard reader;
+        EXPECT_TRUE(DataCache::idle()) << "readers do not count";
+        EXPECT_EQ(DataCache::health().lock().holder, LockHolder::Reader);
+        EXPECT_TRUE(DataCache::waitIdle(30'000) && DataCache::waitReady(30'000)) << "at once";
+    }
+    EXPECT_EQ(DataCache::health().lock().holder, LockHolder::Nobody);
+    fault("'Oper.Chassis.*', hang = true");
     DataCache::refreshNow();
-    ASSERT_TRUE(eventually([] {
-        const PassHealth passes = DataCache::health().passes();
-        return passes.running && passes.inArea && passes.area == CacheArea::Chassis;
-    }));
+    ASSERT_TRUE(sim.waitHanging());
     sim.run(kNews);  // its notification waits for the lock
     EXPECT_TRUE(eventually([] {
         const EventHealth events = DataCache::health().events();
         return events.received > events.queued + events.dropped;
     }));
+    usleep(20'000);
     const Health health = DataCache::health();
-    EXPECT_TRUE(health.passes().running) << "it did not wait for the pass";
+    EXPECT_TRUE(health.passes().running && health.passes().inArea);
+    EXPECT_EQ(health.passes().area, CacheArea::Chassis);
     EXPECT_TRUE(health[CacheArea::Chassis].marked);
+    EXPECT_EQ(health.lock().holder, LockHolder::Pass);
+    EXPECT_TRUE(health.lock().inArea);
+    EXPECT_EQ(health.lock().area, CacheArea::Chassis);
+    EXPECT_GE(health.time() - health.lock().since, std::chrono::milliseconds(10));
+    ASSERT_EQ(health.pendingCalls(), 1U);
+    EXPECT_STREQ(health.pendingCall(0).call, "vex_smlGetBatch");
+    EXPECT_STREQ(health.pendingCall(0).key, "Oper.Chassis.0.PowerSupplies");
+    EXPECT_GE(health.time() - health.pendingCall(0).since, std::chrono::milliseconds(20));
     EXPECT_FALSE(DataCache::idle());
-    EXPECT_TRUE(DataCache::health().passes().running);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_FALSE(DataCache::waitIdle(50));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(50));
+    sim.run("step = [{do = 'clear_faults'}]");
+    EXPECT_TRUE(DataCache::waitIdle(30'000));
+    EXPECT_EQ(DataCache::health().pendingCalls(), 0U);
+}
+
+TEST_F(Lifecycle, TheRefreshIntervalFindsAChangeWhoseEventWasLost) {
+    run();
+    sim.run(
+        "step = [{do = 'fault', function = 'notification'}, {do = 'power_supply', index = 1, state = "
+        "'Bad'}]");
+    const auto chassis = [] { return DataCache::health()[CacheArea::Chassis]; };
+    EXPECT_TRUE(DataCache::waitIdle(30'000));
+    const uint32_t reads = chassis().reads;
+    DataCache::setRefreshInterval(1);
+    EXPECT_TRUE(eventually([&] { return chassis().silentChanges == 1; }));
+    EXPECT_GE(chassis().reads, reads + 2) << "and a pass later it is known that no event came";
+    EXPECT_STREQ(chassis().silentChange, "power supply 1: status");
+    fault("'Oper.Chassis.*', hang = true");
+    ASSERT_TRUE(sim.waitHanging());
+    EXPECT_EQ(chassis().markedBy, MarkCause::Refresh);
+    DataCache::setRefreshInterval(0);
+    sim.run("step = [{do = 'clear_faults'}]");
+}
+
+TEST_F(Lifecycle, TheHostIsToldWhenReadinessIsLostAndReturns) {
+    static std::vector<std::pair<bool, bool>> told;  // what was said, and what the cache said meanwhile
+    DataCache::setReadinessCallback(
+        [](bool ready, void* context) {
+            static_cast<decltype(told)*>(context)->push_back(
+                {ready, DataCache::getInstance()->isCacheReady()});
+            DataCache::releaseInstance();
+        },
+        &told);
+    fault("'Oper.Chassis.0.Fans', times = 1");
+    DataCache::init();
+    EXPECT_FALSE(DataCache::waitReady(0)) << "nothing was read";
+    DataCache::start(nullptr);
+    EXPECT_TRUE(DataCache::waitIdle(30'000));
+    EXPECT_FALSE(DataCache::waitReady(20));
+    EXPECT_TRUE(told.empty()) << "it was not ready before either";
+    DataCache::refreshNow();
+    EXPECT_TRUE(DataCache::waitReady(30'000));
+    fault("'Oper.Chassis.0.Fans', times = 1");
+    for (int pass = 0; pass < 3; ++pass) {
+        DataCache::refreshNow();
+        EXPECT_TRUE(DataCache::waitIdle(30'000));
+    }
+    const decltype(told) expected = {{true, true}, {false, false}, {true, true}};
+    EXPECT_EQ(told, expected);
 }
 
 /** The call returns after this process has ended. */
@@ -224,6 +289,9 @@ TEST_F(Lifecycle, AThreadThatCannotBeMadeIsLogged) {
         stack = how;
         EXPECT_TRUE(DataCache::start(nullptr));
         EXPECT_EQ(capture.take().back(), line);
+        EXPECT_THAT(DataCache::health().problems(),
+                    ::testing::Contains("the evaluation thread could not be made"));
+        EXPECT_FALSE(DataCache::idle());
     }
     stack = AsWanted;
 }

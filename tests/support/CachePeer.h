@@ -30,6 +30,7 @@ class CachePeer {
     bool getBladeInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getBladeInfo(); }
     bool getPortInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getPortInfo(); }
     bool getFabricInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getFabricInfo(); }
+    bool prepareRetry() { return _cache._prepareRetry(); }
     void dispatch(vex_event_s* event) DC_NO_THREAD_SAFETY_ANALYSIS { _cache._vexlibNotificationCB(event); }
 
     static const char* tagToString(int code) { return DataCache::_tagToString(code); }

@@ -6,6 +6,7 @@
 #include "datacache/event_text.h"
 #include "switchlib/NORV_Vex_Lib.h"
 #include "tests/support/Allocations.h"
+#include "tests/support/CacheState.h"
 
 namespace {
 
@@ -94,6 +95,20 @@ std::vector<std::string> CacheTest::calls() {
     std::vector<std::string> lines;
     for (const vexsim::Call& call : sim.transcript()) lines.push_back(call.function + ' ' + call.detail);
     sim.clearTranscript();
+    return lines;
+}
+
+std::vector<std::string> CacheTest::freshState() {
+    DataCache* const followed = std::exchange(DataCache::instance, nullptr);
+    const uint32_t handle = hSwitch;
+    DataCache::init();
+    pass();
+    cache().updateSwitch();  // which now takes the faults of the chassis in
+    pass();
+    cache().readAccounts();
+    std::vector<std::string> lines = cacheState();
+    delete std::exchange(DataCache::instance, followed);
+    hSwitch = handle;
     return lines;
 }
 

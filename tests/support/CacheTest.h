@@ -47,6 +47,8 @@ class CacheTest : public ::testing::Test {
     std::vector<std::string> allEvents();
     /** Calls to vexlib since the last call of this, as "function detail". */
     std::vector<std::string> calls();
+    /** cacheState() of a cache that starts now, beside the one that there is. The health begins anew. */
+    std::vector<std::string> freshState();
     /** Log messages since the last call, "LEVEL MESSAGE". */
     std::vector<std::string> log() { return _log.take(); }
 
