@@ -90,8 +90,8 @@ Difference AreaPrints::compare(const SwitchState& state, const std::vector<unsig
     if (_switch) {
         finding.noteName(now.name != _switch->name, "name is now ", state.switchWwn);
         // A failed self test takes the place of the state: where the faults have changed, it is their news.
-        const bool alike = now.faults == _switch->faults ||
-                           (now.status != CIM_ERROR && _switch->status != CIM_ERROR);
+        const bool alike =
+            now.faults == _switch->faults || (now.status != CIM_ERROR && _switch->status != CIM_ERROR);
         finding.note(alike && now.status != _switch->status, "status is now %u", now.status);
         finding.note(now.mode != _switch->mode, "mode of operation");
     }

@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include "tests/host/HostTest.h"
 
 using ::testing::AllOf;
@@ -48,6 +50,14 @@ TEST_F(HostTest, OutputIsWrittenOrItsFailureTold) {
                 HasSubstr("standard output cannot be written"));
     EXPECT_THAT(told(1, {"show", "switch", "--switch", switchFile, "--transcript", "/dev/full"}),
                 HasSubstr("/dev/full: lines of the transcript could not be written"));
+    const std::string file = writeFile("metrics.prom", "from before");
+    EXPECT_THAT(told(0, {"metrics", "--switch", switchFile, "--output", file}), IsEmpty());
+    EXPECT_THAT(contents(file), AllOf(HasSubstr("\ndatacache_well 1\n"), EndsWith("\n# EOF\n")));
+    struct stat made {};
+    EXPECT_EQ(stat(file.c_str(), &made), 0);
+    EXPECT_EQ(made.st_mode & 0777U, 0644U) << "others collect it";
+    EXPECT_THAT(told(1, {"metrics", "--switch", switchFile, "--output", "/no/such/folder/x"}),
+                HasSubstr("/no/such/folder/x cannot be written"));
 }
 
 TEST_F(HostTest, AConnectionThatIsRefusedOrComesLateIsTold) {
@@ -69,6 +79,15 @@ TEST_F(HostTest, AnAreaThatCannotBeReadHidesNoOther) {
     EXPECT_THAT(told(1, {"show", "chassis", "--switch", broken}),
                 AllOf(HasSubstr("\n  up to date      no\n"), EndsWith(why)));
     EXPECT_THAT(told(1, {"show", "all", "--switch", broken}), AllOf(HasSubstr("\nLsdb\n"), EndsWith(why)));
+    EXPECT_THAT(told(1, {"show", "health", "--switch", broken}),
+                AllOf(HasSubstr("\n  well           no\n  problem 1      " + why.substr(16)),
+                      HasSubstr("\n  ready          no\n")));
+    EXPECT_THAT(told(0, {"show", "health", "--switch", switchFile}), HasSubstr("\n  well           yes\n"));
+    EXPECT_THAT(told(1, {"verify", "--for", "0", "--switch", broken}),
+                AllOf(HasSubstr("not up to date  chassis\n"), EndsWith(why)));
+    EXPECT_THAT(told(0, {"metrics", "--switch", broken}),
+                AllOf(HasSubstr("datacache_area_up_to_date{area=\"chassis\"} 0\n"),
+                      HasSubstr("\ndatacache_well 0\n"), EndsWith("\n# EOF\n")));
 }
 
 TEST_F(HostTest, AStepThatCannotBeCarriedOutIsWrongInput) {
