@@ -58,8 +58,8 @@ bool DataCache::evaluateCaches() {
         ready = false;
     }
     const bool before = std::exchange(_cacheReady, ready);
-    HealthMonitor::instance().setReady(ready);
     snapshot.publish();
+    HealthMonitor::instance().setReady(ready);  // so that whoever waits for it finds the snapshot
     if (ready != before) tellReadiness(ready);
     if (_cacheReady) notify(_callback, DCEventDataCacheUpdateComplete());
     return _cacheReady;
