@@ -3,6 +3,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "common/LockUse.h"
 #include "datacache/DataCache.h"
 #include "datacache/HealthMonitor.h"
 #include "datacache/SnapshotPublisher.h"

@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "common/LockUse.h"
 #include "common/access_holder.h"
 #include "common/changes.h"
 #include "datacache/AreaRow.h"
