@@ -35,6 +35,8 @@ struct Interval {
 };
 
 Interval retry DC_GUARDED_BY(eval_lock);
+/** The retry interval from the last retry on: requests that keep coming must not put a retry off for ever. */
+Interval overdue DC_GUARDED_BY(eval_lock);
 Interval refresh DC_GUARDED_BY(eval_lock);
 /** The evaluation thread waits. At first it does not: it has not begun. */
 bool waiting DC_GUARDED_BY(eval_lock) = false;
@@ -93,9 +95,11 @@ Wake awaitEvaluation() {
     for (;;) {
         const int64_t time = monotonicTime();
         wake = {eval_ready != 0, retry.due(time), refresh.due(time)};
+        wake.retryDue = wake.retryDue || (wake.requested && overdue.due(time));
         if (wake.requested || wake.retryDue || wake.refreshDue) break;
         waitForSignal();
     }
+    if (wake.retryDue) overdue.begin = monotonicTime();
     if (wake.refreshDue) refresh.begin = monotonicTime();
     waiting = false;
     eval_ready = 0;
@@ -104,6 +108,8 @@ Wake awaitEvaluation() {
 
 void setEvaluationRetry(uint32_t seconds) {
     const EvalGuard guard;
+    overdue.begin = monotonicTime();
+    set(overdue, seconds);
     set(retry, seconds);
 }
 

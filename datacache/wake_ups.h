@@ -7,7 +7,7 @@ namespace datacache {
 /** Why the evaluation thread goes on: one of them at least. */
 struct Wake {
     bool requested = false;
-    bool retryDue = false;    ///< the retry interval has passed since the wait began
+    bool retryDue = false;    ///< the retry interval has passed since the wait began, or since the last retry
     bool refreshDue = false;  ///< the refresh interval has passed since the last refresh
 };
 
