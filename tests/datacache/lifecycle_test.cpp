@@ -162,23 +162,9 @@ TEST_F(Lifecycle, CoalescesWakeUps) {
     EXPECT_THAT(host().take(), ElementsAre(kComplete)) << "three wake-ups, one pass";
 }
 
-TEST_F(Lifecycle, FailedPassIsReportedAndRetriedByTheNextEvent) {
-    fault("'Oper.Chassis.*', result = 4");
-    DataCache::init();
-    DataCache::start([](DataCacheEvent* event) { host().receive(*event); });
-    EXPECT_TRUE(eventually([&] {
-        const std::vector<std::string> lines = capture.take();
-        return !lines.empty() && lines.back() == "2 DCACHE: (EVAL) Cache update failed or incomplete";
-    }));
-    EXPECT_FALSE(DataCache::getInstance()->isCacheReady());
-    DataCache::releaseInstance();
-    EXPECT_TRUE(host().take().empty());
-    sim.run(kNews);
-    ASSERT_TRUE(host().await(1));
-    EXPECT_EQ(host().take()[0], kComplete);
-}
-
-TEST_F(Lifecycle, HealthAnswersWhileAPassHangsInTheSwitch) {
+TEST_F(Lifecycle, HealthAndSnapshotAnswerWhileAPassHangsInTheSwitch) {
+    DataCache::setSnapshots(true);
+    EXPECT_EQ(DataCache::snapshot(), nullptr);
     run();
     EXPECT_TRUE(DataCache::waitIdle(30'000));
     {
@@ -196,19 +182,22 @@ TEST_F(Lifecycle, HealthAnswersWhileAPassHangsInTheSwitch) {
         const EventHealth events = DataCache::health().events();
         return events.received > events.queued + events.dropped;
     }));
-    usleep(20'000);
+    const std::shared_ptr<const Snapshot> before = DataCache::snapshot();
+    DataCache::setSnapshots(false);
+    DataCache::setSnapshots(true);
+    EXPECT_EQ(DataCache::snapshot(), nullptr) << "until the pass goes on";
+    EXPECT_EQ(before->localSwitch().switchWwn.tostring(), "1000001122AABBCC");
     const Health health = DataCache::health();
-    EXPECT_TRUE(health.passes().running && health.passes().inArea);
-    EXPECT_EQ(health.passes().area, CacheArea::Chassis);
+    const PassHealth& passes = health.passes();
+    EXPECT_TRUE(passes.running && passes.inArea && passes.area == CacheArea::Chassis);
     EXPECT_TRUE(health[CacheArea::Chassis].marked);
-    EXPECT_EQ(health.lock().holder, LockHolder::Pass);
-    EXPECT_TRUE(health.lock().inArea);
-    EXPECT_EQ(health.lock().area, CacheArea::Chassis);
-    EXPECT_GE(health.time() - health.lock().since, std::chrono::milliseconds(10));
+    const LockHealth& lock = health.lock();
+    EXPECT_TRUE(lock.holder == LockHolder::Pass && lock.inArea && lock.area == CacheArea::Chassis);
+    EXPECT_TRUE(lock.since != WallTime() && lock.since <= health.time());
     ASSERT_EQ(health.pendingCalls(), 1U);
     EXPECT_STREQ(health.pendingCall(0).call, "vex_smlGetBatch");
     EXPECT_STREQ(health.pendingCall(0).key, "Oper.Chassis.0.PowerSupplies");
-    EXPECT_GE(health.time() - health.pendingCall(0).since, std::chrono::milliseconds(20));
+    EXPECT_LE(health.pendingCall(0).since, health.time());
     EXPECT_FALSE(DataCache::idle());
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_FALSE(DataCache::waitIdle(50));
@@ -216,6 +205,7 @@ TEST_F(Lifecycle, HealthAnswersWhileAPassHangsInTheSwitch) {
     sim.run("step = [{do = 'clear_faults'}]");
     EXPECT_TRUE(DataCache::waitIdle(30'000));
     EXPECT_EQ(DataCache::health().pendingCalls(), 0U);
+    EXPECT_EQ(DataCache::snapshot()->chassis().powerSupplyCount, 2);
 }
 
 TEST_F(Lifecycle, TheRefreshIntervalFindsAChangeWhoseEventWasLost) {
@@ -224,11 +214,8 @@ TEST_F(Lifecycle, TheRefreshIntervalFindsAChangeWhoseEventWasLost) {
         "step = [{do = 'fault', function = 'notification'}, {do = 'power_supply', index = 1, state = "
         "'Bad'}]");
     const auto chassis = [] { return DataCache::health()[CacheArea::Chassis]; };
-    EXPECT_TRUE(DataCache::waitIdle(30'000));
-    const uint32_t reads = chassis().reads;
     DataCache::setRefreshInterval(1);
     EXPECT_TRUE(eventually([&] { return chassis().silentChanges == 1; }));
-    EXPECT_GE(chassis().reads, reads + 2) << "and a pass later it is known that no event came";
     EXPECT_STREQ(chassis().silentChange, "power supply 1: status");
     fault("'Oper.Chassis.*', hang = true");
     ASSERT_TRUE(sim.waitHanging());
@@ -237,49 +224,32 @@ TEST_F(Lifecycle, TheRefreshIntervalFindsAChangeWhoseEventWasLost) {
     sim.run("step = [{do = 'clear_faults'}]");
 }
 
-TEST_F(Lifecycle, TheHostIsToldWhenReadinessIsLostAndReturns) {
-    static std::vector<std::pair<bool, bool>> told;  // what was said, and what the cache said meanwhile
+TEST_F(Lifecycle, AFailedPassIsRetriedByTheNextEventAndTheHostToldOfReadiness) {
+    static std::vector<bool> told;
     DataCache::setReadinessCallback(
         [](bool ready, void* context) {
-            static_cast<decltype(told)*>(context)->push_back(
-                {ready, DataCache::getInstance()->isCacheReady()});
-            DataCache::releaseInstance();
+            EXPECT_TRUE(DataCache::waitReady(0) == ready && context == &told);
+            told.push_back(ready);
         },
         &told);
     fault("'Oper.Chassis.0.Fans', times = 1");
     DataCache::init();
     EXPECT_FALSE(DataCache::waitReady(0)) << "nothing was read";
-    DataCache::start(nullptr);
+    DataCache::start([](DataCacheEvent* event) { host().receive(*event); });
     EXPECT_TRUE(DataCache::waitIdle(30'000));
+    EXPECT_EQ(capture.take().back(), "2 DCACHE: (EVAL) Cache update failed or incomplete");
     EXPECT_FALSE(DataCache::waitReady(20));
-    EXPECT_TRUE(told.empty()) << "it was not ready before either";
-    DataCache::refreshNow();
-    EXPECT_TRUE(DataCache::waitReady(30'000));
+    EXPECT_TRUE(told.empty() && host().take().empty()) << "it was not ready before either";
+    sim.run(kNews);
+    ASSERT_TRUE(host().await(1));
+    EXPECT_EQ(host().take()[0], kComplete);
+    EXPECT_TRUE(DataCache::waitReady(0) && DataCache::waitIdle(30'000));
     fault("'Oper.Chassis.0.Fans', times = 1");
     for (int pass = 0; pass < 3; ++pass) {
         DataCache::refreshNow();
         EXPECT_TRUE(DataCache::waitIdle(30'000));
     }
-    const decltype(told) expected = {{true, true}, {false, false}, {true, true}};
-    EXPECT_EQ(told, expected);
-}
-
-/** The call returns after this process has ended. */
-TEST_F(Lifecycle, ASnapshotIsThereWhileAPassHangsInTheSwitch) {
-    DataCache::setSnapshots(true);
-    EXPECT_EQ(DataCache::snapshot(), nullptr);
-    run();
-    EXPECT_TRUE(eventually([] { return DataCache::idle(); }));
-    fault("'Oper.Chassis.*', delay_ms = 600000");
-    DataCache::refreshNow();
-    ASSERT_TRUE(eventually([] { return DataCache::health().passes().area == CacheArea::Chassis; }));
-    const std::shared_ptr<const Snapshot> before = DataCache::snapshot();
-    EXPECT_EQ(before->chassis().powerSupplyCount, 2);
-    DataCache::setSnapshots(false);
-    DataCache::setSnapshots(true);
-    EXPECT_EQ(DataCache::snapshot(), nullptr) << "until the pass goes on";
-    EXPECT_EQ(before->localSwitch().switchWwn.tostring(), "1000001122AABBCC");
-    EXPECT_TRUE(DataCache::health().passes().running);
+    EXPECT_THAT(told, ElementsAre(true, false, true));
 }
 
 TEST_F(Lifecycle, AThreadThatCannotBeMadeIsLogged) {
