@@ -81,7 +81,7 @@ void load(benchmark::State& state) {
         if (!DataCache::health()[datacache::CacheArea::Fabric].upToDate)
             state.SkipWithError("the load failed");
     });
-    state.counters["calls"] = DataCache::health().passes.lastCalls;
+    state.counters["calls"] = DataCache::health().passes().lastCalls;
 }
 
 /** The calls of the load of the ports, with their keys and nothing else. */
