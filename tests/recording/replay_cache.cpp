@@ -53,28 +53,20 @@ std::string damaged(std::string text, size_t from, std::mt19937& random) {
         const size_t place = from + any(text.size() - from);
         const size_t value = text.find_first_of("0123456789", place);
         const size_t quote = text.find('"', place);
-        switch (any(5)) {
-            case 0:
-                text.replace(place, any(40), 1, static_cast<char>(any(256)));
-                break;
-            case 1:
-                if (place > from + 1) text.resize(place);
-                break;
-            case 2:  // another value in place of a number: as a rule still a recording
-                if (value != std::string::npos)
-                    text.replace(value, text.find_first_not_of("0123456789", value) - value,
-                                 kPieces[any(std::size(kPieces))]);
-                break;
-            case 3:  // another text
-                if (quote != std::string::npos) text.insert(quote + 1, std::string(any(300), '9'));
-                break;
-            default: {  // lines that come again, elsewhere
-                const size_t line = text.find('\n', place);
-                const size_t end = line == std::string::npos ? line : text.find('\n', line + 1);
-                if (end != std::string::npos)
-                    text.insert(text.find('\n', from + any(line - from + 1)) + 1,
-                                text.substr(line + 1, end - line));
-            }
+        const size_t way = any(5), line = text.find('\n', place);
+        const size_t end = line == std::string::npos ? line : text.find('\n', line + 1);
+        if (way == 0) {
+            text.replace(place, any(40), 1, static_cast<char>(any(256)));
+        } else if (way == 1) {
+            if (place > from + 1) text.resize(place);
+        } else if (way == 2) {  // another value in place of a number: as a rule still a recording
+            if (value != std::string::npos)
+                text.replace(value, text.find_first_not_of("0123456789", value) - value,
+                             kPieces[any(std::size(kPieces))]);
+        } else if (way == 3) {  // another text
+            if (quote != std::string::npos) text.insert(quote + 1, std::string(any(300), '9'));
+        } else if (end != std::string::npos) {  // lines that come again, elsewhere
+            text.insert(text.find('\n', from + any(line - from + 1)) + 1, text.substr(line + 1, end - line));
         }
     }
     return text;
