@@ -120,3 +120,15 @@ bool CacheTest::lockIsFree() {
     }).join();
     return taken;
 }
+
+bool CacheTest::fabricLockIsFree() {
+    uint32_t other = 0;
+    vex_IPConnect("localhost", "test", "", &other);
+    bool free = true;
+    for (const char* command : {"Cmd.Switch.ReqAdmin", "Cmd.Zoning.FabricLock.77",
+                                "Cmd.Zoning.FabricUnlock.77", "Cmd.Switch.RelAdmin"}) {
+        void* reply = nullptr;
+        free = vex_smlSet(other, command, &reply) == 0 && free;
+    }
+    return free;
+}

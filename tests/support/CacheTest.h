@@ -1,7 +1,6 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
@@ -54,6 +53,8 @@ class CacheTest : public ::testing::Test {
 
     /** Whether another thread could take the access lock. */
     static bool lockIsFree();
+    /** Whether another connection gets admin rights and the fabric's lock. */
+    static bool fabricLockIsFree();
 
     DataCache& cache() { return *DataCache::instance; }
     CachePeer peer() { return CachePeer(cache()); }
