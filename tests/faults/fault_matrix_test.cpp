@@ -10,6 +10,7 @@
 #include "tests/faults/operations.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/CacheState.h"
+#include "tests/support/lines.h"
 
 /*
  * Every call of every loader, edit and plain function fails once in every way. Which calls there are the
@@ -27,7 +28,6 @@ namespace {
 
 using datacache::AreaHealth;
 using datacache::CacheArea;
-using Lines = std::vector<std::string>;
 using Calls = std::vector<vexsim::Call>;
 
 constexpr const char* kSwitch = R"(
@@ -77,12 +77,6 @@ Lines without(Lines all, const Lines& some) {
         if (found != all.end()) all.erase(found);
     }
     return all;
-}
-
-std::string joined(const Lines& lines, const char* separator = " ") {
-    std::string text;
-    for (const std::string& line : lines) text += (text.empty() ? "" : separator) + line;
-    return text;
 }
 
 std::string replaced(const std::string& text, const std::string& pattern, const std::string& by) {

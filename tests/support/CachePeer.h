@@ -8,23 +8,7 @@ using namespace datacache;  // for every test that includes this
  * lock. */
 class CachePeer {
   public:
-    explicit CachePeer(DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS
-        : _cache(cache),
-          callback(cache._callback),
-          eventQueue(cache._eventQueue),
-          switchUpdate(cache._switchUpdate),
-          chassisUpdate(cache._chassisUpdate),
-          bladesUpdate(cache._bladesUpdate),
-          portsUpdate(cache._portsUpdate),
-          fabricUpdate(cache._fabricUpdate),
-          accountsUpdate(cache._accountsUpdate),
-          zoningUpdate(cache._zoningUpdate),
-          zoningOK(cache._zoningOK),
-          bladeSlotCount(cache.bladeSlotCount),
-          bladeState(cache._bladeState),
-          localPortRefresh(cache._localPortRefresh),
-          portState(cache._portState),
-          prevAccounts(cache._prevAccounts) {}
+    explicit CachePeer(DataCache& cache) : _cache(cache) {}
 
     int getChassisInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getChassisInfo(); }
     bool getBladeInfo() DC_NO_THREAD_SAFETY_ANALYSIS { return _cache._getBladeInfo(); }
@@ -43,14 +27,15 @@ class CachePeer {
     DataCache& _cache;
 
   public:
-    DataCacheCallback& callback;
-    std::deque<vex_event_s*>& eventQueue;
-    bool &switchUpdate, &chassisUpdate, &bladesUpdate, &portsUpdate, &fabricUpdate, &accountsUpdate,
-        &zoningUpdate;
-    bool& zoningOK;
-    uint16_t& bladeSlotCount;
-    BladeState& bladeState;
-    std::bitset<kPortRows>& localPortRefresh;
-    PortState& portState;
-    std::vector<std::string>& prevAccounts;
+    DataCacheCallback& callback = _cache._callback;
+    std::deque<vex_event_s*>& eventQueue = _cache._eventQueue;
+    bool &switchUpdate = _cache._switchUpdate, &chassisUpdate = _cache._chassisUpdate,
+         &bladesUpdate = _cache._bladesUpdate, &portsUpdate = _cache._portsUpdate,
+         &fabricUpdate = _cache._fabricUpdate, &accountsUpdate = _cache._accountsUpdate,
+         &zoningUpdate = _cache._zoningUpdate, &zoningOK = _cache._zoningOK;
+    uint16_t& bladeSlotCount = _cache.bladeSlotCount;
+    BladeState& bladeState = _cache._bladeState;
+    std::bitset<kPortRows>& localPortRefresh = _cache._localPortRefresh;
+    PortState& portState = _cache._portState;
+    std::vector<std::string>& prevAccounts = _cache._prevAccounts;
 };

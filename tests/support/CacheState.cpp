@@ -3,24 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <sstream>
 
 #include "datacache/CacheReader.h"
+#include "tests/support/lines.h"
 
 using namespace datacache;
 
 namespace {
-
-struct Lines {
-    std::vector<std::string> all;
-    template <typename... Parts>
-    void add(const Parts&... parts) {
-        std::ostringstream line;
-        const char* blank = "";
-        ((line << blank << parts, blank = " "), ...);
-        all.push_back(line.str());
-    }
-};
 
 std::string text(const ZoningMember& member) {
     return member.text;
@@ -39,110 +28,96 @@ std::string text(const std::vector<Thing>& things) {
 
 // A source is a CacheReader or a Snapshot, which show the same records.
 
-ZoningDatabase zoningOf(const CacheReader& cache) {
-    return cache.zoning().database();
-}
-
-const ZoningDatabase& zoningOf(const Snapshot& snapshot) {
-    return snapshot.zoning();
-}
-
-Wwn portNameOf(const CacheReader& cache, uint16_t port) {
-    return cache->calcPortWorldWideName(cache->getRootSwitchWorldWideName(), port);
-}
-
-Wwn portNameOf(const Snapshot& snapshot, uint16_t port) {
-    return snapshot.localPortName(port);
-}
-
 template <class Source>
 void addChassisAndBlades(Lines& lines, const Source& cache) {
     const ChassisState& chassis = cache.chassis();
-    lines.add("chassis", chassis.loaded, text(chassis.switchFaults));
+    addLine(lines, "chassis", chassis.loaded, text(chassis.switchFaults));
     for (unsigned i = 0; i < chassis.powerSupplyCount; ++i)
-        lines.add("supply", i, chassis.powerSupplyStatus[i]);
-    for (unsigned i = 0; i < chassis.fanCount; ++i) lines.add("fan", i, chassis.fanStatus[i]);
+        addLine(lines, "supply", i, chassis.powerSupplyStatus[i]);
+    for (unsigned i = 0; i < chassis.fanCount; ++i) addLine(lines, "fan", i, chassis.fanStatus[i]);
     const BladeState& blades = cache.blades();
-    lines.add("blades", blades.loaded, blades.slotCount);
+    addLine(lines, "blades", blades.loaded, blades.slotCount);
     for (uint16_t slot = 0; slot < kMaxSlots; ++slot) {
         if (slot >= blades.slotCount && blades.kind[slot] == 0) continue;
-        lines.add("blade", slot, blades.kind[slot], blades.operStatus[slot], blades.tempSensors[slot],
-                  blades.voltageSensors[slot], blades.ioBlades[slot], blades.cpuBlades[slot]);
+        addLine(lines, "blade", slot, blades.kind[slot], blades.operStatus[slot], blades.tempSensors[slot],
+                blades.voltageSensors[slot], blades.ioBlades[slot], blades.cpuBlades[slot]);
     }
 }
 
-template <class Source>
-void addPorts(Lines& lines, const Source& cache) {
+template <class Source, class PortName>
+void addPorts(Lines& lines, const Source& cache, const PortName& portName) {
     const PortState& ports = cache.ports();
     const TransceiverState& media = cache.transceivers();
-    lines.add("ports", ports.portsLoaded, ports.portCount, ports.port0Wwn.tostring());
+    addLine(lines, "ports", ports.portsLoaded, ports.portCount, ports.port0Wwn.tostring());
     for (uint16_t port = 0; port < ports.portCount; ++port) {
         if (!ports.localPortsPresent[port]) {
-            lines.add("port", port, "absent", ports.portStatus[port]);
+            addLine(lines, "port", port, "absent", ports.portStatus[port]);
             continue;
         }
-        lines.add("port", port, ports.portStatus[port], ports.portType[port], ports.portHWType[port],
-                  portNameOf(cache, port).tostring());
-        lines.add("transceiver", port, media.mediaPresent[port], int{media.mediaFormat[port]},
-                  media.mediaVendorOUI[port], media.mediaVendorSN[port]);
+        addLine(lines, "port", port, ports.portStatus[port], ports.portType[port], ports.portHWType[port],
+                portName(port).tostring());
+        addLine(lines, "transceiver", port, media.mediaPresent[port], int{media.mediaFormat[port]},
+                media.mediaVendorOUI[port], media.mediaVendorSN[port]);
     }
 }
 
 template <class Source>
 void addFabric(Lines& lines, const Source& cache) {
     const FabricCache& fabric = cache.fabric();
-    lines.add("fabric", fabric.getFabricWwn(), fabric._local_switch_wwn.tostring(),
-              int{fabric._local_domain_id}, fabric.getOperatingMode());
+    addLine(lines, "fabric", fabric.getFabricWwn(), fabric._local_switch_wwn.tostring(),
+            int{fabric._local_domain_id}, fabric.getOperatingMode());
     for (const SwitchCache* s = fabric.getFirstSwitch(); s != nullptr; s = fabric.getNextSwitch(s)) {
-        lines.add("member", s->getWwn(), int{s->getDomainID()}, s->isLocal() ? "local" : "remote",
-                  s->getPortCount(), int{s->getManagementServerErrors()}, s->isManagementServerGivenUp());
+        addLine(lines, "member", s->getWwn(), int{s->getDomainID()}, s->isLocal() ? "local" : "remote",
+                s->getPortCount(), int{s->getManagementServerErrors()}, s->isManagementServerGivenUp());
         for (PortCache port = s->getFirstPort(); !port.isNull(); port = s->getNextPort(port)) {
-            lines.add("memberport", s->getWwn(), port.getPortIndex(), port.getWwn());
+            addLine(lines, "memberport", s->getWwn(), port.getPortIndex(), port.getWwn());
         }
     }
 }
 
-template <class Source>
-void addZoning(Lines& lines, const Source& cache) {
-    const ZoningDatabase& zoning = zoningOf(cache);
+void addZoning(Lines& lines, const ZoningDatabase& zoning) {
     const auto addZones = [&](const std::string& owner, const auto& holder) {
         for (const auto& zone : holder.zones)
-            lines.add("zone", owner, zone.name, zone.type, text(zone.members));
-        for (const auto& alias : holder.aliases) lines.add("alias", owner, alias.name, text(alias.members));
+            addLine(lines, "zone", owner, zone.name, zone.type, text(zone.members));
+        for (const auto& alias : holder.aliases)
+            addLine(lines, "alias", owner, alias.name, text(alias.members));
     };
-    lines.add("zoning", zoning.loaded, zoning.complete, '"' + zoning.activeZoneset + '"',
-              zoning.size.zonesets, zoning.size.zones, zoning.size.aliases, zoning.size.members,
-              zoning.limitsRead);
+    addLine(lines, "zoning", zoning.loaded, zoning.complete, '"' + zoning.activeZoneset + '"',
+            zoning.size.zonesets, zoning.size.zones, zoning.size.aliases, zoning.size.members,
+            zoning.limitsRead);
     for (const auto& zoneset : zoning.zonesets) {
-        lines.add("zoneset", zoneset.name, zoneset.active ? "active" : "configured");
+        addLine(lines, "zoneset", zoneset.name, zoneset.active ? "active" : "configured");
         addZones(zoneset.name, zoneset);
     }
     addZones("-", zoning);
 }
 
-template <class Source>
-std::vector<std::string> linesOf(const Source& cache) {
+template <class Source, class PortName>
+Lines linesOf(const Source& cache, const ZoningDatabase& zoning, const PortName& portName) {
     Lines lines;
     const SwitchState& local = cache.localSwitch();
-    lines.add("switch", local.loaded, local.switchWwn.tostring(), text(local.operationalStatus),
-              local.transparent, local.fcoe, local.ethernetPassthrough);
+    addLine(lines, "switch", local.loaded, local.switchWwn.tostring(), text(local.operationalStatus),
+            local.transparent, local.fcoe, local.ethernetPassthrough);
     addChassisAndBlades(lines, cache);
-    addPorts(lines, cache);
-    for (const std::string& account : cache.accounts()) lines.add("account", account);
+    addPorts(lines, cache, portName);
+    for (const std::string& account : cache.accounts()) addLine(lines, "account", account);
     addFabric(lines, cache);
-    addZoning(lines, cache);
-    std::sort(lines.all.begin(), lines.all.end());  // not in the order in which the cache met them
-    return lines.all;
+    addZoning(lines, zoning);
+    std::sort(lines.begin(), lines.end());  // not in the order in which the cache met them
+    return lines;
 }
 
 }  // namespace
 
 std::vector<std::string> cacheState() {
-    return linesOf(CacheReader());
+    const CacheReader cache;
+    const Wwn name = cache->getRootSwitchWorldWideName();
+    return linesOf(cache, cache.zoning().database(),
+                   [&](uint16_t port) { return cache->calcPortWorldWideName(name, port); });
 }
 
 std::vector<std::string> stateOf(const Snapshot& snapshot) {
-    return linesOf(snapshot);
+    return linesOf(snapshot, snapshot.zoning(), [&](uint16_t port) { return snapshot.localPortName(port); });
 }
 
 void expectLookups() {

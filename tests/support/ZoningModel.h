@@ -2,28 +2,11 @@
 
 #include <map>
 #include <optional>
-#include <sstream>
-#include <string>
-#include <vector>
 
-using Lines = std::vector<std::string>;
+#include "tests/support/lines.h"
 
 inline std::string text(unsigned long long value) {
     return std::to_string(value);
-}
-
-template <typename... Parts>
-std::string line(const Parts&... parts) {
-    std::ostringstream made;
-    const char* blank = "";
-    ((made << blank << parts, blank = " "), ...);
-    return made.str();
-}
-
-inline std::string joined(const Lines& all, const char* separator) {
-    std::string text;
-    for (const std::string& one : all) text += (text.empty() ? "" : separator) + one;
-    return text;
 }
 
 inline std::string listed(const char* field, const Lines& all) {
