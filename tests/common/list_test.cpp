@@ -1,7 +1,6 @@
 #include "common/list_t.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <memory>
 #include <vector>

@@ -1,6 +1,5 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -28,10 +27,7 @@
 using namespace datacache;
 
 namespace fs = std::filesystem;
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::IsEmpty;
-using testing::MatchesRegex;
+using namespace testing;
 
 /** Writes as little at a time as a full file system or a pipe may take. */
 static bool shortWrites = false;

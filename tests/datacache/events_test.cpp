@@ -14,9 +14,7 @@
 
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
+using namespace testing;
 
 /** What the host's callback throws at the next event of this type; 0 for nothing. */
 int32_t throwAt = 0;

@@ -3,15 +3,12 @@
 #include "tests/support/LogCapture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 using namespace datacache;
 
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
+using namespace testing;
 
 class FabricRecords : public ::testing::Test {
   protected:

@@ -4,9 +4,7 @@
 
 namespace {
 
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::Pair;
+using namespace testing;
 
 constexpr uint16_t kUnknown = 65535;
 

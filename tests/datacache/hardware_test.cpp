@@ -5,11 +5,7 @@
 
 namespace {
 
-using ::testing::Each;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
+using namespace testing;
 
 const std::string kLocal = "switch = {wwn = '1000001122AABBCC'}\n";
 

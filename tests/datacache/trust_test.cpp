@@ -7,10 +7,7 @@
 
 namespace {
 
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
+using namespace testing;
 
 const std::string kSwitch = R"(
 switch = {wwn = '1000001122AABBCC', domain = 1}

@@ -2,12 +2,7 @@
 
 #include "tests/host/HostTest.h"
 
-using ::testing::AllOf;
-using ::testing::ElementsAre;
-using ::testing::EndsWith;
-using ::testing::HasSubstr;
-using ::testing::MatchesRegex;
-using ::testing::Not;
+using namespace testing;
 
 TEST_F(HostTest, ShowsAllAreasAndNothingThatATerminalObeys) {
     Tool json(HOST_TOOL, {"show", "all", "--json", "--switch", switchFile});

@@ -6,9 +6,7 @@
 #include "simulator/switch_writer.h"
 #include "tests/host/HostTest.h"
 
-using ::testing::AllOf;
-using ::testing::HasSubstr;
-using ::testing::Not;
+using namespace testing;
 
 namespace {
 

@@ -8,11 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
-using ::testing::AllOf;
-using ::testing::Contains;
-using ::testing::HasSubstr;
-using ::testing::MatchesRegex;
-using ::testing::Not;
+using namespace testing;
 
 TEST_F(HostTest, RunPrintsEventsAndThenTheState) {
     std::remove("/tmp/cim.crit.out");

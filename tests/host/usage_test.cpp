@@ -2,11 +2,7 @@
 
 #include "tests/host/HostTest.h"
 
-using ::testing::AllOf;
-using ::testing::EndsWith;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
+using namespace testing;
 
 TEST_F(HostTest, WrongUsageAndInputStartNothing) {
     const std::string malformed = writeFile("malformed.toml", "[switch]\nwwn = 5\n");

@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "report/log_lines.h"
 #include "report/timeline.h"

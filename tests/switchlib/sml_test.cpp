@@ -11,8 +11,7 @@ using namespace datacache;
 
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace testing;
 
 struct GroupDeleter {
     void operator()(vex_smlmsggroup_s* group) const { vex_smlFreeMsgGroup(group); }

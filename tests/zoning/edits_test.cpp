@@ -6,9 +6,7 @@ namespace {
 
 using datacache::ZoningOutcome;
 using datacache::ZoningSession;
-using ::testing::Contains;
-using ::testing::Each;
-using ::testing::EndsWith;
+using namespace testing;
 
 constexpr vex_fzs_zonemember_type_e kWwn = VEX_ZMT_WWN;
 const char* const kNewName = "2000001122000099";

@@ -2,12 +2,7 @@
 
 namespace {
 
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::IsSupersetOf;
-using ::testing::MatchesRegex;
+using namespace testing;
 
 class ZoningLoad : public ZoningTest {
   protected:
