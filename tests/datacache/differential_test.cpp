@@ -4,9 +4,7 @@
 #include <optional>
 #include <random>
 #include <set>
-#include <sstream>
 
-#include "datacache/CacheReader.h"
 #include "simulator/switch_writer.h"
 #include "tests/support/CacheState.h"
 #include "tests/support/CacheTest.h"

@@ -54,11 +54,10 @@ TEST_F(Blades, TellsWhatASlotHolds) {
     const struct {
         const char *key, *value;  ///< behind "Oper.Blade.1."
         uint16_t kind, temperature;
-    } cases[] = {{"Type", "io", 0, 7},
-                 {"OperState", "", 0, 0},
-                 {"PlanarPartNum", "", 0, 0},
-                 {"BoardSerialNum", "", 0, 0},
-                 {"TempSensors", "65543", 4, 7}};
+    } cases[] = {
+        {"Type", "io", 0, 7},         {"OperState", "", 0, 0},        {"PlanarPartNum", "", 0, 0},
+        {"BoardSerialNum", "", 0, 0}, {"TempSensors", "65543", 4, 7},
+    };
     for (const auto& row : cases) {
         load(chassis(2, "{slot = 1, type = 'IO', temp_sensors = 7}"));
         sim.set(std::string("Oper.Blade.1.") + row.key, row.value);

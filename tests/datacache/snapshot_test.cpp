@@ -1,8 +1,6 @@
 // Snapshots: when they are published, what they share, and what they cost those who do not want them.
 #include "datacache/SnapshotPublisher.h"
 
-#include <chrono>
-
 #include "tests/support/Allocations.h"
 #include "tests/support/CacheState.h"
 #include "tests/support/CacheTest.h"

@@ -1,7 +1,6 @@
 // Layouts that hosts and the imported library share, on every platform.
 #include <cstddef>
 #include <type_traits>
-#include <utility>
 
 #include "datacache/CacheReader.h"
 

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <map>
 #include <regex>
 #include <set>
@@ -394,7 +393,13 @@ class FaultMatrix : public FaultedCache {
                 std::string(faults.size() * 2, ' ') + (operation.alike ? "any" : shortName(call)) + ' ';
             for (const auto& [text, names] : ways) {
                 const std::string line = name + joined(names, ",") + ": " + text;
-                if (std::count(table.begin(), table.end(), line) == 0) table.push_back(line);
+                const std::string nothing = name + "call: nothing of ";
+                const bool more =
+                    !table.empty() && line.rfind(nothing, 0) == 0 && table.back().rfind(nothing, 0) == 0;
+                if (more && !has(table.back() + ',', (' ' + call.function + ',').c_str()))
+                    table.back() += ", " + call.function;
+                else if (!more && std::count(table.begin(), table.end(), line) == 0)
+                    table.push_back(line);
             }
             table.insert(table.end(), deeper.begin(), deeper.end());
         }

@@ -17,12 +17,15 @@
 
 /*
  * Golden runs. A file begins with a switch file; then each "@ COMMAND" is carried out, and below it stands
- * what happened, in order: > a call to the switch library, without "vex_", with its result where that is not
- * 0 | a log line with its level; without "2 DCACHE: ", which most begin with ! a host event = a line of the
- * command's answer Calls and log lines share a line as long as they fit. "@ brief ..." tells events alone, "@
- * quiet ..." nothing, and "show" its calls only as "@ trace show". The events that complete a pass are left
- * out, and a last pass that had nothing to do. With GOLDEN_UPDATE set the files are written anew, to be
- * reviewed as a change.
+ * what happened, in order:
+ *     > a call to the switch library, without "vex_", with its result where that is not 0
+ *     | a log line with its level; without "2 DCACHE: ", which most begin with
+ *     ! a host event
+ *     = a line of the command's answer, where that is not 0
+ * Calls and log lines share a line as long as they fit. "@ brief ..." tells events alone, "@ quiet ..."
+ * nothing, and "show" its calls only as "@ trace show". The events that complete a pass are left out, and a
+ * last pass that had nothing to do. With GOLDEN_UPDATE set the files are written anew, to be reviewed as a
+ * change.
  */
 
 namespace {
@@ -240,7 +243,7 @@ std::string Golden::run(std::istream& file) {
         if (told.size() > 1 && told.back() == "| evaluateCaches") told.pop_back();
         joinShort(told);
         std::for_each(told.begin(), told.end(), put);
-        for (std::string one; std::getline(answer, one) && view.empty();) put("= " + one);
+        for (std::string one; std::getline(answer, one) && view.empty() && one != "0";) put("= " + one);
     }
     return result;
 }
