@@ -16,29 +16,41 @@
 #include "zoning/member_text.h"
 
 /*
- * Golden runs. A file begins with a switch file; then each "@ COMMAND" is carried out, and below it stands
- * what happened, in order:
- *     > a call to the switch library, without "vex_", with its result where that is not 0
- *     | a log line with its level; without "2 DCACHE: ", which most begin with
- *     ! a host event
- *     = a line of the command's answer, where that is not 0
- * Calls and log lines share a line as long as they fit. "@ brief ..." tells events alone, "@ quiet ..."
- * nothing, and "show" its calls only as "@ trace show". The events that complete a pass are left out, and a
- * last pass that had nothing to do. With GOLDEN_UPDATE set the files are written anew, to be reviewed as a
- * change.
+ * Golden runs. A file begins with a switch file; then each "@ COMMAND" is carried out, and what it caused
+ * stands below it in its order: > calls to the switch library, without "vex_", each with its result where
+ * that is not 0 | a log line with its level; without "2 DCACHE: ", which most begin with ! a host event = an
+ * answer
+ * "@ brief ..." tells events alone, "@ quiet ..." nothing, and "show" its calls only as "@ trace
+ * show". The events that complete a pass are left out, and a last pass that had nothing to do. With
+ * GOLDEN_UPDATE set the files are written anew, to be reviewed as a change.
  */
 
 namespace {
 
-/** What happens, in order, one thing an entry: calls are looked up whenever a log line or an event comes. */
+/** What happens, in order: calls are looked up whenever a log line or an event comes. */
 class Story {
   public:
     void add(const std::string& line) {
+        std::string calls;
+        const auto put = [&] {
+            if (calls.empty()) return;
+            const bool fits =
+                !lines.empty() && lines.back()[0] == '|' && lines.back().size() + calls.size() < kWidth;
+            if (fits)
+                lines.back() += ' ' + calls;
+            else
+                lines.push_back(calls);
+            calls.clear();
+        };
         for (const vexsim::Call& call : vexsim::Simulator::instance().transcript()) {
             if (call.function == "vex_libFreeMemory") continue;  // what is left over is counted at the end
-            lines.push_back("> " + call.function.substr(4) + (call.detail.empty() ? "" : ' ' + call.detail) +
-                            (call.result == 0 ? "" : " = " + std::to_string(call.result)));
+            const std::string text = call.function.substr(4) +
+                                     (call.detail.empty() ? "" : ' ' + call.detail) +
+                                     (call.result == 0 ? "" : " = " + std::to_string(call.result));
+            if (calls.size() + text.size() > kWidth) put();
+            calls += (calls.empty() ? "> " : "; ") + text;
         }
+        put();
         vexsim::Simulator::instance().clearTranscript();
         if (!line.empty()) lines.push_back(line);
     }
@@ -48,6 +60,7 @@ class Story {
     }
 
   private:
+    static constexpr size_t kWidth = 116;
     std::vector<std::string> lines;
 };
 
@@ -97,27 +110,36 @@ const std::map<std::string, int (*)()> kCommands = {
 using ZoningCall = long (*)(ZoningCache& zoning, char* a, char* b, char* c);
 using Z = ZoningCache;
 template <auto F>
-struct Call {
-    static long none(Z& zoning, char*, char*, char*) { return (zoning.*F)(); }
-    static long one(Z& zoning, char* a, char*, char*) { return (zoning.*F)(a); }
-    static long two(Z& zoning, char* a, char* b, char*) { return (zoning.*F)(a, b); }
-    static long member(Z& zoning, char* a, char* b, char* c) { return (zoning.*F)(a, memberType(b), c); }
-};
+long none(Z& zoning, char*, char*, char*) {
+    return (zoning.*F)();
+}
+template <auto F>
+long one(Z& zoning, char* a, char*, char*) {
+    return (zoning.*F)(a);
+}
+template <auto F>
+long two(Z& zoning, char* a, char* b, char*) {
+    return (zoning.*F)(a, b);
+}
+template <auto F>
+long member(Z& zoning, char* a, char* b, char* c) {
+    return (zoning.*F)(a, memberType(b), c);
+}
 const std::map<std::string, ZoningCall> kZoningCalls = {
-    {"ZoningLock", Call<&Z::ZoningLock>::one},
-    {"ZoningUnlock", Call<&Z::ZoningUnlock>::none},
-    {"createZoneAlias", Call<&Z::createZoneAlias>::one},
-    {"createZoneset", Call<&Z::createZoneset>::one},
-    {"removeZoneAlias", Call<&Z::removeZoneAlias>::one},
-    {"removeZone", Call<&Z::removeZone>::one},
-    {"removeZoneset", Call<&Z::removeZoneset>::one},
-    {"addZoneToZoneset", Call<&Z::addZoneToZoneset>::two},
-    {"removeZoneFromZoneset", Call<&Z::removeZoneFromZoneset>::two},
-    {"addMemberToZone", Call<&Z::addMemberToZone>::member},
-    {"removeMemberFromZone", Call<&Z::removeMemberFromZone>::member},
-    {"addMemberToZoneAlias", Call<&Z::addMemberToZoneAlias>::member},
-    {"removeMemberFromZoneAlias", Call<&Z::removeMemberFromZoneAlias>::member},
-    {"replaceZoningDB", Call<&Z::replaceZoningDB>::none},
+    {"ZoningLock", one<&Z::ZoningLock>},
+    {"ZoningUnlock", none<&Z::ZoningUnlock>},
+    {"createZoneAlias", one<&Z::createZoneAlias>},
+    {"createZoneset", one<&Z::createZoneset>},
+    {"removeZoneAlias", one<&Z::removeZoneAlias>},
+    {"removeZone", one<&Z::removeZone>},
+    {"removeZoneset", one<&Z::removeZoneset>},
+    {"addZoneToZoneset", two<&Z::addZoneToZoneset>},
+    {"removeZoneFromZoneset", two<&Z::removeZoneFromZoneset>},
+    {"addMemberToZone", member<&Z::addMemberToZone>},
+    {"removeMemberFromZone", member<&Z::removeMemberFromZone>},
+    {"addMemberToZoneAlias", member<&Z::addMemberToZoneAlias>},
+    {"removeMemberFromZoneAlias", member<&Z::removeMemberFromZoneAlias>},
+    {"replaceZoningDB", none<&Z::replaceZoningDB>},
     {"createZone",
      [](Z& zoning, char* a, char* b, char*) -> long {
          return zoning.createZone(a, Z::cnvCIMZoneTypeToVEX(std::atoi(b)));
@@ -129,7 +151,11 @@ const std::map<std::string, ZoningCall> kZoningCalls = {
          bool expired = false;
          return zoning.LockIdOK(a, expired) ? 1 : expired ? -1 : 0;
      }},
-    {"dump", [](Z& zoning, char*, char*, char*) -> long { return zoning.dump(), 0; }},
+    {"dump",
+     [](Z& zoning, char*, char*, char*) -> long {
+         zoning.dump();
+         return 0;
+     }},
 };
 
 /** The numbers up to 2^16 that have a word, five a line. */
@@ -143,21 +169,6 @@ std::string wordsOf(datacache::CimValue what) {
         ++found;
     }
     return text;
-}
-
-/** Calls and log lines share a line as long as they fit; each event begins its own. */
-void joinShort(Words& told) {
-    Words joined;
-    char last = '!';  // what the line ends with
-    for (const std::string& one : told) {
-        const bool fits = last != '!' && one[0] != '!' && joined.back().size() + one.size() < 116;
-        if (fits)
-            joined.back() += one[0] == '>' && last == '>' ? "; " + one.substr(2) : ' ' + one;
-        else
-            joined.push_back(one);
-        last = one[0];
-    }
-    told = joined;
 }
 
 class Golden : public CacheTest, public ::testing::WithParamInterface<std::string> {
@@ -241,9 +252,8 @@ std::string Golden::run(std::istream& file) {
         };
         told.erase(std::remove_if(told.begin(), told.end(), hidden), told.end());
         if (told.size() > 1 && told.back() == "| evaluateCaches") told.pop_back();
-        joinShort(told);
         std::for_each(told.begin(), told.end(), put);
-        for (std::string one; std::getline(answer, one) && view.empty() && one != "0";) put("= " + one);
+        for (std::string one; std::getline(answer, one) && view.empty();) put("= " + one);
     }
     return result;
 }
