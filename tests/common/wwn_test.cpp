@@ -21,15 +21,13 @@ TEST(Wwn, ParsesSixteenHexadecimalDigitsAndNothingElse) {
 
 TEST(Wwn, PlacesThePortByFormat) {
     const struct {
-        std::string before;
-        unsigned port;
-        std::string after;
-        unsigned read;
+        std::string before, after;
+        unsigned port, read;
     } cases[] = {
-        {"2000001122AABBCC", 0x123, "2123001122AABBCC", 0x123},
-        {"2000001122AABBCC", 0xFFFFF005, "2005001122AABBCC", 0x005},  // cut to 12 bits
-        {"3ABC001222AABBCC", 0x123, "3000123222AABBCC", 0x123},       // byte 1 and the nibble before it go
-        {"1000001122AABBCC", 0x123, "1000001122AABBCC", 4096},        // no port field: untouched, unread
+        {"2000001122AABBCC", "2123001122AABBCC", 0x123, 0x123},
+        {"2000001122AABBCC", "2005001122AABBCC", 0xFFFFF005, 0x005},  // cut to 12 bits
+        {"3ABC001222AABBCC", "3000123222AABBCC", 0x123, 0x123},       // byte 1 and the nibble before it go
+        {"1000001122AABBCC", "1000001122AABBCC", 0x123, 4096},        // no port field: untouched, unread
     };
     for (const auto& c : cases) {
         Wwn name(c.before);

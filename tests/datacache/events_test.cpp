@@ -16,15 +16,6 @@ namespace {
 
 using namespace testing;
 
-/** What the host's callback throws at the next event of this type; 0 for nothing. */
-int32_t throwAt = 0;
-int callbacks = 0;
-
-void throwingHost(DataCacheEvent* event) {
-    ++callbacks;
-    if (event->type == throwAt) throw "the host's own message";
-}
-
 class Events : public CacheTest {
   protected:
     Events() {
@@ -57,16 +48,6 @@ class Events : public CacheTest {
         if (c.localPortRefresh.any()) marks += std::to_string(c.localPortRefresh.count());
         c.localPortRefresh.reset();
         return marks;
-    }
-    void throwAtNext(int32_t type) {
-        throwAt = type;
-        callbacks = 0;
-        peer().callback = throwingHost;
-    }
-    /** What the getters say of a port's transceiver. */
-    std::string media(const std::string& index) {
-        return std::to_string(cache().getTransceiverFormat(index)) + ' ' +
-               cache().getTransceiverVendorOUI(index) + ' ' + cache().getTransceiverVendorSN(index);
     }
 };
 
@@ -156,12 +137,12 @@ TEST_F(Events, MediaEventsThatSayTooLittleOrTooMuchChangeNothing) {
         dispatch(77, std::string("0;0;0;") + number);
     }
     EXPECT_EQ(log().size(), 8U) << "no remark";
-    EXPECT_EQ(media("0"), "0 00AABB SIM0000000000000");
+    EXPECT_EQ(media("0"), "0 yes 00AABB SIM0000000000000");
     EXPECT_FALSE(cache().workToDo()) << "no scan follows";
     dispatch(76, "9;9;9;0;1;4161;0123456789ABCDEF;257");  // 4161 is 4096 + 65
-    EXPECT_EQ(media("0"), "1 A 0123456789ABCDEF") << "OUI and format are cut to a byte";
+    EXPECT_EQ(media("0"), "1 yes A 0123456789ABCDEF") << "OUI and format are cut to a byte";
     dispatch(76, "9;9;9;0;0;65;0123456789ABCDEF;1");
-    EXPECT_EQ(media("0"), "2  ") << "presence 0 resets";
+    EXPECT_EQ(media("0"), "2 no  ") << "presence 0 resets";
     dispatch(76, "9;9;9;255;1;65;0123456789ABCDEF;1");
     EXPECT_TRUE(CacheReader().transceivers().mediaPresent[255]);
 }
@@ -181,7 +162,11 @@ TEST_F(Events, ReportsFailedAreasInTheirOrder) {
 }
 
 TEST_F(Events, MessageThrownByALoaderSkipsTheRestAndIsRetried) {
-    throwAtNext(DCEventPowerSupplyFail::TYPE);
+    static int callbacks = 0;
+    peer().callback = [](DataCacheEvent* event) {
+        ++callbacks;
+        if (event->type == DCEventPowerSupplyFail::TYPE) throw "the host's own message";
+    };
     sim.set("Oper.Chassis.0.PowerSupply.0", "Bad");
     cache().updateAll();
     EXPECT_TRUE(pass()) << "the results of the pass before still stand";

@@ -21,16 +21,6 @@ class Hardware : public CacheTest {
         return peer().getBladeInfo();
     }
     static BladeState state() { return CacheReader().blades(); }
-    /** The text of the out-of-range error that `run` ends with. */
-    template <typename Run>
-    static std::string thrownBy(Run run) {
-        try {
-            run();
-        } catch (const std::out_of_range& error) {
-            return error.what();
-        }
-        return "none";
-    }
     /** Scans the ports, all of them or those that are marked. */
     bool scan(bool all) {
         const AccessGuard guard;
@@ -38,12 +28,6 @@ class Hardware : public CacheTest {
         return peer().getPortInfo();
     }
     static const std::bitset<kPortRows>& present() { return CacheReader().ports().localPortsPresent; }
-    /** What the getters say of a port's transceiver: format, diagnostics, OUI, serial number. */
-    std::string media(const std::string& index) {
-        return std::to_string(cache().getTransceiverFormat(index)) +
-               (cache().getTransceiverDDMSupported(index) ? " yes " : " no ") +
-               cache().getTransceiverVendorOUI(index) + ' ' + cache().getTransceiverVendorSN(index);
-    }
 };
 
 using Blades = Hardware;
@@ -100,7 +84,7 @@ TEST_F(Blades, BeyondTheLastEntryBladesThrowAndOtherPartsOnlyCount) {
     for (const std::string type : {"IO", "CPU"}) {
         load(chassis(201, "{slot = 32, type = '" + type + "'}"));
         cache().updateAll();
-        EXPECT_EQ(thrownBy([&] { pass(); }), "bitset::set") << type;
+        EXPECT_THAT([&] { pass(); }, ThrowsMessage<std::out_of_range>("bitset::set")) << type;
         EXPECT_TRUE(lockIsFree());
         EXPECT_TRUE(cache().workToDo());
         load(chassis(32, "{slot = 31, type = '" + type + "'}"));
@@ -208,7 +192,7 @@ TEST_F(Ports, IndexesOfTransceiversAreTexts) {
     EXPECT_EQ(cache().getRootPortIndexForTransceiver("00AABB", "SIM0000000000003"), "3");
     EXPECT_EQ(cache().getRootPortIndexForTransceiver("00AABC", "SIM0000000000003"), "");
     EXPECT_EQ(cache().getRootPortIndexForTransceiver("00AABB", ""), "") << "port 0 has no diagnostics";
-    EXPECT_EQ(thrownBy([&] { media("256"); }), "bitset::test");
+    EXPECT_THAT([&] { media("256"); }, ThrowsMessage<std::out_of_range>("bitset::test"));
     EXPECT_EQ(cache().getPortType("256"), 0);
     EXPECT_EQ(cache().getPortHWType("256"), 0);
     EXPECT_TRUE(lockIsFree()) << "the lock is released as the exception leaves";

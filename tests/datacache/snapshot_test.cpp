@@ -1,9 +1,12 @@
 // Snapshots: when they are published, what they share, and what they cost those who do not want them.
 #include "datacache/SnapshotPublisher.h"
 
+#include <array>
+
 #include "tests/support/Allocations.h"
 #include "tests/support/CacheState.h"
 #include "tests/support/CacheTest.h"
+#include "tests/support/lines.h"
 
 namespace {
 
@@ -15,19 +18,16 @@ using Newest = std::shared_ptr<const Snapshot>;
 
 /** The areas that two snapshots do not share. */
 std::string differing(const Newest& a, const Newest& b) {
-    std::string names;
-    const auto compare = [&names](const char* name, const void* one, const void* other) {
-        if (one != other) names += (names.empty() ? "" : " ") + std::string(name);
+    static const char* const kNames[] = {"switch",       "chassis",  "blades", "ports",
+                                         "transceivers", "accounts", "fabric", "zoning"};
+    const auto areas = [](const Snapshot& of) -> std::array<const void*, 8> {
+        return {&of.localSwitch(),  &of.chassis(),  &of.blades(), &of.ports(),
+                &of.transceivers(), &of.accounts(), &of.fabric(), &of.zoning()};
     };
-    compare("switch", &a->localSwitch(), &b->localSwitch());
-    compare("chassis", &a->chassis(), &b->chassis());
-    compare("blades", &a->blades(), &b->blades());
-    compare("ports", &a->ports(), &b->ports());
-    compare("transceivers", &a->transceivers(), &b->transceivers());
-    compare("accounts", &a->accounts(), &b->accounts());
-    compare("fabric", &a->fabric(), &b->fabric());
-    compare("zoning", &a->zoning(), &b->zoning());
-    return names;
+    Lines names;
+    for (size_t i = 0; i < std::size(kNames); ++i)
+        if (areas(*a)[i] != areas(*b)[i]) names.push_back(kNames[i]);
+    return joined(names, " ");
 }
 
 /** What each event of the host finds as the newest snapshot. */

@@ -92,8 +92,8 @@ bool isSml(const vexsim::Call& call) {
 
 class FaultMatrix : public FaultedCache {
   protected:
-    std::optional<size_t>
-        allocations;  ///< that succeed before one fails; reset where the run asked for no more
+    /** That succeed before one fails; reset where the run asked for no more. */
+    std::optional<size_t> allocations;
 
     void restartFor(const Operation& operation) {
         session.reset();

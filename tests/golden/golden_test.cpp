@@ -16,13 +16,15 @@
 #include "zoning/member_text.h"
 
 /*
- * Golden runs. A file begins with a switch file; then each "@ COMMAND" is carried out, and what it caused
- * stands below it in its order: > calls to the switch library, without "vex_", each with its result where
- * that is not 0 | a log line with its level; without "2 DCACHE: ", which most begin with ! a host event = an
- * answer
- * "@ brief ..." tells events alone, "@ quiet ..." nothing, and "show" its calls only as "@ trace
- * show". The events that complete a pass are left out, and a last pass that had nothing to do. With
- * GOLDEN_UPDATE set the files are written anew, to be reviewed as a change.
+ * Golden runs. A file begins with a switch file; then each "@ COMMAND" is carried out, and below it stands
+ * what happened, in order:
+ *     > calls to the switch library, without "vex_", each with its result where that is not 0
+ *     | a log line with its level; without "2 DCACHE: ", which most begin with
+ *     ! a host event
+ *     = a line of the command's answer
+ * "@ brief ..." tells events alone, "@ quiet ..." nothing, and "show" its calls only as "@ trace show". The
+ * events that complete a pass are left out, and a last pass that had nothing to do. With GOLDEN_UPDATE set
+ * the files are written anew, to be reviewed as a change.
  */
 
 namespace {
@@ -85,19 +87,9 @@ void tellEvent(DataCacheEvent* event) {
 
 using Words = std::vector<std::string>;
 
-vex_fzs_zonemember_type_e memberType(const char* word) {
-    return *word == 'w'   ? VEX_ZMT_WWN
-           : *word == 'p' ? VEX_ZMT_DOMAIN_PORT
-           : *word == 'f' ? VEX_ZMT_FCID
-                          : VEX_ZMT_ALIAS;
-}
-
-/** What a host asks for without a word. */
-const std::map<std::string, void (DataCache::*)()> kRequests = {
-    {"updateSwitch", &DataCache::updateSwitch},
-    {"updateChassis", &DataCache::updateChassis},
-    {"updateFabric", &DataCache::updateFabric},
-};
+/** By the first letter of their words. */
+const std::map<char, vex_fzs_zonemember_type_e> kMemberTypes = {
+    {'w', VEX_ZMT_WWN}, {'p', VEX_ZMT_DOMAIN_PORT}, {'f', VEX_ZMT_FCID}, {'a', VEX_ZMT_ALIAS}};
 
 /** The configuration session. */
 const std::map<std::string, int (*)()> kCommands = {
@@ -110,58 +102,47 @@ const std::map<std::string, int (*)()> kCommands = {
 using ZoningCall = long (*)(ZoningCache& zoning, char* a, char* b, char* c);
 using Z = ZoningCache;
 template <auto F>
-long none(Z& zoning, char*, char*, char*) {
-    return (zoning.*F)();
-}
-template <auto F>
-long one(Z& zoning, char* a, char*, char*) {
-    return (zoning.*F)(a);
-}
-template <auto F>
-long two(Z& zoning, char* a, char* b, char*) {
-    return (zoning.*F)(a, b);
-}
-template <auto F>
-long member(Z& zoning, char* a, char* b, char* c) {
-    return (zoning.*F)(a, memberType(b), c);
-}
+struct Call {
+    static long none(Z& zoning, char*, char*, char*) { return (zoning.*F)(); }
+    static long one(Z& zoning, char* a, char*, char*) { return (zoning.*F)(a); }
+    static long two(Z& zoning, char* a, char* b, char*) { return (zoning.*F)(a, b); }
+    static long member(Z& zoning, char* a, char* b, char* c) {
+        return (zoning.*F)(a, kMemberTypes.at(*b), c);
+    }
+};
 const std::map<std::string, ZoningCall> kZoningCalls = {
-    {"ZoningLock", one<&Z::ZoningLock>},
-    {"ZoningUnlock", none<&Z::ZoningUnlock>},
-    {"createZoneAlias", one<&Z::createZoneAlias>},
-    {"createZoneset", one<&Z::createZoneset>},
-    {"removeZoneAlias", one<&Z::removeZoneAlias>},
-    {"removeZone", one<&Z::removeZone>},
-    {"removeZoneset", one<&Z::removeZoneset>},
-    {"addZoneToZoneset", two<&Z::addZoneToZoneset>},
-    {"removeZoneFromZoneset", two<&Z::removeZoneFromZoneset>},
-    {"addMemberToZone", member<&Z::addMemberToZone>},
-    {"removeMemberFromZone", member<&Z::removeMemberFromZone>},
-    {"addMemberToZoneAlias", member<&Z::addMemberToZoneAlias>},
-    {"removeMemberFromZoneAlias", member<&Z::removeMemberFromZoneAlias>},
-    {"replaceZoningDB", none<&Z::replaceZoningDB>},
+    {"ZoningLock", Call<&Z::ZoningLock>::one},
+    {"ZoningUnlock", Call<&Z::ZoningUnlock>::none},
+    {"createZoneAlias", Call<&Z::createZoneAlias>::one},
+    {"createZoneset", Call<&Z::createZoneset>::one},
+    {"removeZoneAlias", Call<&Z::removeZoneAlias>::one},
+    {"removeZone", Call<&Z::removeZone>::one},
+    {"removeZoneset", Call<&Z::removeZoneset>::one},
+    {"addZoneToZoneset", Call<&Z::addZoneToZoneset>::two},
+    {"removeZoneFromZoneset", Call<&Z::removeZoneFromZoneset>::two},
+    {"addMemberToZone", Call<&Z::addMemberToZone>::member},
+    {"removeMemberFromZone", Call<&Z::removeMemberFromZone>::member},
+    {"addMemberToZoneAlias", Call<&Z::addMemberToZoneAlias>::member},
+    {"removeMemberFromZoneAlias", Call<&Z::removeMemberFromZoneAlias>::member},
+    {"replaceZoningDB", Call<&Z::replaceZoningDB>::none},
     {"createZone",
      [](Z& zoning, char* a, char* b, char*) -> long {
          return zoning.createZone(a, Z::cnvCIMZoneTypeToVEX(std::atoi(b)));
      }},
     {"removeMember",
-     [](Z& zoning, char* a, char* b, char*) -> long { return zoning.removeMember(memberType(a), b); }},
+     [](Z& zoning, char* a, char* b, char*) -> long { return zoning.removeMember(kMemberTypes.at(*a), b); }},
     {"LockIdOK",
      [](Z& zoning, char* a, char*, char*) -> long {
          bool expired = false;
          return zoning.LockIdOK(a, expired) ? 1 : expired ? -1 : 0;
      }},
-    {"dump",
-     [](Z& zoning, char*, char*, char*) -> long {
-         zoning.dump();
-         return 0;
-     }},
+    {"dump", [](Z& zoning, char*, char*, char*) -> long { return zoning.dump(), 0; }},
 };
 
-/** The numbers up to 2^16 that have a word, five a line. */
+/** The numbers up to 2^16 that have a word, five a line, in front of the first what they are. */
 std::string wordsOf(datacache::CimValue what) {
     const std::string none = datacache::cimWord(what, 0xFFFF);
-    std::string text;
+    std::string text = "of " + std::to_string(static_cast<int>(what)) + ": ";
     for (uint32_t value = 0, found = 0; value < 0x10000; ++value) {
         const std::string word = datacache::cimWord(what, value);
         if (word == none) continue;
@@ -213,10 +194,13 @@ std::string Golden::carryOut(const std::string& command, Words words) {
         host::printAreas(out, host::readAreas(words[0]), false);
         return out.str().substr(out.str().find('\n') + 1);  // its heading is the command
     } else if (command == "words") {                        // for the numbers of the cache's records
-        const auto what = static_cast<datacache::CimValue>(std::atoi(words[0].c_str()));
-        return wordsOf(what);
-    } else if (const auto request = kRequests.find(command); request != kRequests.end()) {
-        (cache().*request->second)();
+        std::string all;
+        for (int what = 0; what < 10; ++what) all += wordsOf(static_cast<datacache::CimValue>(what)) + '\n';
+        return all;
+    } else if (command == "updateSwitch") {
+        cache().updateSwitch();
+    } else if (command == "updateFabric") {
+        cache().updateFabric();
     } else if (const auto configure = kCommands.find(command); configure != kCommands.end()) {
         return std::to_string(configure->second());
     } else if (const auto zoning = kZoningCalls.find(command); zoning != kZoningCalls.end()) {

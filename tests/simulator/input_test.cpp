@@ -4,18 +4,9 @@
 
 #include "tests/simulator/SimulatorTest.h"
 
-namespace {
+using namespace testing;
 
-/** The message of the error that the work ends with. */
-template <typename Work>
-std::string errorOf(Work work) {
-    try {
-        work();
-        return "no error";
-    } catch (const vexsim::InputError& error) {
-        return error.what();
-    }
-}
+namespace {
 
 struct BadInput {
     std::string text;
@@ -57,13 +48,15 @@ TEST_F(SimulatorTest, ASwitchFileThatIsWrongChangesNothingAndSaysWhere) {
     };
     sim.set("Kept", "yes");
     for (const BadInput& bad : cases) {
-        EXPECT_THAT(errorOf([&] { sim.loadSwitchText(bad.text, "f"); }), testing::HasSubstr(bad.message));
+        EXPECT_THAT([&] { sim.loadSwitchText(bad.text, "f"); },
+                    ThrowsMessage<vexsim::InputError>(HasSubstr(bad.message)));
         EXPECT_EQ(sim.get("Kept"), "yes") << bad.message;
     }
     const std::string path = testing::TempDir() + std::to_string(getpid()) + "switch.toml";
     std::ofstream(path) << "[chassis]\nfans = 1\n";
-    EXPECT_EQ(errorOf([&] { sim.loadSwitchFile(path); }),
-              path + R"(:1: the switch has no name: [switch] needs "wwn")");
+    EXPECT_THAT(
+        [&] { sim.loadSwitchFile(path); },
+        ThrowsMessage<vexsim::InputError>(path + R"(:1: the switch has no name: [switch] needs "wwn")"));
 }
 
 TEST_F(SimulatorTest, AScenarioThatIsWrongStartsNothingAndSaysWhere) {
@@ -76,10 +69,11 @@ TEST_F(SimulatorTest, AScenarioThatIsWrongStartsNothingAndSaysWhere) {
         {"do = 'raise'\ncode = 1\nsource = [1, 2]\n", R"(f:8: "source" must be three numbers)"},
     };
     for (const BadInput& bad : cases)
-        EXPECT_THAT(errorOf([&] { sim.run(good + bad.text, "f"); }), testing::HasSubstr(bad.message));
+        EXPECT_THAT([&] { sim.run(good + bad.text, "f"); },
+                    ThrowsMessage<vexsim::InputError>(HasSubstr(bad.message)));
     EXPECT_EQ(sim.get("Ran"), std::nullopt);
-    EXPECT_EQ(errorOf([&] { sim.run("do = 'blade_insert'\nslot = 1\ntype = 'IO'", "f"); }),
-              "f:1: slot 1 is not empty");
-    EXPECT_EQ(errorOf([&] { sim.run("do = 'zone_remove'\nname = 'none'", "f"); }),
-              "f:1: the switch has no zone \"none\"");
+    EXPECT_THAT([&] { sim.run("do = 'blade_insert'\nslot = 1\ntype = 'IO'", "f"); },
+                ThrowsMessage<vexsim::InputError>("f:1: slot 1 is not empty"));
+    EXPECT_THAT([&] { sim.run("do = 'zone_remove'\nname = 'none'", "f"); },
+                ThrowsMessage<vexsim::InputError>("f:1: the switch has no zone \"none\""));
 }

@@ -56,6 +56,13 @@ class CacheTest : public ::testing::Test {
     /** Whether another connection gets admin rights and the fabric's lock. */
     static bool fabricLockIsFree();
 
+    /** What the getters say of a port's transceiver: format, diagnostics, OUI, serial number. */
+    std::string media(const std::string& index) {
+        return std::to_string(cache().getTransceiverFormat(index)) +
+               (cache().getTransceiverDDMSupported(index) ? " yes " : " no ") +
+               cache().getTransceiverVendorOUI(index) + ' ' + cache().getTransceiverVendorSN(index);
+    }
+
     DataCache& cache() { return *DataCache::instance; }
     CachePeer peer() { return CachePeer(cache()); }
 

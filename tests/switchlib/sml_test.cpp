@@ -13,11 +13,6 @@ namespace {
 
 using namespace testing;
 
-struct GroupDeleter {
-    void operator()(vex_smlmsggroup_s* group) const { vex_smlFreeMsgGroup(group); }
-};
-using Group = std::unique_ptr<vex_smlmsggroup_s, GroupDeleter>;
-
 vex_smlrequest_s request(const char* key) {
     vex_smlrequest_s record{};
     std::strncpy(record.key, key, sizeof record.key - 1);
@@ -32,7 +27,7 @@ class Sml : public CacheTest {
 };
 
 TEST_F(Sml, GroupGrowsInStepsOfTwentyFive) {
-    const Group group(vex_smlAllocMsgGroup(0));
+    const std::shared_ptr<vex_smlmsggroup_s> group(vex_smlAllocMsgGroup(0), vex_smlFreeMsgGroup);
     EXPECT_EQ(group->capacity, 0);
     for (int i = 0; i < 51; ++i) {
         ASSERT_EQ(vex_smlAddMsgGroupV(group.get(), "Oper.Test.%d", i), 0);
@@ -48,7 +43,7 @@ TEST_F(Sml, GroupGrowsInStepsOfTwentyFive) {
 }
 
 TEST_F(Sml, GroupKeepsLongKeysTerminatedAndRefusesImpossibleSizes) {
-    const Group group(vex_smlAllocMsgGroup(2));
+    const std::shared_ptr<vex_smlmsggroup_s> group(vex_smlAllocMsgGroup(2), vex_smlFreeMsgGroup);
     ASSERT_EQ(vex_smlAddMsgGroupV(group.get(), "%s", std::string(300, 'k').c_str()), 0);
     ASSERT_EQ(vex_smlAddMsgGroupV(group.get(), "%s", "next"), 0);
     EXPECT_EQ(std::string(group->records[0].key), std::string(255, 'k'));
