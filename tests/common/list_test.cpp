@@ -20,8 +20,7 @@ using E = Element<Item>;
 
 /** The values from first to last, which must be those from last to first backwards. */
 std::vector<int> values(const List<E>& list) {
-    std::vector<int> forth;
-    std::vector<int> back;
+    std::vector<int> forth, back;
     for (const E* e = list.get_first(); e != nullptr; e = e->get_next()) forth.push_back(e->item()->value);
     for (const E* e = list.get_last(); e != nullptr; e = e->get_prev())
         back.insert(back.begin(), e->item()->value);

@@ -101,9 +101,7 @@ class CimLog : public testing::Test {
     }
     std::string generation(int number) const { return main + "." + std::to_string(number); }
 
-    std::string folder;
-    std::string main;
-    std::string critical;
+    std::string folder, main, critical;
 };
 
 }  // namespace
@@ -270,8 +268,7 @@ TEST_F(CimLog, LosesLinesThatCannotBeWrittenWithoutWaiting) {
 }
 
 TEST_F(CimLog, ThreadsLoseNoLineAndKeepTheirOrderWhileChildrenAreForked) {
-    constexpr int kThreads = 4;
-    constexpr int kLines = 1400;
+    constexpr int kThreads = 4, kLines = 1400;
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread)
         threads.emplace_back([thread] {

@@ -37,8 +37,7 @@ TEST(Wwn, PlacesThePortByFormat) {
         name.Get_Port(port);
         EXPECT_EQ(port, c.read) << c.before;
 
-        unsigned upper = 99;
-        unsigned lower = 99;
+        unsigned upper = 99, lower = 99;
         name.Get_Port(upper, lower);
         EXPECT_EQ(upper, c.read == 4096 ? 99 : c.read >> 6) << c.before;
         EXPECT_EQ(lower, c.read == 4096 ? 99 : c.read & 63) << c.before;

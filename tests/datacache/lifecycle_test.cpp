@@ -130,9 +130,8 @@ TEST_F(Lifecycle, ConnectsUntilItSucceeds) {
     sim.loadSwitchText(kSwitch +
                        "zoning = {limits = {zonesets = 1, zones = 1, members = 1, zones_per_zoneset = 1, "
                        "members_per_zone = 1, aliases = 1, members_per_alias = 1}}");
-    sim.run(
-        "step = [{do = 'fault', function = 'vex_IPConnect', times = 2, result = 7}, "
-        "{do = 'fault', function = 'vex_IPConnect', skip = 2, times = 1, handle = 0}]");
+    sim.run("do = 'fault'\nfunction = 'vex_IPConnect'\ntimes = 2\nresult = 7");
+    sim.run("do = 'fault'\nfunction = 'vex_IPConnect'\nskip = 2\ntimes = 1\nhandle = 0");
     EXPECT_TRUE(DataCache::init());
     EXPECT_EQ(slept, (std::vector<unsigned>{10, 4, 10}))
         << "a signal cuts the first sleep short, whose rest follows; a success without a handle is tried "
@@ -210,9 +209,8 @@ TEST_F(Lifecycle, HealthAndSnapshotAnswerWhileAPassHangsInTheSwitch) {
 
 TEST_F(Lifecycle, TheRefreshIntervalFindsAChangeWhoseEventWasLost) {
     run();
-    sim.run(
-        "step = [{do = 'fault', function = 'notification'}, {do = 'power_supply', index = 1, state = "
-        "'Bad'}]");
+    sim.run("do = 'fault'\nfunction = 'notification'");
+    sim.run("do = 'power_supply'\nindex = 1\nstate = 'Bad'");
     const auto chassis = [] { return DataCache::health()[CacheArea::Chassis]; };
     DataCache::setRefreshInterval(1);
     EXPECT_TRUE(eventually([&] { return chassis().silentChanges == 1; }));

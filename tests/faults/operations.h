@@ -12,10 +12,7 @@
 /** A cache that operations are carried out on, while their calls fail. */
 class FaultedCache : public CacheTest {
   public:
-    using CacheTest::cache;
-    using CacheTest::pass;
-    using CacheTest::peer;
-    using CacheTest::sim;
+    using CacheTest::cache, CacheTest::pass, CacheTest::peer, CacheTest::sim;
 
     uint32_t other = 0;        ///< a second connection, which is not hSwitch
     bool useOther = false;     ///< the operation is asked to use it

@@ -107,8 +107,7 @@ TEST_F(Sml, BatchReadsBoundedValues) {
     ASSERT_TRUE(batch.read(hSwitch));
     EXPECT_EQ(batch.text(text), "alpha");
     EXPECT_EQ(batch.number(number), 42);
-    sim.run(
-        "step = [{do = 'fault', function = 'vex_smlGetBatch', key = 'Oper.Test.A', unterminated = true}]");
+    sim.run("do = 'fault'\nfunction = 'vex_smlGetBatch'\nkey = 'Oper.Test.A'\nunterminated = true");
     ASSERT_TRUE(batch.read(hSwitch));
     EXPECT_EQ(batch.text(text).size(), 256U);
 }
