@@ -189,7 +189,7 @@ TEST_F(Lifecycle, HealthAndSnapshotAnswerWhileAPassHangsInTheSwitch) {
     const Health health = DataCache::health();
     const PassHealth& passes = health.passes();
     EXPECT_TRUE(passes.running && passes.inArea && passes.area == CacheArea::Chassis);
-    EXPECT_TRUE(health[CacheArea::Chassis].marked);
+    EXPECT_TRUE(health[CacheArea::Chassis].marked && !health[CacheArea::Chassis].upToDate);
     const LockHealth& lock = health.lock();
     EXPECT_TRUE(lock.holder == LockHolder::Pass && lock.inArea && lock.area == CacheArea::Chassis);
     EXPECT_TRUE(lock.since != WallTime() && lock.since <= health.time());

@@ -212,8 +212,9 @@ TEST_F(Trust, ACallbackMayRunAPassAndStoreAnotherCallback) {
         std::vector<int32_t> told, later;
     } cases[] = {
         {{nested}, {a, b, c}, {}},
+        {{thrown}, {a}, {a, b, c}},
         {{nested, nested, nested}, {a, b, c}, {}},
-        // The event whose dispatch throws stays, and is the only one that is told again.
+        // The event whose dispatch throws stays; with a pass in it, it is the only one that is told again.
         {{nestedThenThrown}, {a, b, c}, {a}},
         {{nested, thrown}, {a, b, b, c}, {}},
         {{[this] { cache().startEventMonitor(otherHost); }}, {a, -b, -c}, {}},
