@@ -178,8 +178,9 @@ void replaceAll(std::string& text, const std::string& part, const std::string& b
 void maskKeys(Json& health, const Secrets& secrets) {
     std::map<std::string, std::string> masks;
     const auto mask = [&](Json& one) {
-        if (one.is_null() || one["key"] == "") return;
+        if (one.is_null()) return;
         const std::string key = one["key"];
+        if (key.empty()) return;
         one["key"] = masks[key] = secrets.key(key);
     };
     mask(health["limits"]["failure"]);

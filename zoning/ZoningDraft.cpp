@@ -17,6 +17,7 @@ ZoningReport notRead(const ReadTrace& trace) {
 /** The members in an order that depends on nothing but them. */
 std::string memberLine(std::string line, const std::vector<ZoningMember>& members) {
     std::vector<std::string> texts;
+    texts.reserve(members.size());
     for (const ZoningMember& member : members) texts.push_back(std::to_string(member.type) + member.text);
     std::sort(texts.begin(), texts.end());
     for (const std::string& text : texts) line += ' ' + text;

@@ -238,7 +238,7 @@ ZoningReport ZoningEdits::createZoneAlias(const char* name) {
 }
 
 ZoningReport ZoningEdits::createZone(const char* name, vex_fzs_zone_type_e type) {
-    const ZoningReport full = _cache._checkLimit(ZoningLimit::Zones);
+    ZoningReport full = _cache._checkLimit(ZoningLimit::Zones);
     if (!full.done()) return full;
     if (kZoneCalls.findIn(_cache._uberZoneset, name) != nullptr) return exists(ZoningObject::Zone, name);
     void* zone = vex_ZoneCreate(name);
@@ -250,7 +250,7 @@ ZoningReport ZoningEdits::createZone(const char* name, vex_fzs_zone_type_e type)
 }
 
 ZoningReport ZoningEdits::createZoneset(const char* name) {
-    const ZoningReport full = _cache._checkLimit(ZoningLimit::Zonesets);
+    ZoningReport full = _cache._checkLimit(ZoningLimit::Zonesets);
     if (!full.done()) return full;
     const auto entry = _cache._zonesets.find(name);
     if (entry != _cache._zonesets.end() && entry->second.handle != nullptr)
@@ -302,7 +302,7 @@ ZoningReport ZoningEdits::removeMemberFromZoneAlias(const char* alias, vex_fzs_z
 
 ZoningReport ZoningEdits::removeMember(vex_fzs_zonemember_type_e type, const char* member) {
     MemberId wanted{type, member};
-    const ZoningReport parsed = parse(wanted);
+    ZoningReport parsed = parse(wanted);
     if (!parsed.done()) return parsed;
     Purge purge(wanted);
     const ZoningReport stopped = _repeat(kRemoveMember, [&](void* zoneset) {
@@ -318,7 +318,7 @@ ZoningReport ZoningEdits::addZoneToZoneset(const char* zoneset, const char* zone
     if (target == _cache._zonesets.end() || target->second.handle == nullptr)
         return notFound(ZoningObject::Zoneset, zoneset);
     void* const handle = target->second.handle;
-    const ZoningReport full = _cache._checkLimit(ZoningLimit::ZonesPerZoneset, handle);
+    ZoningReport full = _cache._checkLimit(ZoningLimit::ZonesPerZoneset, handle);
     if (!full.done()) return full;
     if (kZoneCalls.findIn(handle, zone) != nullptr) return exists(ZoningObject::Zone, zone);
     void* original = kZoneCalls.findIn(_cache._uberZoneset, zone);

@@ -84,7 +84,7 @@ void checkEffect(TableReader& table, const std::string& function) {
 
 /** The function that a step names, or "*" where it is silent. */
 std::string readFunction(TableReader& table) {
-    const std::string function = table.has("function") ? table.text("function") : "*";
+    std::string function = table.has("function") ? table.text("function") : "*";
     if (function != "*" && function != kNotification && !isFunction(function))
         table.fail("function", "the library has no function \"" + function + '"');
     return function;
