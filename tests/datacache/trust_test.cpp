@@ -1,9 +1,12 @@
 // What the cache says of itself: changes of which nobody told it, what it waits for, misses and is refused.
 #include <deque>
 #include <functional>
+#include <future>
 
+#include "switchlib/CallWatch.h"
 #include "tests/support/CacheState.h"
 #include "tests/support/CacheTest.h"
+#include "zoning/ZoningSession.h"
 
 namespace {
 
@@ -113,7 +116,8 @@ TEST_F(Trust, RefusedRegistrationsAreToldAndOnlyTheseTriedAgain) {
         std::string fault, problem, logged;
         size_t refused;
     } cases[] = {
-        {"key = '14'\nstatus = 205", "the switch refused to register 1 event code: 14", "event 14", 1},
+        {"key = '1[456]'\nstatus = 205", "the switch refused to register 3 event codes: 14, 15, 16",
+         "event 16", 3},
         {"result = 205", "the switch refused to register 28 event codes with 0xcd: 32, 52, 57",
          "events via vex_enRegisterForEvents", 28},
     };
@@ -155,6 +159,27 @@ TEST_F(Trust, WhatIsMissingIsToldUntilItIsMended) {
         cache().readAccounts();
         EXPECT_THAT(problems(), IsEmpty()) << row.fault;
     }
+}
+
+TEST_F(Trust, WhatIsUnderWayIsTold) {
+    begin("{do = 'fault', function = 'vex_fzsGetAllZonesAndAliases', hang = true}");
+    auto session = std::async(std::launch::async,
+                              [] { return DataCache::zoningSession("client").lockOutcome().done(); });
+    ASSERT_TRUE(sim.waitHanging());
+    const Health health = DataCache::health();
+    EXPECT_EQ(health.lock().holder, LockHolder::Session);
+    EXPECT_STREQ(health.lock().step, "lock");
+    EXPECT_STREQ(health.pendingCall(0).call, "vex_fzsGetAllZonesAndAliases");
+    EXPECT_FALSE(DataCache::idle());
+    sim.release();
+    EXPECT_TRUE(session.get());
+    EXPECT_EQ(DataCache::health().lock().holder, LockHolder::Nobody);
+
+    std::deque<CallWatch> many;
+    for (int i = 0; i < 9; ++i) many.emplace_back("call");
+    PendingCall calls[9];
+    EXPECT_EQ(CallWatch::pending(calls, 8), 8U);
+    EXPECT_STREQ(calls[8].call, "");
 }
 
 TEST_F(Trust, AMarkSaysByWhatAndSinceWhen) {
