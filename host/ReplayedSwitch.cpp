@@ -22,15 +22,19 @@ ReplayedSwitch::ReplayedSwitch(void* provider) {
     find(_deliver, provider, "vexreplay_deliver");
     find(_skip, provider, "vexreplay_skip");
     find(_hush, provider, "vexreplay_hush");
-    if (_open && !(_next && _mentions && _deliver && _skip && _hush)) {
+    find(_guard, provider, "vexreplay_guard");
+    find(_finish, provider, "vexreplay_finish");
+    if (_open && !(_next && _mentions && _deliver && _skip && _hush && _guard && _finish)) {
         throw HostInputError("datacache-host: this replayer is of another version");
     }
 }
 
-void ReplayedSwitch::open(const std::string& path, bool strict, double speed, bool toItsEnd) {
-    control(_open, path.c_str(), strict ? 1 : 0, speed);
-    _strict = strict;
-    _toItsEnd = toItsEnd && !strict;
+void ReplayedSwitch::open(const std::string& path, int32_t strict, double speed, bool toItsEnd) {
+    control(_open, path.c_str(), strict, speed);
+    // Keeps the cache from going to work between notifications that came together.
+    _guard([] { DataCache::getInstance(); }, [] { DataCache::releaseInstance(); });
+    _strict = strict != VEXREPLAY_LENIENT;
+    _toItsEnd = toItsEnd && strict != VEXREPLAY_STRICT;
 }
 
 void ReplayedSwitch::start() {
@@ -47,11 +51,7 @@ bool ReplayedSwitch::takeTurns(const char* text, const std::function<void()>& tu
         uint64_t place = 0;
         const int32_t next = _next(&place);
         if (next != VEXREPLAY_MAIN) return next == VEXREPLAY_OVER;
-        if (_mentions(place, text) != 0) {
-            turn();
-        } else if (_strict) {
-            return true;
-        }
+        if (_mentions(place, text) != 0) turn();
         _skip(place);
     }
 }
@@ -68,10 +68,10 @@ void ReplayedSwitch::step(int& quiet) const {
         quiet = 0;
     } else if (next == VEXREPLAY_NOTIFICATION) {
         quiet = 0;
-        DataCache::getInstance();  // keeps the cache from going to work between two that came together
         _deliver();
-        DataCache::releaseInstance();
-    } else if (next == VEXREPLAY_CALL || _toItsEnd) {
+    } else if (next == VEXREPLAY_ASIDE || (next == VEXREPLAY_MAIN && _toItsEnd)) {
+        _skip(place);
+    } else if (next == VEXREPLAY_CALL) {
         // The cache is quiet, so the call will not come.
         if (!_strict || ++quiet > kStrictPatience) _skip(place);
     }

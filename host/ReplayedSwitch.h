@@ -21,16 +21,21 @@ class ReplayedSwitch {
     bool available() const { return _open != nullptr; }
 
     /** A recording that is damaged throws HostInputError with "FILE:LINE: message". `speed`: 0 for no
-     * waiting. `toItsEnd`: calls of the recorded main thread that are due are not waited for. */
-    void open(const std::string& path, bool strict, double speed, bool toItsEnd);
+     * waiting. `strict`: a word of vexreplay.h. `toItsEnd`: calls of the recorded main thread that are due
+     * are not waited for. */
+    void open(const std::string& path, int32_t strict, double speed, bool toItsEnd);
     /** Starts the thread. The object must live as long as the process. */
     void start();
 
     /** Nothing more is told of calls that were never recorded. */
     void hush() const { _hush(); }
 
+    /** The recording is over. */
+    bool over() const { return _next(nullptr) == VEXREPLAY_OVER; }
     /** Nothing happens until the main thread makes a call; or it is over. */
     bool rests() const;
+    /** Tells how many calls differed from the recorded ones. */
+    void finish() const { _finish(); }
     /** Does on the main thread what makes its calls that mention this text, as often as they are due. True
      * when nothing else is left to happen. */
     bool takeTurns(const char* text, const std::function<void()>& turn) const;
@@ -45,6 +50,8 @@ class ReplayedSwitch {
     decltype(&vexreplay_deliver) _deliver;
     decltype(&vexreplay_skip) _skip;
     decltype(&vexreplay_hush) _hush;
+    decltype(&vexreplay_guard) _guard;
+    decltype(&vexreplay_finish) _finish;
     bool _strict = false;
     bool _toItsEnd = false;
 };

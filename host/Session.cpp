@@ -66,8 +66,10 @@ Session::Session(void* provider, const HostRequest& request) : _simulator(provid
         const bool editing = request.command == HostRequest::Zone || request.command == HostRequest::Config;
         const bool running = request.command == HostRequest::Run;
         const bool following = running || request.command == HostRequest::Report;
-        _replay.open(request.replay, request.strict, request.speed.value_or(running ? 1 : 0),
-                     !editing && !following);
+        const int32_t strict = !request.strict ? VEXREPLAY_LENIENT
+                               : editing       ? VEXREPLAY_STRICT
+                                               : VEXREPLAY_STRICT_CACHE;
+        _replay.open(request.replay, strict, request.speed.value_or(running ? 1 : 0), !editing && !following);
     }
     if (!_simulator.available()) {
         for (const auto& [name, file] : {std::pair("--switch", request.switchFile),
@@ -144,6 +146,12 @@ bool Session::waitConnected(double seconds) {
     const Clock::time_point begin = Clock::now();
     while (!started() && !interrupted()) {
         wait();
+        if (!started() && _replay.available() && _replay.over()) {
+            wait();  // the last attempt may have been the one that was answered
+            if (started()) continue;
+            std::cerr << "datacache-host: the switch did not answer in this recording" << std::endl;
+            return false;
+        }
         if (started() || secondsSince(begin) < seconds) continue;
         std::cerr << "datacache-host: the switch was not reached in " << seconds
                   << " s (see /tmp/cim.crit.out)" << std::endl;

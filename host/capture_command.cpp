@@ -45,10 +45,7 @@ int writeCapture(const HostRequest& request, const recording::Recording& recordi
 recording::Recording loadRecording(const std::string& path) {
     try {
         recording::Recording recording = recording::load(path);
-        if (recording.tornLine != 0) {
-            std::cerr << path << ':' << recording.tornLine << ": the last line is not whole and was skipped"
-                      << std::endl;
-        }
+        for (const std::string& remark : recording.remarks) std::cerr << remark << std::endl;
         return recording;
     } catch (const recording::RecordingError& error) {
         throw HostInputError(error.what());

@@ -65,8 +65,10 @@ void follow(Session& session, const HostRequest& request, Readiness& readiness,
             accountsRead = now;
         }
         // Looked at once more after the end, for what the last step still caused.
-        if (over && state.quiet) break;
-        if (replay && state.passed) {
+        if (over && (state.quiet || !session.started())) break;
+        if (replay && !state.passed) {
+            over = session.replay().over();  // a switch that never answered
+        } else if (replay) {
             over = session.replay().takeTurns("FirstPotentialUser", readAccounts);
         } else if (scenarioRuns) {
             over = session.simulator().scenarioOver();

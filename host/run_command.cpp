@@ -41,6 +41,7 @@ int runCommand(Session& session, const HostRequest& request) {
         std::cerr << error.what() << std::endl;
         status = EXIT_WRONG_INPUT;
     }
+    if (session.replay().available()) session.replay().finish();
     if (std::cout) showEnd(session, request, readiness);
     if (status == EXIT_DONE && !readiness.ready() && !session.interrupted()) {
         status = EXIT_NOT_DONE;

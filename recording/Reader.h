@@ -3,13 +3,9 @@
  * the types and fields of vexlib.h.
  *
  *     for (const recording::Record& record : recording::load("switch.jsonl").records) {
- *         if (record.isCall("vex_smlGetBatch"))
- *             for (const recording::SmlEntry& entry :
- * std::get<recording::SmlEntries>(record.back("records"))) ... if (record.event) use(record.event->code,
- * record.event->text);
+ *         if (record.isCall("vex_smlGetBatch")) use(std::get<recording::SmlEntries>(record.back("records")));
+ *         if (record.event) use(record.event->code, record.event->text);
  *     }
- *
- * Needs nlohmann-json in its sources, not in this header.
  */
 #pragma once
 
@@ -100,6 +96,7 @@ struct Function {
 struct Record {
     enum class Kind { Call, Notification, End } kind = Kind::Call;
     size_t line = 0;
+    size_t offset = 0;   /**< of the line in the file */
     uint64_t number = 0; /**< in the order in which calls and notifications returned */
     uint64_t thread = 0; /**< 1 for the main thread */
     uint64_t time = 0;   /**< of its begin, nanoseconds since the recording began */
@@ -112,6 +109,7 @@ struct Record {
 
     std::optional<Event> event;
     Address context;     /**< that the callback was registered with */
+    Address user;        /**< the callback's last argument */
     uint64_t waited = 0; /**< how often the callback waited for something, such as a lock */
 
     uint64_t limit = 0; /**< End: the bytes that the file may have */
@@ -125,29 +123,44 @@ struct Record {
     int64_t status() const;
 };
 
-/** Reads a recording record by record, in the order of the file. */
+/** Reads a recording record by record, in the order of the file, which it keeps in memory. */
 class Reader {
   public:
-    /** Opens the file and reads its first line. Throws RecordingError. */
+    /** Reads the file and its first line. Throws RecordingError. */
     explicit Reader(const std::string& path);
     ~Reader();
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 
+    const std::string& path() const { return _path; }
     const Header& header() const { return _header; }
-    /** The next record; false at the end. Throws RecordingError. */
+    /** The next record; false at the end. Calls and kinds of records that this program does not know are
+     * skipped. Throws RecordingError. */
     bool next(Record& record);
+    /** The record again that next() gave from this offset. */
+    Record recordAt(size_t offset) const;
+    /** How many lines there may be, at most. */
+    size_t lines() const;
+
     /** At the end: the number of a last line that is not whole and was skipped; 0 for none. */
     size_t tornLine() const { return _torn; }
+    /** At the end: "FILE:LINE: where the recording was cut", for one that reached its limit. */
+    const std::string& cut() const { return _cut; }
+    /** At the end: what is missing and what was skipped, a line each, to be told to whoever uses it. */
+    std::vector<std::string> remarks() const;
 
   private:
-    struct Lines;
+    struct Text;
+    struct Seen;
     [[noreturn]] void fail(const std::string& what) const;
+    std::string where(size_t line) const { return _path + ':' + std::to_string(line) + ": "; }
 
     const std::string _path;
-    std::unique_ptr<Lines> _lines;
+    std::unique_ptr<Text> _text;
+    std::unique_ptr<Seen> _seen;
     Header _header;
     size_t _torn = 0;
+    std::string _cut;
 };
 
 /** A whole recording, its records in the order of their numbers. */
@@ -156,6 +169,7 @@ struct Recording {
     Header header;
     std::vector<Record> records;
     size_t tornLine = 0;
+    std::vector<std::string> remarks; /**< Reader::remarks() */
 };
 
 /** Throws RecordingError. */

@@ -1,9 +1,13 @@
 #include "recording/Reader.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
-#include <fstream>
+#include <cstdio>
+#include <new>
 #include <tuple>
 #include <type_traits>
+#include <unordered_map>
 #include <utility>
 
 #include "recording/values.h"
@@ -17,17 +21,23 @@ constexpr size_t kLongestLine = 64 << 20;
 /** A function, and how the fields of its calls are read. */
 struct Shape {
     Function function;
-    void (*read)(const Json& line, Record& record);
+    /** Whether the call has fields that this program does not know. */
+    bool (*read)(const Json& line, Record& record);
 };
 
-/** Runs `read`; what is wrong is then about `name`. */
+/** Runs `read`; what is wrong is then about `name`, which is part of `whole`. */
 template <typename Read>
-auto about(const std::string& name, Read read) {
+auto about(const char* whole, const char* name, Read read) {
     try {
         return read();
     } catch (const BadValue& bad) {
-        throw BadValue(name + ' ' + bad.what());
+        throw BadValue(std::string(whole) + name + ' ' + bad.what());
     }
+}
+
+template <typename Read>
+auto about(const char* name, Read read) {
+    return about("", name, read);
 }
 
 template <typename Row, typename Arguments = typename Row::Arguments>
@@ -35,16 +45,18 @@ struct ShapeOf;
 
 template <typename Row, typename... Kind>
 struct ShapeOf<Row, Kinds<Kind...>> {
-    static void read(const Json& line, Record& record) {
+    static bool read(const Json& line, Record& record) {
         using Result = typename Row::Result;
-        const Json& given = field(line, "args");
-        record.given.clear();
+        constexpr size_t kHandedBack = (size_t{Kind::back} + ...);
+        constexpr bool kHasResult = !std::is_void_v<typename Result::Type>;
+        const Json given = field(line, "args");
+        record.given.reserve(sizeof...(Kind));
+        record.handedBack.reserve(sizeof...(Kind));
         const char* const* name = Row::names;
         const auto take = [&](auto kind) {
             Value value;
             if constexpr (decltype(kind)::in) {
-                value = about(std::string("args.") + *name,
-                              [&] { return readGiven(kind, fieldOf(given, *name)); });
+                value = about("args.", *name, [&] { return readGiven(kind, fieldOf(given, *name)); });
             }
             record.given.push_back(std::move(value));
             ++name;
@@ -57,14 +69,14 @@ struct ShapeOf<Row, Kinds<Kind...>> {
             record.result = about("result", [&] { return numberOf<int32_t>(fieldOf(line, "result")); });
         }
 
-        record.handedBack.clear();
         name = Row::names;
+        const std::optional<Json> back = findField(line, "back");
         const auto takeBack = [&](auto kind) {
             Value value;
             if constexpr (decltype(kind)::back) {
-                value = about(std::string("back.") + *name, [&] {
-                    const Json& back = field(line, "back");
-                    return readBack(kind, fieldOf(back, *name), record.given[record.handedBack.size()]);
+                value = about("back.", *name, [&] {
+                    if (!back) throw BadValue("is missing");
+                    return readBack(kind, fieldOf(*back, *name), record.given[record.handedBack.size()]);
                 });
             }
             record.handedBack.push_back(std::move(value));
@@ -72,6 +84,9 @@ struct ShapeOf<Row, Kinds<Kind...>> {
         };
         (takeBack(Kind{}), ...);
         checkNames(record);
+        constexpr size_t kFields = 6 + (kHasResult ? 1 : 0) + (kHandedBack > 0 ? 1 : 0);
+        return line.size() > 2 * kFields || given.size() > 2 * (size_t{Kind::in} + ...) ||
+               (back && back->size() > 2 * kHandedBack);
     }
 
   private:
@@ -94,9 +109,9 @@ struct ShapeOf<Row, Kinds<Kind...>> {
         }
     }
 
-    static const Json& fieldOf(const Json& object, const char* name) {
-        const auto found = object.find(name);
-        if (found == object.end()) throw BadValue("is missing");
+    static Json fieldOf(const Json& object, const char* name) {
+        const std::optional<Json> found = findField(object, name);
+        if (!found) throw BadValue("is missing");
         return *found;
     }
 };
@@ -111,59 +126,76 @@ const std::vector<Shape>& shapes() {
     return *all;
 }
 
-const Shape& shapeOf(const std::string& name) {
-    const auto found = std::find_if(shapes().begin(), shapes().end(),
-                                    [&](const Shape& shape) { return name == shape.function.name; });
-    if (found == shapes().end()) throw BadValue("call is no function of vexlib");
-    return *found;
+/** Null for a function that is not known. */
+const Shape* shapeOf(std::string_view name) {
+    static const auto* const all = [] {
+        auto* const made = new std::unordered_map<std::string_view, const Shape*>;
+        for (const Shape& shape : shapes()) made->emplace(shape.function.name, &shape);
+        return made;
+    }();
+    const auto found = all->find(name);
+    return found == all->end() ? nullptr : found->second;
 }
 
 Event eventOf(const Json& value) {
     Event event;
     event.code =
         static_cast<int32_t>(about("event", [&] { return numberOf<int32_t>(field(value, "code")); }));
-    const Json& source = field(value, "source");
-    if (!source.is_array() || source.size() != 3) throw BadValue("event.source has not three words");
-    for (size_t i = 0; i < 3; ++i) {
-        event.source.word[i] =
-            static_cast<int32_t>(about("event.source", [&] { return numberOf<int32_t>(source[i]); }));
+    const Json source = field(value, "source");
+    if (!source.isList() || source.size() != 3) throw BadValue("event.source has not three words");
+    size_t index = 0;
+    for (const Json& word : source) {
+        event.source.word[index++] =
+            static_cast<int32_t>(about("event.source", [&] { return numberOf<int32_t>(word); }));
     }
     event.text = about("event", [&] { return bytesOf(field(value, "text"), VEX_EVENT_TEXT_SIZE); });
     return event;
 }
 
 uint64_t counterOf(const Json& line, const char* name) {
-    const Json& value = field(line, name);
+    const Json value = field(line, name);
     return about(name, [&] { return unsignedOf(value); });
 }
 
-void readRecord(const Json& line, Record& record) {
+/** What a line turns out to be, beside its record. */
+enum class Known { Whole, WithMore, Nothing };
+
+/** Nothing: the record is of a call or a kind that this program does not know. */
+Known readRecord(const Json& line, Record& record) {
+    constexpr size_t kEndFields = 4, kNotificationFields = 8;
     record = {};
     record.number = counterOf(line, "n");
-    if (line.contains("end")) {
+    if (findField(line, "end")) {
         record.kind = Record::Kind::End;
         record.limit = counterOf(line, "limit");
         record.lost = counterOf(line, "lost");
-        return;
+        return line.size() > 2 * kEndFields ? Known::WithMore : Known::Whole;
     }
     record.thread = counterOf(line, "thread");
     record.time = counterOf(line, "time");
     record.took = counterOf(line, "took");
-    if (line.contains("call")) {
-        const Shape& shape = shapeOf(about("call", [&] { return bytesOf(line["call"], 64); }));
-        record.function = &shape.function;
-        shape.read(line, record);
-        return;
+    const std::optional<Json> call = findField(line, "call");
+    if (call) {
+        if (!call->isText()) throw BadValue("call is no text");
+        const Shape* const shape = shapeOf(call->rawText());
+        if (shape == nullptr) return Known::Nothing;
+        record.function = &shape->function;
+        return shape->read(line, record) ? Known::WithMore : Known::Whole;
     }
     record.kind = Record::Kind::Notification;
-    const Json& event = field(line, "event");
-    if (!event.is_null()) record.event = eventOf(event);
+    const std::optional<Json> event = findField(line, "event");
+    if (!event) return Known::Nothing;
+    if (!event->isNull()) record.event = eventOf(*event);
     record.waited = counterOf(line, "waited");
     record.context = about("context:", [&] { return addressOf(field(line, "context")); });
+    record.user = about("user:", [&] { return addressOf(field(line, "user")); });
+    return line.size() > 2 * kNotificationFields ? Known::WithMore : Known::Whole;
 }
 
 Header headerOf(const Json& line) {
-    if (line.value("recording", Json()) != "vexlib") throw BadValue("this is no recording of vexlib");
+    const std::optional<Json> name = findField(line, "recording");
+    if (!name || !name->isText() || name->rawText() != "vexlib")
+        throw BadValue("this is no recording of vexlib");
     Header header;
     header.version =
         static_cast<int>(about("version:", [&] { return numberOf<int>(field(line, "version")); }));
@@ -174,9 +206,9 @@ Header headerOf(const Json& line) {
     header.platform = about("platform:", [&] { return bytesOf(field(line, "platform"), 64); });
     header.wordSize =
         static_cast<int>(about("wordSize:", [&] { return numberOf(field(line, "wordSize"), 8, 128); }));
-    header.bigEndian = field(line, "byteOrder") == "big";
+    header.bigEndian = about("byteOrder:", [&] { return bytesOf(field(line, "byteOrder"), 64); }) == "big";
     header.time = about("time:", [&] { return bytesOf(field(line, "time"), 64); });
-    header.masked = field(line, "masked") == true;
+    header.masked = field(line, "masked").isTrue();
     return header;
 }
 
@@ -203,50 +235,88 @@ int64_t Record::status() const {
     return returned == nullptr ? 0 : *returned;
 }
 
-/** The lines of a file, of which none may be longer than the limit. */
-struct Reader::Lines {
-    explicit Lines(const std::string& path) : file(path, std::ios::binary) {}
-
-    /** False at the end. `ended`: the line has its line end. */
+/** The file, and the line that is read. */
+struct Reader::Text {
+    /** The lines from `begin` on; `end` is behind the line's last character. */
     bool next() {
+        begin = behind;
+        if (begin >= bytes.size()) return false;
         ++number;
-        text.clear();
-        std::streambuf& bytes = *file.rdbuf();
-        int byte = first();
-        for (; byte != std::char_traits<char>::eof() && byte != '\n'; byte = bytes.sbumpc()) {
-            if (text.size() == kLongestLine) throw BadValue("the line is too long");
-            text += static_cast<char>(byte);
-        }
-        ended = byte == '\n';
-        return ended || !text.empty();
+        end = bytes.find('\n', begin);
+        ended = end != std::string::npos;
+        if (!ended) end = bytes.size();
+        behind = end + 1;
+        if (end - begin > kLongestLine) throw BadValue("the line is too long");
+        return true;
     }
 
-    /** The next byte of a file that may be none at all, but a folder. */
-    int first() {
-        try {
-            return file.rdbuf()->sbumpc();
-        } catch (const std::ios_base::failure&) {
-            throw BadValue("the file cannot be read");
-        }
-    }
+    std::string_view line() const { return std::string_view(bytes).substr(begin, end - begin); }
 
-    std::ifstream file;
-    std::string text;
+    std::string bytes;
+    JsonLine json;
+    size_t begin = 0;
+    size_t end = 0;
+    size_t behind = 0;
     bool ended = false;
     size_t number = 0;
 };
 
-void Reader::fail(const std::string& what) const {
-    throw RecordingError(_path + ':' + std::to_string(std::max<size_t>(_lines->number, 1)) + ": " + what);
+/** What there is to remark at the end. */
+struct Reader::Seen {
+    uint64_t records = 0;
+    uint64_t last = 0;  ///< number
+    uint64_t lost = 0;
+    struct Lines {
+        size_t count = 0;
+        size_t first = 0;
+        void add(size_t line) {
+            if (count++ == 0) first = line;
+        }
+    };
+    Lines unknown;   ///< calls and records
+    Lines withMore;  ///< fields that nobody knows
+};
+
+namespace {
+
+/** All bytes of a file; a folder or a file that cannot be read is a BadValue. */
+std::string bytesOfFile(const std::string& path) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
+    struct stat status {};
+    if (file == nullptr || fstat(fileno(file.get()), &status) != 0 || S_ISDIR(status.st_mode))
+        throw BadValue("the file cannot be read");
+    std::string bytes;
+    try {
+        const size_t known = S_ISREG(status.st_mode) ? static_cast<size_t>(status.st_size) : 0;
+        // As large as it is, and a little larger, so that its end is seen without growing it.
+        size_t size = 0;
+        bytes.resize(known + 1);
+        for (;;) {
+            const size_t got = std::fread(&bytes[size], 1, bytes.size() - size, file.get());
+            size += got;
+            if (got == 0) break;
+            if (size == bytes.size()) bytes.resize(size + std::max<size_t>(size / 2, 1 << 16));
+        }
+        bytes.resize(size);
+    } catch (const std::bad_alloc&) {
+        throw BadValue("the file is too large for the memory");
+    }
+    if (std::ferror(file.get()) != 0) throw BadValue("the file cannot be read");
+    return bytes;
 }
 
-Reader::Reader(const std::string& path) : _path(path), _lines(std::make_unique<Lines>(path)) {
-    if (!_lines->file) fail("the file cannot be read");
+}  // namespace
+
+void Reader::fail(const std::string& what) const {
+    throw RecordingError(where(std::max<size_t>(_text->number, 1)) + what);
+}
+
+Reader::Reader(const std::string& path)
+    : _path(path), _text(std::make_unique<Text>()), _seen(std::make_unique<Seen>()) {
     try {
-        const bool any = _lines->next();
-        const Json line = Json::parse(_lines->text, nullptr, false);
-        if (!any || !line.is_object()) fail("this is no recording of vexlib");
-        _header = headerOf(line);
+        _text->bytes = bytesOfFile(path);
+        if (!_text->next() || !_text->json.parse(_text->line())) fail("this is no recording of vexlib");
+        _header = headerOf(_text->json.root());
     } catch (const BadValue& bad) {
         fail(bad.what());
     }
@@ -256,27 +326,80 @@ Reader::~Reader() = default;
 
 bool Reader::next(Record& record) {
     try {
-        if (!_lines->next()) return false;
-        const Json line = Json::parse(_lines->text, nullptr, false);
-        if (!_lines->ended && line.is_discarded()) {
-            _torn = _lines->number;
-            return false;
+        while (_text->next()) {
+            if (!_text->json.parse(_text->line())) {
+                if (_text->ended) fail("the line is no record");
+                _torn = _text->number;
+                return false;
+            }
+            const Known known = readRecord(_text->json.root(), record);
+            const size_t line = _text->number;
+            if (record.kind == Record::Kind::End) {
+                _seen->lost = record.lost;
+                if (_cut.empty())
+                    _cut = where(line) + "the recording was cut here, at its limit of " +
+                           std::to_string(record.limit) + " bytes";
+            } else {
+                ++_seen->records;
+                _seen->last = std::max(_seen->last, record.number);
+            }
+            if (known == Known::WithMore) _seen->withMore.add(line);
+            if (known == Known::Nothing) {
+                _seen->unknown.add(line);
+                continue;
+            }
+            record.line = line;
+            record.offset = _text->begin;
+            return true;
         }
-        if (!line.is_object()) fail("the line is no record");
-        readRecord(line, record);
-        record.line = _lines->number;
-        return true;
+        return false;
     } catch (const BadValue& bad) {
         fail(bad.what());
     }
 }
 
+Record Reader::recordAt(size_t offset) const {
+    const std::string_view rest = std::string_view(_text->bytes).substr(offset);
+    JsonLine json;
+    Record record;
+    json.parse(rest.substr(0, rest.find('\n')));
+    readRecord(json.root(), record);
+    record.offset = offset;
+    return record;
+}
+
+size_t Reader::lines() const {
+    return static_cast<size_t>(std::count(_text->bytes.begin(), _text->bytes.end(), '\n')) + 1;
+}
+
+std::vector<std::string> Reader::remarks() const {
+    std::vector<std::string> all;
+    if (_torn != 0) all.push_back(where(_torn) + "the last line is not whole and was skipped");
+    if (!_cut.empty()) all.push_back(_cut);
+    const uint64_t missing = _seen->last > _seen->records ? _seen->last - _seen->records : 0;
+    if (missing != 0 || _seen->lost != 0) {
+        all.push_back(_path + ": records are missing: " + std::to_string(std::max(missing, _seen->lost)));
+    }
+    if (_seen->unknown.count != 0) {
+        all.push_back(where(_seen->unknown.first) +
+                      "calls or records that this program does not know were skipped: " +
+                      std::to_string(_seen->unknown.count) + ", of which this is the first");
+    }
+    if (_seen->withMore.count != 0) {
+        all.push_back(where(_seen->withMore.first) + "records with fields that this program does not know: " +
+                      std::to_string(_seen->withMore.count) + ", of which this is the first");
+    }
+    return all;
+}
+
 Recording load(const std::string& path) {
     Reader reader(path);
-    Recording recording{path, reader.header(), {}, 0};
+    Recording recording{path, reader.header(), {}, 0, {}};
+    recording.records.reserve(reader.lines());
     Record record;
     while (reader.next(record)) recording.records.push_back(std::move(record));
     recording.tornLine = reader.tornLine();
+    recording.remarks = reader.remarks();
     // Threads write side by side, so a record may stand before one with a smaller number.
     std::sort(recording.records.begin(), recording.records.end(), [](const Record& one, const Record& other) {
         return std::tie(one.number, one.line) < std::tie(other.number, other.line);

@@ -1,14 +1,17 @@
 #include "recording/values.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <iterator>
+#include <system_error>
 
 namespace recording {
 
 namespace {
 
 constexpr size_t kLongestText = 1 << 20;  // as the recorder cuts them
+constexpr size_t kLongestNumber = 40;     ///< of a number that is told
 
 /** Adds to what was said, what it is about. */
 [[noreturn]] void wrong(const std::string& what) {
@@ -16,13 +19,26 @@ constexpr size_t kLongestText = 1 << 20;  // as the recorder cuts them
 }
 
 const Json& listOf(const Json& value) {
-    if (!value.is_array()) wrong("is no list");
+    if (!value.isList()) wrong("is no list");
     return value;
 }
 
-const Json& entryOf(const Json& list, size_t index) {
-    if (!list.is_array() || list.size() <= index) wrong("has an entry that is too short");
-    return list[index];
+/** An entry of a short list. */
+Json entryOf(const Json& list, size_t index) {
+    auto entry = listOf(list).begin();
+    for (; index > 0 && entry != list.end(); --index) ++entry;
+    if (!(entry != list.end())) wrong("has an entry that is too short");
+    return *entry;
+}
+
+/** The entries of a batch: more than a switch could ever be given are refused before they take memory. */
+SmlEntries batchOf(const Json& list) {
+    constexpr size_t kLongestBatch = 1 << 16;
+    const size_t size = listOf(list).size();
+    if (size > kLongestBatch) wrong("has more than " + std::to_string(kLongestBatch) + " entries");
+    SmlEntries entries;
+    entries.reserve(size);
+    return entries;
 }
 
 uint8_t nibbleOf(char digit) {
@@ -50,45 +66,90 @@ std::string valueOf(const Json& value) {
 
 }  // namespace
 
-const Json& field(const Json& object, const char* name) {
-    const auto found = object.find(name);
-    if (found == object.end()) wrong(std::string(name) + " is missing");
+std::optional<Json> findField(const Json& object, std::string_view name) {
+    if (!object.isObject()) return std::nullopt;
+    for (auto entry = object.begin(); entry != object.end(); ++entry) {
+        const bool same = entry->rawText() == name;
+        ++entry;
+        if (same) return *entry;
+    }
+    return std::nullopt;
+}
+
+Json field(const Json& object, const char* name) {
+    const std::optional<Json> found = findField(object, name);
+    if (!found) wrong(std::string(name) + " is missing");
     return *found;
 }
 
 int64_t numberOf(const Json& value, int64_t least, int64_t most) {
-    if (!value.is_number_integer()) {
-        wrong(value.is_number() ? value.dump() + " is too large or no whole number" : "is no number");
-    }
-    const bool beyond =
-        value.is_number_unsigned() && value.get<uint64_t>() > static_cast<uint64_t>(INT64_MAX);
-    if (beyond || value.get<int64_t>() > most) wrong(value.dump() + " is too large");
-    if (value.get<int64_t>() < least) wrong(value.dump() + " is too small");
-    return value.get<int64_t>();
+    if (!value.isNumber()) wrong("is no number");
+    const std::string_view digits = value.rawNumber();
+    int64_t number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (error == std::errc() && end != digits.data() + digits.size())
+        wrong(std::string(digits.substr(0, kLongestNumber)) + " is no whole number");
+    if (error != std::errc() ? digits[0] != '-' : number > most)
+        wrong(std::string(digits.substr(0, kLongestNumber)) + " is too large");
+    if (error != std::errc() || number < least)
+        wrong(std::string(digits.substr(0, kLongestNumber)) + " is too small");
+    return number;
 }
 
 uint64_t unsignedOf(const Json& value) {
-    if (value.is_number_unsigned()) return value.get<uint64_t>();
+    if (value.isNumber()) {
+        const std::string_view digits = value.rawNumber();
+        uint64_t number = 0;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+        if (error == std::errc() && end == digits.data() + digits.size()) return number;
+    }
     return static_cast<uint64_t>(numberOf(value, 0, INT64_MAX));
 }
 
-std::string bytesOf(const Json& value, size_t most) {
-    if (!value.is_string()) wrong("is no text");
-    const auto& text = value.get_ref<const std::string&>();
-    std::string bytes;
-    bytes.reserve(text.size());
-    for (size_t i = 0; i < text.size(); ++i) {
-        const auto first = static_cast<unsigned char>(text[i]);
-        if (first < 0x80) {
-            bytes += text[i];
-        } else if ((first & 0xfc) == 0xc0 && i + 1 < text.size()) {  // a character up to U+00FF is one byte
-            const auto second = static_cast<unsigned char>(text[++i]);
-            bytes += static_cast<char>((first & 3) << 6 | (second & 0x3f));
-        } else {
-            wrong("has a character that stands for no byte");
-        }
+namespace {
+
+/** The character that an escape stands for; leaves `at` on its last character. */
+unsigned escaped(std::string_view text, size_t& at) {
+    static constexpr std::string_view kNames = "bfnrt";
+    static constexpr char kCharacters[] = "\b\f\n\r\t";
+    const char name = text[++at];
+    if (name == 'u') {
+        unsigned code = 0;
+        std::from_chars(&text[at + 1], &text[at + 5], code, 16);
+        at += 4;
+        return code;
     }
-    if (bytes.size() > most) wrong("is longer than " + std::to_string(most) + " bytes");
+    const size_t known = kNames.find(name);
+    return static_cast<unsigned char>(known == std::string_view::npos ? name : kCharacters[known]);
+}
+
+}  // namespace
+
+std::string bytesOf(const Json& value, size_t most) {
+    if (!value.isText()) wrong("is no text");
+    const std::string_view text = value.rawText();
+    std::string bytes;
+    // Each byte takes 6 characters at most.
+    if (text.size() > 6 * most) wrong("is longer than " + std::to_string(most) + " bytes");
+    if (text.size() <= most && text.find('\\') == std::string_view::npos &&
+        std::all_of(text.begin(), text.end(), [](char one) { return static_cast<signed char>(one) >= 0; })) {
+        bytes = text;
+        return bytes;
+    }
+    bytes.reserve(std::min(text.size(), most));
+    for (size_t i = 0; i < text.size(); ++i) {
+        unsigned code = static_cast<unsigned char>(text[i]);
+        if (code == '\\') {
+            code = escaped(text, i);
+        } else if ((code & 0xfc) == 0xc0 && i + 1 < text.size()) {  // up to U+00FF
+            code = (code & 3) << 6 | (static_cast<unsigned char>(text[++i]) & 0x3f);
+        } else if (code >= 0x80) {
+            code = 0x100;
+        }
+        if (code > 0xff) wrong("has a character that stands for no byte");
+        if (bytes.size() == most) wrong("is longer than " + std::to_string(most) + " bytes");
+        bytes += static_cast<char>(code);
+    }
     return bytes;
 }
 
@@ -97,21 +158,23 @@ Address addressOf(const Json& value) {
 }
 
 Member memberOf(const Json& value) {
-    if (!value.is_object() || value.empty()) wrong("is no member");
+    if (!value.isObject() || !(value.begin() != value.end())) wrong("is no member");
     Member member;
-    const std::string& kind = value.begin().key();
+    auto entry = value.begin();
+    const std::string_view kind = entry->rawText();
+    ++entry;
     if (kind == "wwn" || kind == "node") {
         member.type = kind == "wwn" ? VEX_ZMT_WWN : VEX_ZMT_NODENAME;
-        hexOf(*value.begin(), member.id.wwn, sizeof member.id.wwn);
+        hexOf(*entry, member.id.wwn, sizeof member.id.wwn);
     } else if (kind == "fcid") {
         member.type = VEX_ZMT_FCID;
-        hexOf(*value.begin(), member.id.fcid, sizeof member.id.fcid);
+        hexOf(*entry, member.id.fcid, sizeof member.id.fcid);
     } else if (kind == "alias") {
         member.type = VEX_ZMT_ALIAS;
-        const std::string name = bytesOf(*value.begin(), sizeof member.id.alias);
+        const std::string name = bytesOf(*entry, sizeof member.id.alias);
         std::copy(name.begin(), name.end(), member.id.alias);
     } else if (kind == "bytes") {
-        hexOf(*value.begin(), member.id.bytes, sizeof member.id.bytes);
+        hexOf(*entry, member.id.bytes, sizeof member.id.bytes);
     } else {
         member.type = VEX_ZMT_DOMAIN_PORT;
         member.id.domain_port.domain = static_cast<uint8_t>(numberOf<uint8_t>(field(value, "domain")));
@@ -123,24 +186,24 @@ Member memberOf(const Json& value) {
 // ---- What is given ----
 
 Value readGiven(Text, const Json& value) {
-    if (value.is_null()) return {};
+    if (value.isNull()) return {};
     return bytesOf(value, kLongestText);
 }
 
 Value readGiven(MemberId, const Json& value) {
-    if (value.is_null()) return {};
+    if (value.isNull()) return {};
     return memberOf(value);
 }
 
 Value readGiven(ReadRecords, const Json& value) {
-    SmlEntries entries;
-    for (const Json& key : listOf(value)) entries.push_back({keyOf(key), "", 0});
+    SmlEntries entries = batchOf(value);
+    for (const Json& key : value) entries.push_back({keyOf(key), "", 0});
     return entries;
 }
 
 Value readGiven(WriteRecords, const Json& value) {
-    SmlEntries entries;
-    for (const Json& entry : listOf(value)) {
+    SmlEntries entries = batchOf(value);
+    for (const Json& entry : value) {
         entries.push_back({keyOf(entryOf(entry, 0)), valueOf(entryOf(entry, 1)), 0});
     }
     return entries;
@@ -162,11 +225,16 @@ namespace {
 Value entriesOf(const Json& value, const Value& given) {
     auto entries = std::get<SmlEntries>(given);
     if (listOf(value).size() != entries.size()) wrong("has not as many entries as were given");
-    for (size_t i = 0; i < entries.size(); ++i) {
-        const Json& entry = value[i];
-        entries[i].status = static_cast<uint32_t>(numberOf<uint32_t>(entryOf(entry, 0)));
-        if (entry.size() > 1) entries[i].value = valueOf(entry[1]);
-        if (entry.size() > 2) entries[i].key = keyOf(entry[2]);
+    auto entry = value.begin();
+    for (SmlEntry& one : entries) {
+        const Json parts = *entry;
+        ++entry;
+        one.status = static_cast<uint32_t>(numberOf<uint32_t>(entryOf(parts, 0)));
+        auto part = ++parts.begin();
+        if (part != parts.end()) {
+            one.value = valueOf(*part);
+            if (++part != parts.end()) one.key = keyOf(*part);
+        }
     }
     return entries;
 }
@@ -184,31 +252,33 @@ Value readBack(WriteRecords, const Json& value, const Value& given) {
 Value readBack(Registrations, const Json& value, const Value& given) {
     auto entries = std::get<RegistrationEntries>(given);
     if (listOf(value).size() != entries.size()) wrong("has not as many entries as were given");
-    for (size_t i = 0; i < entries.size(); ++i) {
-        entries[i].result = static_cast<int32_t>(numberOf<int32_t>(value[i]));
+    auto result = value.begin();
+    for (vex_eventreg_s& entry : entries) {
+        entry.result = static_cast<int32_t>(numberOf<int32_t>(*result));
+        ++result;
     }
     return entries;
 }
 
 Value readBack(NewText, const Json& value, const Value&) {
-    if (value.is_null()) return {};
+    if (value.isNull()) return {};
     return HandedText{addressOf(entryOf(value, 0)), bytesOf(entryOf(value, 1), kLongestText)};
 }
 
 Value readBack(Name, const Json& value, const Value&) {
-    if (value.is_null()) return {};
+    if (value.isNull()) return {};
     return bytesOf(value, VEX_ZONING_NAME_SIZE);
 }
 
 Value readBack(NameList, const Json& value, const Value&) {
-    if (value.is_null()) return {};
+    if (value.isNull()) return {};
     Names names;
     for (const Json& name : listOf(value)) names.push_back(bytesOf(name, VEX_ZONING_NAME_SIZE));
     return names;
 }
 
 Value readBack(Limits, const Json& value, const Value&) {
-    if (value.is_null()) return {};
+    if (value.isNull()) return {};
     int32_t numbers[std::size(kLimitNames)];
     for (size_t i = 0; i < std::size(kLimitNames); ++i) {
         numbers[i] = static_cast<int32_t>(numberOf<int32_t>(field(value, kLimitNames[i])));
@@ -220,7 +290,7 @@ Value readBack(Limits, const Json& value, const Value&) {
 }
 
 Value readBack(MemberIdBack, const Json& value, const Value&) {
-    if (value.is_null()) return {};
+    if (value.isNull()) return {};
     return memberOf(value);
 }
 

@@ -5,24 +5,26 @@
 #pragma once
 
 #include <limits>
-#include <nlohmann/json.hpp>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
+#include "recording/Json.h"
 #include "recording/Reader.h"
 #include "recording/interface.h"
 
 namespace recording {
 
-using Json = nlohmann::json;
-
 struct BadValue : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/** A field of an object, if it is there. */
+std::optional<Json> findField(const Json& object, std::string_view name);
 /** A field of an object; a BadValue names it. */
-const Json& field(const Json& object, const char* name);
+Json field(const Json& object, const char* name);
 /** A whole number of a range. */
 int64_t numberOf(const Json& value, int64_t least, int64_t most);
 uint64_t unsignedOf(const Json& value);
@@ -43,7 +45,7 @@ template <typename Kind>
 Value readGiven(Kind, const Json& value) {
     using Type = typename Kind::Type;
     if constexpr (std::is_pointer_v<Type>) {
-        return value.is_null() ? Address{} : addressOf(value);
+        return value.isNull() ? Address{} : addressOf(value);
     } else if constexpr (std::is_enum_v<Type>) {
         return numberOf<int32_t>(value);
     } else {
@@ -61,7 +63,7 @@ Value readGiven(Registrations, const Json& value);
 template <typename Kind>
 Value readBack(Kind, const Json& value, const Value&) {
     using Type = std::remove_pointer_t<typename Kind::Type>;
-    if (value.is_null()) return {};
+    if (value.isNull()) return {};
     if constexpr (std::is_pointer_v<Type>) {
         return addressOf(value);
     } else if constexpr (std::is_same_v<Type, uint32_t>) {

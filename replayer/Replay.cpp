@@ -1,5 +1,6 @@
 #include "replayer/Replay.h"
 
+#include <dirent.h>
 #include <unistd.h>
 
 #include <sys/syscall.h>
@@ -24,16 +25,21 @@ enum ExitStatus { EXIT_WRONG_RECORDING = 2, EXIT_DIFFERS = 3 };
 
 constexpr uint64_t kMainThread = 1;
 constexpr uint64_t kTogether = 1'000'000;  ///< ns: notifications this close came as one
+constexpr uint64_t kSoon = 1'000'000'000;  ///< ns: however busy the machine was, what was caused had begun
+constexpr size_t kMostLookedAt = 1000;     ///< of the steps with one call
 constexpr size_t kLongestMessage = 600;
 constexpr size_t kMostTold = 100;
-constexpr milliseconds kPatience{500};  ///< of our own thread, with calls that do not come
-constexpr milliseconds kPause{20};      ///< of our own thread between notifications, without waiting
+constexpr milliseconds kPatience{500};  ///< with what a host at rest does not do
+constexpr milliseconds kGlance{10};     ///< between looks at the host
 
 /** The recorded thread that this thread plays. */
 thread_local struct {
     uint64_t generation = 0;
     uint64_t thread = 0;
 } currentPart;
+
+/** This thread is in a callback: what it calls waits for no notification. */
+thread_local bool delivering = false;
 
 std::string cut(std::string text) {
     if (text.size() > kLongestMessage) text.replace(kLongestMessage, std::string::npos, "...");
@@ -53,6 +59,31 @@ const char* variable(const char* name) {
     return value == nullptr ? "" : value;
 }
 
+/** Whether a thread of this process waits for a processor, as it does on a busy machine. */
+bool isRunnable(const char* task) {
+    const std::string path = std::string("/proc/self/task/") + task + "/stat";
+    std::FILE* const file = std::fopen(path.c_str(), "r");
+    if (file == nullptr) return false;
+    char line[200] = "";
+    const bool read = std::fgets(line, sizeof line, file) != nullptr;
+    static_cast<void>(std::fclose(file));
+    const char* const name = read ? std::strrchr(line, ')') : nullptr;  // a name may hold anything
+    return name != nullptr && name[1] == ' ' && name[2] == 'R';
+}
+
+/** Whether all other threads of the process sleep. */
+bool othersSleep() {
+    DIR* const tasks = opendir("/proc/self/task");
+    if (tasks == nullptr) return true;
+    const std::string self = std::to_string(syscall(SYS_gettid));
+    bool sleep = true;
+    while (const dirent* const task = readdir(tasks)) {
+        if (task->d_name[0] != '.' && self != task->d_name && isRunnable(task->d_name)) sleep = false;
+    }
+    closedir(tasks);
+    return sleep;
+}
+
 }  // namespace
 
 Replay& Replay::instance() {
@@ -62,7 +93,7 @@ Replay& Replay::instance() {
 }
 
 void Replay::open(const std::string& path, Mode mode) {
-    auto script = std::make_unique<const Script>(path);
+    auto script = std::make_unique<const Script>(path, mode.driven);
     handles.restart();
     const Lock lock(_mutex);
     _script = std::move(script);
@@ -71,35 +102,53 @@ void Replay::open(const std::string& path, Mode mode) {
     _used.assign(_script->steps().size(), false);
     _taken = _used;
     _first = _notification = 0;
-    _now = 0;
     _began = _lastStep = Clock::now();
     _parts.clear();
+    _inside.clear();
+    _receivers.clear();
+    _newest = {};
     _told.clear();
-    _callback = nullptr;
-    const std::vector<Step>& steps = _script->steps();
-    for (size_t i = 0; i < steps.size(); ++i) {
-        if (!isNotification(i)) _parts[steps[i].record->thread].places.push_back(i);
+    _differences = 0;
+    for (size_t i = 0; i < size(); ++i) {
+        const auto place = static_cast<uint32_t>(i);
+        if (step(i).isNotification()) {
+            if (step(i).inside != Script::kNone) _inside[step(i).inside].push_back(place);
+            continue;
+        }
+        Part& part = _parts[step(i).thread];
+        part.places.push_back(place);
+        part.connects = part.connects || step(i).connects;
     }
-    while (_notification < steps.size() && !isNotification(_notification)) ++_notification;
-    if (_script->tornLine() != 0) {
-        say(path + ':' + std::to_string(_script->tornLine()) +
-            ": the last line is not whole and was skipped");
-    }
+    advance();
+    for (const std::string& remark : _script->remarks()) say(remark);
+}
+
+void Replay::setGuard(void (*begin)(), void (*end)()) {
+    const Lock lock(_mutex);
+    _guardBegin = begin;
+    _guardEnd = end;
 }
 
 void Replay::openFromEnvironment() {
     const std::string path = variable("VEXREPLAY_FILE");
     const std::string speed = variable("VEXREPLAY_SPEED");
+    const std::string how = variable("VEXREPLAY_MODE");
     Mode mode;
-    mode.strict = std::strcmp(variable("VEXREPLAY_MODE"), "strict") == 0;
+    if (how == "strict") mode.strict = VEXREPLAY_STRICT;
     char* end = nullptr;
     if (speed == "max") mode.speed = 0;
     if (speed != "max" && !speed.empty()) mode.speed = std::strtod(speed.c_str(), &end);
     std::string why;
     if (path.empty()) why = "VEXREPLAY_FILE names no recording";
     if (end != nullptr && (*end != '\0' || !(mode.speed > 0))) why = "VEXREPLAY_SPEED is no speed";
+    if (!how.empty() && how != "strict" && how != "lenient")
+        why = "VEXREPLAY_MODE is neither strict nor lenient";
     try {
-        if (why.empty()) return open(path, mode);
+        if (why.empty()) {
+            open(path, mode);
+            static_cast<void>(std::atexit([] { Replay::instance().finish(); }));
+            return;
+        }
     } catch (const recording::RecordingError& error) {
         why = error.what();
     }
@@ -107,20 +156,27 @@ void Replay::openFromEnvironment() {
     _exit(EXIT_WRONG_RECORDING);
 }
 
+void Replay::advance() {
+    while (_first < size() && _used[_first]) ++_first;
+    while (_notification < size() && (_used[_notification] || !step(_notification).isNotification() ||
+                                      step(_notification).inside != Script::kNone))
+        ++_notification;
+}
+
 void Replay::consume(size_t place) {
     _used[place] = true;
-    _now = std::max(_now, step(place).record->time);
-    while (_first < _used.size() && _used[_first]) ++_first;
-    while (_notification < _used.size() && (_used[_notification] || !isNotification(_notification)))
-        ++_notification;
+    advance();
     _lastStep = Clock::now();
     _changed.notify_all();
 }
 
-const Record* Replay::answer(const char* function, const std::vector<recording::Value>& given) {
-    const std::string call = describeCall(function, given);
-    const Record* record = nullptr;
+std::optional<Record> Replay::answer(const char* function, const std::vector<recording::Value>& given,
+                                     vex_notification_cb callback, void* context) {
+    const std::string text = describeCall(function, given);
+    const uint64_t call = numberOfCall(text);
     std::vector<size_t> behind;
+    std::optional<size_t> place;
+    const Script* script = nullptr;
     {
         Lock lock(_mutex);
         if (_script == nullptr) {
@@ -128,57 +184,174 @@ const Record* Replay::answer(const char* function, const std::vector<recording::
             openFromEnvironment();
             lock.lock();
         }
-        std::optional<size_t> place =
-            _mode.strict ? strictAnswer(call) : lenientAnswer(_script->places(call));
-        if (!place) place = lenientAnswer(_script->similar(function, given));
-        if (!place) return nullptr;
-        record = step(*place).record;
-        behind = takeBehind(*record);
-    }
-    for (const size_t place : behind) deliverOne(place);
-    return record;
-}
-
-// ---- Strictly ----
-
-/** A thread plays the first recorded thread that nobody plays and that began with the same call; the main
- * thread plays the main thread. */
-uint64_t Replay::choosePart(const std::string& call) {
-    std::pair<const uint64_t, Part>* chosen = nullptr;
-    if (isMainThread() && _parts.count(kMainThread) != 0) {
-        chosen = &*_parts.find(kMainThread);
-    } else {
-        for (auto& part : _parts) {
-            if (part.second.played || part.first == kMainThread) continue;
-            const bool same = step(part.second.places.front()).call == call;
-            const bool first =
-                chosen == nullptr || part.second.places.front() < chosen->second.places.front();
-            const bool chosenSame = chosen != nullptr && step(chosen->second.places.front()).call == call;
-            if ((same && !chosenSame) || (same == chosenSame && first)) chosen = &part;
+        script = _script.get();
+        Part* const part = partOf(call);
+        place = isStrict() ? strictStep(part, call, text) : std::nullopt;
+        if (!place) place = lenientStep(part, call, text);
+        const bool exact = place && !_used[*place];
+        if (exact) {
+            if (!_mode.driven && !delivering) awaitNotifications(lock, step(*place).begin);
+            if (step(*place).connects) place = lastAttempt(*place);
+            consume(*place);
+            behind = takeBehind(*place);
         }
+        if (!place) place = nearest(_script->places(call));
+        if (!place) place = nearest(_script->similar(function, given));
+        if (callback != nullptr) {
+            _newest = {callback, context};
+            if (place) _receivers[*place] = _newest;
+            if (!_mode.driven && !_running) {
+                _running = true;
+                // Never joined: like the library's own thread it lives as long as the process.
+                std::thread([this] { run(); }).detach();
+            }
+        }
+        if (!place) return std::nullopt;
+        if (exact) {
+            const bool holds = _inside.count(*place) != 0;
+            lock.unlock();
+            if (holds) deliverInside(*place);
+            deliverAll(behind);
+            lock.lock();
+            if (!_mode.driven && !delivering && script == _script.get())
+                awaitNotifications(lock, step(*place).end);
+        }
+        if (script != _script.get()) return std::nullopt;  // another recording was opened meanwhile
+        Record record = _script->record(*place);
+        const bool same = record.function != nullptr && std::strcmp(record.function->name, function) == 0;
+        if (same) return record;
     }
-    if (chosen == nullptr)
-        differs(_script->path(), "no recorded thread is left, and another one calls " + call);
-    chosen->second.played = true;
-    return chosen->first;
+    return std::nullopt;
 }
 
-std::optional<size_t> Replay::strictAnswer(const std::string& call) {
-    if (currentPart.generation != _generation) currentPart = {_generation, choosePart(call)};
-    Part& part = _parts[currentPart.thread];
-    const std::string thread = " of thread " + std::to_string(currentPart.thread);
-    if (part.next == part.places.size()) {
-        const std::string where = part.places.empty() ? _script->path() : _script->where(part.places.back());
-        differs(where, "expected no more call" + thread + ", and this came: " + call);
+// ---- Which step answers ----
+
+bool Replay::isStrict() const {
+    return _mode.strict == VEXREPLAY_STRICT || (_mode.strict == VEXREPLAY_STRICT_CACHE && !isMainThread());
+}
+
+/** The main thread plays the main thread; another one the first that nobody plays and that began with this
+ * call, and strictly also one that did not. 0 for none. */
+uint64_t Replay::choosePart(uint64_t call) {
+    const auto main = _parts.find(kMainThread);
+    if (isMainThread() && main != _parts.end()) return kMainThread;
+    uint64_t chosen = 0;
+    bool chosenSame = false;
+    for (const auto& [thread, part] : _parts) {
+        if (part.played || thread == kMainThread) continue;
+        const bool same = step(part.places.front()).call == call;
+        const bool first = chosen == 0 || part.places.front() < _parts[chosen].places.front();
+        if ((same && !chosenSame) || (same == chosenSame && first)) chosen = thread;
+        chosenSame = chosenSame || same;
     }
-    const size_t place = part.places[part.next];
-    if (step(place).call != call) {
-        const std::string expected = cut(step(place).call);
-        differs(_script->where(place), "expected" + thread + ": " + expected + "; this came: " + cut(call));
+    // Who drives may connect on another thread than the one that was recorded.
+    if (!chosenSame && _mode.driven && main != _parts.end() && nextOf(main->second, call)) return kMainThread;
+    return chosenSame || _mode.strict != VEXREPLAY_LENIENT ? chosen : 0;
+}
+
+Replay::Part* Replay::partOf(uint64_t call) {
+    if (currentPart.generation != _generation || currentPart.thread == 0) {
+        currentPart = {_generation, choosePart(call)};
     }
-    ++part.next;
-    consume(place);
+    const auto found = _parts.find(currentPart.thread);
+    if (found == _parts.end()) return nullptr;
+    found->second.played = true;
+    return &found->second;
+}
+
+/** The next call of a part, if it is this one. */
+std::optional<size_t> Replay::nextOf(Part& part, uint64_t call) {
+    while (part.next < part.places.size() && _used[part.places[part.next]]) ++part.next;
+    if (part.next == part.places.size() || step(part.places[part.next]).call != call) return std::nullopt;
+    return part.places[part.next];
+}
+
+/** The next such call of a part, before a step; the part goes on behind it. */
+std::optional<size_t> Replay::laterOf(Part& part, uint64_t call, size_t before) {
+    if (part.next == part.places.size()) return std::nullopt;
+    const uint32_t from = part.places[part.next];
+    const Script::Places all = _script->places(call);
+    const Script::Place* place = all.from(from);
+    for (size_t looked = 0; place != all.last && place->second < before && looked < kMostLookedAt;
+         ++looked, ++place) {
+        if (_used[place->second] || step(place->second).thread != step(from).thread) continue;
+        const auto there = std::lower_bound(part.places.begin(), part.places.end(), place->second);
+        part.next = static_cast<size_t>(there - part.places.begin());
+        return place->second;
+    }
+    return std::nullopt;
+}
+
+/** The first that nobody has made, before the next notification. */
+std::optional<size_t> Replay::unused(Script::Places places) {
+    const Script::Place* place = places.from(_first);
+    for (size_t looked = 0; place != places.last && place->second < _notification && looked < kMostLookedAt;
+         ++looked, ++place) {
+        if (!_used[place->second]) return place->second;
+    }
+    return std::nullopt;
+}
+
+/** The last before the next notification, or else the first behind it. */
+std::optional<size_t> Replay::nearest(Script::Places places) {
+    if (places.empty()) return std::nullopt;
+    const Script::Place* const behind = places.from(_notification);
+    return behind == places.first ? behind->second : (behind - 1)->second;
+}
+
+std::optional<size_t> Replay::strictStep(Part* part, uint64_t call, const std::string& text) {
+    if (part == nullptr)
+        differs(_script->path(), "no recorded thread is left, and another one calls " + text);
+    std::optional<size_t> place = nextOf(*part, call);
+    if (!place && _mode.strict == VEXREPLAY_STRICT_CACHE && part->connects)
+        place = laterOf(*part, call, size());
+    if (!place) differsFrom(*part, text);
     return place;
+}
+
+/** None: nobody is to make such a call now. */
+std::optional<size_t> Replay::lenientStep(Part* part, uint64_t call, const std::string& text) {
+    // The driver's own main thread does as it likes; and a driven cache does not get ahead of a notification.
+    const bool free = _mode.driven && isMainThread();
+    const size_t end = _mode.driven ? _notification : size();
+    if (part != nullptr) {
+        const std::optional<size_t> next = nextOf(*part, call);
+        if (next && *next < end) return next;
+        const std::optional<size_t> later = laterOf(*part, call, _notification);
+        if (later && _mode.driven && part->connects) return later;
+        if (!free) noteDifference(part, text);
+        if (later) return later;
+    } else if (!free) {
+        noteDifference(nullptr, text);
+    }
+    return unused(_script->places(call));
+}
+
+/** A connection that was tried several times is made at the last attempt, where nobody wants to wait. */
+size_t Replay::lastAttempt(size_t place) {
+    const uint64_t call = step(place).call;
+    const auto part = _parts.find(step(place).thread);
+    while (_mode.driven && !(_mode.speed > 0) && step(place).failed) {
+        consume(place);
+        const std::optional<size_t> next = nextOf(part->second, call);
+        if (!next) break;
+        place = *next;
+    }
+    return place;
+}
+
+// ---- Differences ----
+
+void Replay::noteDifference(Part* part, const std::string& came) {
+    if (++_differences != 1 || _hushed) return;
+    const bool more = part != nullptr && part->next < part->places.size();
+    const size_t place = more ? part->places[part->next] : 0;
+    const std::string expected = more ? "expected of thread " + std::to_string(step(place).thread) + ": " +
+                                            cut(_script->describe(place))
+                                      : "no recorded call is left for this thread";
+    say((more ? _script->where(place) : _script->path()) +
+        ": calls differ from here on, and are answered by the nearest of their kind: " + expected +
+        "; this came: " + cut(came));
 }
 
 void Replay::differs(const std::string& where, const std::string& what) {
@@ -187,91 +360,107 @@ void Replay::differs(const std::string& where, const std::string& what) {
     _exit(EXIT_DIFFERS);
 }
 
-// ---- Leniently ----
-
-/** Of these steps the one that answers; none where there is none. */
-std::optional<size_t> Replay::lenientAnswer(const std::vector<size_t>& places) {
-    if (places.empty()) return std::nullopt;
-    for (auto place = std::lower_bound(places.begin(), places.end(), _first);
-         place != places.end() && *place < _notification; ++place) {
-        if (_used[*place]) continue;
-        consume(*place);
-        return *place;
-    }
-    size_t nearest = places.front();
-    uint64_t least = UINT64_MAX;
-    for (const size_t place : places) {
-        const uint64_t time = step(place).record->time;
-        const uint64_t distance = time > _now ? time - _now : _now - time;
-        if (distance >= least) continue;
-        least = distance;
-        nearest = place;
-    }
-    return nearest;
+void Replay::differsFrom(Part& part, const std::string& came) {
+    const bool over = part.next == part.places.size();
+    const size_t place = part.places[over ? part.places.size() - 1 : part.next];
+    const std::string thread = " of thread " + std::to_string(step(place).thread);
+    const std::string end = _script->cut().empty() ? "" : " (" + _script->cut() + ")";
+    differs(_script->where(place),
+            over ? "expected no more call" + thread + end + ", and this came: " + cut(came)
+                 : "expected" + thread + ": " + cut(_script->describe(place)) + "; this came: " + cut(came));
 }
 
-const KeyAnswer* Replay::answerKey(const std::string& key) {
-    Lock lock(_mutex);
-    const std::vector<KeyAnswer>* const answers = _script->answers(key);
-    if (answers == nullptr) {
-        lock.unlock();
-        tellUnasked("the key " + key);
-        return nullptr;
-    }
-    const uint64_t now = _now;
-    const auto later = std::lower_bound(answers->begin(), answers->end(), now,
-                                        [](const KeyAnswer& one, uint64_t time) { return one.time < time; });
-    if (later == answers->begin()) return &*later;
-    const auto earlier = later - 1;
-    const bool near = later != answers->end() && later->time - _now < _now - earlier->time;
-    return near ? &*later : &*earlier;
+void Replay::tellMissing(size_t place) {
+    const Part& part = _parts[step(place).thread];
+    const std::string thread = std::to_string(step(place).thread);
+    size_t left = 0;
+    for (const uint32_t one : part.places) left += _used[one] ? 0 : 1;
+    differs(_script->where(place),
+            "expected of thread " + thread + ": " + cut(_script->describe(place)) +
+                (part.played ? "; it did not come" : "; this thread did not come") +
+                (left > 1 ? ", nor its " + std::to_string(left - 1) + " calls behind" : ""));
 }
 
-// ---- Notifications ----
+/** Whether the calls of a part are the recorded host's own and left aside. */
+bool Replay::isAside(size_t place) const {
+    const auto part = _parts.find(step(place).thread);
+    return _mode.strict == VEXREPLAY_STRICT_CACHE &&
+           (part->first == kMainThread || part->second.connects || !part->second.played);
+}
 
-void Replay::registered(vex_notification_cb callback, void* context) {
+void Replay::finish() {
     const Lock lock(_mutex);
-    _callback = callback;
-    _context = context;
-    if (_mode.driven || _running) return;
-    _running = true;
-    // Never joined: like the library's own thread it lives as long as the process.
-    std::thread([this] { run(); }).detach();
+    if (_script == nullptr) return;
+    if (_differences > 1) {
+        say(_script->path() +
+            ": calls that differed from the recorded ones: " + std::to_string(_differences));
+    }
+    for (size_t i = _first; _mode.strict != VEXREPLAY_LENIENT && i < size(); ++i) {
+        if (!_used[i] && !step(i).isNotification() && !isAside(i)) tellMissing(i);
+    }
 }
 
-/** Our own thread does not know what the host does; it waits until nothing has come for a moment. */
-bool Replay::isQuiet() const {
-    return Clock::now() - _lastStep >= kPause;
+std::optional<KeyAnswer> Replay::answerKey(const std::string& key) {
+    std::optional<KeyAnswer> answer;
+    {
+        const Lock lock(_mutex);
+        answer = _script->answer(key, _notification);
+    }
+    if (!answer) tellUnasked("the key " + key);
+    return answer;
 }
+
+// ---- Notifications, where somebody drives ----
 
 /** Whether the recorded time of a notification has come. */
 bool Replay::isDue(size_t place) const {
-    if (!(_mode.speed > 0)) return _mode.driven || isQuiet();
-    const std::chrono::duration<double, std::nano> after(static_cast<double>(step(place).record->time) /
+    if (!(_mode.speed > 0)) return true;
+    const std::chrono::duration<double, std::nano> after(static_cast<double>(step(place).begin) /
                                                          _mode.speed);
     return Clock::now() - _began >= after;
 }
 
-/** Whether the next notification's place may be before the step that is next. */
-bool Replay::hasPlace(size_t notification) const {
-    if (notification == _first) return true;
-    const Record& behind = *step(_first).record;
-    const Record& record = *step(notification).record;
-    if (record.time > behind.time || (record.waited != 0 && behind.thread == kMainThread)) return false;
-    return _mode.driven || isQuiet();
+/** The call that is next behind the next notification, as far as that may have caused it. */
+size_t Replay::callBehind() const {
+    if (_first < _notification) return _first;
+    for (size_t i = _notification; i < size() && step(i).begin <= step(_notification).end + kSoon; ++i) {
+        if (!step(i).isNotification() && !_used[i]) return i;
+    }
+    return size();
+}
+
+/** The next notification, and those behind it that were taken up together with it: they came before the call
+ * that is next, or at nearly the same time. */
+std::vector<size_t> Replay::group() const {
+    const size_t call = callBehind();
+    std::vector<size_t> group{_notification};
+    for (size_t i = _notification + 1; i < size(); ++i) {
+        const Step& one = step(i);
+        if (_used[i] || one.inside != Script::kNone) continue;
+        if (!one.isNotification()) break;
+        const bool before = call < _notification ? one.begin <= step(call).begin : call < size();
+        if (!before && one.begin > step(group.back()).end + kTogether) break;
+        group.push_back(i);
+    }
+    return group;
 }
 
 int32_t Replay::look(size_t& place) const {
     place = _first;
     if (_script == nullptr) return VEXREPLAY_CALL;
-    if (_first == _used.size()) return VEXREPLAY_OVER;
-    if (_notification < _used.size() && !_taken[_notification] && hasPlace(_notification) &&
-        isDue(_notification)) {
-        place = _notification;
-        return VEXREPLAY_NOTIFICATION;
+    if (_first == size()) return VEXREPLAY_OVER;
+    const bool main = !step(_first).isNotification() && step(_first).thread == kMainThread;
+    if (_notification < size() && !_taken[_notification]) {
+        // A callback that returned late began before what it caused.
+        const bool late =
+            step(_notification).begin <= step(_first).begin && !(step(_notification).waited && main);
+        if ((_notification == _first || late) && isDue(group().back())) {
+            place = _notification;
+            return VEXREPLAY_NOTIFICATION;
+        }
     }
-    const bool main = !isNotification(_first) && step(_first).record->thread == kMainThread;
-    return main ? VEXREPLAY_MAIN : VEXREPLAY_CALL;
+    if (main) return VEXREPLAY_MAIN;
+    return step(_first).isNotification() || !isAside(_first) ? VEXREPLAY_CALL : VEXREPLAY_ASIDE;
 }
 
 int32_t Replay::next(size_t& place) {
@@ -281,102 +470,158 @@ int32_t Replay::next(size_t& place) {
 
 bool Replay::mentions(size_t place, const std::string& text) {
     const Lock lock(_mutex);
-    return place < _used.size() && step(place).call.find(text) != std::string::npos;
+    return place < size() && _script->describe(place).find(text) != std::string::npos;
 }
 
-/** The notification at `place`, and those that came so close behind it that they were taken up together:
- * what they set going had not begun, or, where they did not wait for it to end, cannot have had the cache. */
-std::vector<size_t> Replay::takeGroup(size_t place) {
-    std::vector<size_t> group;
-    uint64_t begins = UINT64_MAX;  // the call that is next
-    uint64_t ends = UINT64_MAX;
-    for (size_t i = _first; i < _used.size(); ++i) {
-        if (_used[i] || isNotification(i)) continue;
-        begins = step(i).record->time;
-        ends = begins + step(i).record->took;
-        break;
-    }
-    for (size_t i = place; i < _used.size(); ++i) {
-        const Record& record = *step(i).record;
-        if (!isNotification(i) || _taken[i]) continue;
-        if (!group.empty()) {
-            const Record& before = *step(group.back()).record;
-            const uint64_t end = record.time + record.took;
-            if (record.time > before.time + before.took + kTogether || record.time >= begins) break;
-            if (end > ends && record.waited != 0) break;
-        }
-        _taken[i] = true;
-        group.push_back(i);
-    }
-    return group;
+std::vector<size_t> Replay::takeGroup() {
+    std::vector<size_t> taken = group();
+    for (const size_t place : taken) _taken[place] = true;
+    return taken;
 }
 
-/** The notifications that came right behind a call that has just been made, while nothing held them up. They
- * are delivered before it returns: then nothing can come in between. */
-std::vector<size_t> Replay::takeBehind(const Record& call) {
-    if (_first == _used.size() || _first != _notification || _taken[_first]) return {};
-    const Record& record = *step(_first).record;
-    const bool soon = record.time < call.time + call.took + kTogether;
-    return soon && record.waited == 0 && record.thread != call.thread ? takeGroup(_first)
-                                                                      : std::vector<size_t>{};
+/** The notifications that are to come before a call returns that was just made: those that came right behind
+ * it while nothing held them up; and where the next call waits for nobody, all before that. */
+std::vector<size_t> Replay::takeBehind(size_t call) {
+    if (!_mode.driven || _first == size() || _first != _notification || _taken[_first]) return {};
+    const Step& made = step(call);
+    const Step& next = step(_first);
+    if (next.thread == made.thread) return {};
+    const bool soon = next.begin < made.end + kTogether && !next.waited;
+    const size_t behind = callBehind();
+    const bool goesOn = made.thread == kMainThread || _parts[made.thread].connects;
+    const bool ahead = goesOn && behind < size() && step(behind).begin < made.end + kSoon;
+    return soon || ahead ? takeGroup() : std::vector<size_t>{};
 }
 
 void Replay::deliver() {
-    std::vector<size_t> group;
+    std::vector<size_t> taken;
     {
         const Lock lock(_mutex);
         size_t place = 0;
-        if (look(place) == VEXREPLAY_NOTIFICATION) group = takeGroup(place);
+        if (look(place) == VEXREPLAY_NOTIFICATION) taken = takeGroup();
     }
-    for (const size_t place : group) deliverOne(place);
+    deliverAll(taken);
+}
+
+void Replay::deliverAll(const std::vector<size_t>& places) {
+    if (places.empty()) return;
+    void (*begin)() = nullptr;
+    void (*end)() = nullptr;
+    {
+        const Lock lock(_mutex);
+        begin = _guardBegin;
+        end = _guardEnd;
+    }
+    if (begin != nullptr) begin();
+    for (const size_t place : places) deliverOne(place);
+    if (end != nullptr) end();
+}
+
+void Replay::deliverInside(size_t call) {
+    std::vector<uint32_t> places;
+    {
+        const Lock lock(_mutex);
+        places = _inside[call];
+    }
+    for (const uint32_t place : places) deliverOne(place);
 }
 
 void Replay::deliverOne(size_t place) {
-    vex_notification_cb callback = nullptr;
-    void* context = nullptr;
+    Receiver receiver;
     std::unique_ptr<vex_event_s> event;
+    void* user = nullptr;
     const auto before = currentPart;
+    const bool within = std::exchange(delivering, true);
     {
         const Lock lock(_mutex);
-        callback = _callback;
-        context = _context;
-        const Record& record = *step(place).record;
+        const Record record = _script->record(place);
+        const auto registered = _receivers.find(step(place).objects);
+        receiver = registered == _receivers.end() ? _newest : registered->second;
         if (record.event) {
             event = std::make_unique<vex_event_s>();
             event->code = record.event->code;
             event->source = record.event->source;
             std::copy(record.event->text.begin(), record.event->text.end(), event->text);
         }
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the recorded number, which leads nowhere here
+        user = reinterpret_cast<void*>(static_cast<uintptr_t>(record.user.value));
         currentPart = {_generation, record.thread};  // what the callback calls is that thread's
+        _lastStep = Clock::now();
     }
-    if (callback != nullptr) callback(context, event.get(), nullptr);
+    if (receiver.callback != nullptr) receiver.callback(receiver.context, event.get(), user);
     currentPart = before;
+    delivering = within;
     const Lock lock(_mutex);
     consume(place);
 }
 
 void Replay::skip(size_t place) {
     const Lock lock(_mutex);
-    if (place != _first || _first == _used.size() || isNotification(_first)) return;
-    if (_mode.strict) {
-        const Record& record = *step(_first).record;
-        differs(_script->where(_first), "expected of thread " + std::to_string(record.thread) + ": " +
-                                            cut(step(_first).call) + "; it did not come");
-    }
-    consume(_first);
+    if (place != _first || _first == size() || step(_first).isNotification()) return;
+    if (_mode.strict != VEXREPLAY_LENIENT && !isAside(place)) tellMissing(place);
+    skipCall(place);
 }
 
-/** Our own thread. It cannot know whether a call will still come, so a lenient one loses patience. */
+/** Nobody makes the call, so what came inside it does not come. */
+void Replay::skipCall(size_t place) {
+    const auto inside = _inside.find(place);
+    if (inside != _inside.end()) {
+        for (const uint32_t one : inside->second) _used[one] = true;
+    }
+    consume(place);
+}
+
+// ---- Notifications on a thread of our own ----
+
+/** Whether what has not happened for so long, in a host whose threads all sleep, will not happen. `recorded`:
+ * how long it took when it was recorded. */
+bool Replay::hasWaitedEnough(uint64_t recorded) const {
+    const double slower = _mode.speed > 0 ? std::max(1.0, 1 / _mode.speed) : 1.0;
+    const std::chrono::duration<double, std::nano> usual(static_cast<double>(recorded) * slower);
+    return Clock::now() - _lastStep >= kPatience + usual && othersSleep();
+}
+
+/** Waits for the notifications that had begun by a time of the recording to begin, and to end where they had.
+ */
+void Replay::awaitNotifications(Lock& lock, uint64_t time) {
+    const uint64_t generation = _generation;
+    while (_running && generation == _generation && _notification < size()) {
+        const Step& next = step(_notification);
+        if (next.begin > time || (_taken[_notification] && next.end > time)) return;
+        if (_taken[_notification] && hasWaitedEnough(next.end - next.begin)) {
+            tellLocked(_script->where(_notification) +
+                       ": the callback waits for what the caller has, and the call goes on without it");
+            return;
+        }
+        lock.waitUntil(_changed, Clock::now() + kGlance);
+    }
+}
+
+/** Our own thread: it delivers each notification when all calls before it were made and its time has come. */
 void Replay::run() {
     for (;;) {
-        deliver();
         Lock lock(_mutex);
-        if (_first == _used.size()) break;
-        const bool lost = Clock::now() - _lastStep >= kPatience;
-        if (!_mode.strict && lost && _notification < _used.size() && isDue(_notification)) {
-            while (_first < _notification) consume(_first);
+        if (_notification == size()) {
+            _running = false;
+            return;
         }
-        lock.waitUntil(_changed, Clock::now() + milliseconds(10));
+        const size_t place = _notification;
+        bool ready = isDue(place);
+        if (ready && _first < place) {
+            const Step& missing = step(_first);
+            const uint64_t before = _first == 0 ? 0 : step(_first - 1).begin;
+            ready = hasWaitedEnough(missing.begin - std::min(before, missing.begin));
+            for (size_t i = _first; ready && _mode.strict == VEXREPLAY_LENIENT && i < place; ++i) {
+                if (!_used[i] && !step(i).isNotification()) skipCall(i);
+            }
+        }
+        if (ready) {
+            _taken[place] = true;
+            lock.unlock();
+            deliverOne(place);
+        } else {
+            lock.waitUntil(_changed, Clock::now() + kGlance);
+        }
     }
 }
 

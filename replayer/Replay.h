@@ -13,30 +13,36 @@
 #include "common/Mutex.h"
 #include "replayer/Handles.h"
 #include "replayer/Script.h"
+#include "replayer/vexreplay.h"
 
 namespace vexreplay {
 
 /** How a recording is replayed. */
 struct Mode {
-    bool strict = false; /**< each thread must make the recorded calls, and no others */
-    double speed = 1;    /**< of the notifications; 0 for no waiting */
+    int32_t strict = VEXREPLAY_LENIENT;
+    double speed = 1; /**< of the notifications; 0 for no waiting */
     bool driven =
         false; /**< whoever opened it delivers the notifications; otherwise a thread of our own does */
 };
 
 /**
- * A recording that is being replayed: which step is next, which call is answered by which step, and when the
- * notifications come.
+ * A recording that is being replayed: which call is answered by which step, and when the notifications come.
+ * Position decides, never time.
  *
- * The steps are those of all threads in the order in which they returned. A notification's place is behind
- * the calls that returned before it; or earlier, behind those that began before it: its callback may have
- * returned late, when what it set going was at work already. It comes when nothing else can.
+ * Each thread plays a recorded thread, and its next call is as a rule the next recorded one. Strictly it must
+ * be. Otherwise a call is answered by a later one of its recorded thread, by any that nobody has made before
+ * the next notification, or by what was last answered before that.
  *
- * Strictly, a thread's next call is compared with the next one of the recorded thread that it plays.
- * Otherwise a call is looked for between the notification before and the one behind, and then anywhere: the
- * nearest in time answers.
+ * Driven, a notification has its place behind all calls before it, and comes when whoever drives says that
+ * nothing is at work. Where the next call would come without waiting for it, it comes before the call in
+ * front of it returns.
  *
- * The callback is called with no lock held.
+ * Not driven, a notification comes on a thread of our own as soon as the calls before it have been made, and
+ * a call waits for the notifications that had returned when it was made, and to return for those that came
+ * inside it. Neither waits for what cannot come: a callback that sleeps on a lock that the caller may have,
+ * or calls that a host at rest does not make.
+ *
+ * Callbacks are called with no lock held.
  */
 class Replay {
   public:
@@ -44,23 +50,23 @@ class Replay {
 
     /** From the begin, forgetting what was. Throws recording::RecordingError, and changes nothing. */
     void open(const std::string& path, Mode mode) DC_EXCLUDES(_mutex);
+    /** What a driver does around notifications that are to be taken up together. */
+    void setGuard(void (*begin)(), void (*end)()) DC_EXCLUDES(_mutex);
 
-    /** The recorded call that answers; null for one that was never asked, which is told. Without a recording,
-     * opens what the environment names. */
-    const recording::Record* answer(const char* function, const std::vector<recording::Value>& given)
-        DC_EXCLUDES(_mutex);
-    /** What was said of a key, nearest in time; null, and told, for one that was never read. */
-    const KeyAnswer* answerKey(const std::string& key) DC_EXCLUDES(_mutex);
-
-    void registered(vex_notification_cb callback, void* context) DC_EXCLUDES(_mutex);
+    /** The recorded call that answers; none for one that was never asked. Without a recording, opens what the
+     * environment names. `callback`: what the call registers, if it does. */
+    std::optional<recording::Record> answer(const char* function, const std::vector<recording::Value>& given,
+                                            vex_notification_cb callback, void* context) DC_EXCLUDES(_mutex);
+    /** What was last said of a key; none, and told, for one that was never read. */
+    std::optional<KeyAnswer> answerKey(const std::string& key) DC_EXCLUDES(_mutex);
 
     /** See vexreplay.h. */
     int32_t next(size_t& place) DC_EXCLUDES(_mutex);
     void deliver() DC_EXCLUDES(_mutex);
     void skip(size_t place) DC_EXCLUDES(_mutex);
     bool mentions(size_t place, const std::string& text) DC_EXCLUDES(_mutex);
-
     void hush() DC_EXCLUDES(_mutex);
+    void finish() DC_EXCLUDES(_mutex);
 
     /** Tells of something odd on standard error, once. */
     void tell(const std::string& what) DC_EXCLUDES(_mutex);
@@ -75,28 +81,55 @@ class Replay {
 
     /** The calls of one recorded thread. */
     struct Part {
-        std::vector<size_t> places;
+        std::vector<uint32_t> places;
         size_t next = 0;
-        bool played = false; /**< by a thread of this process */
+        bool played = false;   /**< by a thread of this process */
+        bool connects = false; /**< it starts what listens, and may do other things of the host's */
+    };
+
+    struct Receiver {
+        vex_notification_cb callback = nullptr;
+        void* context = nullptr;
     };
 
     Replay() = default;
     void openFromEnvironment() DC_EXCLUDES(_mutex);
     const Step& step(size_t place) const DC_REQUIRES(_mutex) { return _script->steps()[place]; }
-    bool isNotification(size_t place) const DC_REQUIRES(_mutex) { return step(place).call.empty(); }
+    size_t size() const DC_REQUIRES(_mutex) { return _used.size(); }
     void consume(size_t place) DC_REQUIRES(_mutex);
-    std::optional<size_t> strictAnswer(const std::string& call) DC_REQUIRES(_mutex);
-    std::optional<size_t> lenientAnswer(const std::vector<size_t>& places) DC_REQUIRES(_mutex);
-    uint64_t choosePart(const std::string& call) DC_REQUIRES(_mutex);
+    void advance() DC_REQUIRES(_mutex);
+
+    std::optional<size_t> strictStep(Part* part, uint64_t call, const std::string& text) DC_REQUIRES(_mutex);
+    std::optional<size_t> lenientStep(Part* part, uint64_t call, const std::string& text) DC_REQUIRES(_mutex);
+    Part* partOf(uint64_t call) DC_REQUIRES(_mutex);
+    uint64_t choosePart(uint64_t call) DC_REQUIRES(_mutex);
+    bool isStrict() const DC_REQUIRES(_mutex);
+    std::optional<size_t> nextOf(Part& part, uint64_t call) DC_REQUIRES(_mutex);
+    std::optional<size_t> laterOf(Part& part, uint64_t call, size_t before) DC_REQUIRES(_mutex);
+    std::optional<size_t> unused(Script::Places places) DC_REQUIRES(_mutex);
+    std::optional<size_t> nearest(Script::Places places) DC_REQUIRES(_mutex);
+    size_t lastAttempt(size_t place) DC_REQUIRES(_mutex);
+    void noteDifference(Part* part, const std::string& came) DC_REQUIRES(_mutex);
     [[noreturn]] void differs(const std::string& where, const std::string& what) DC_REQUIRES(_mutex);
+    [[noreturn]] void differsFrom(Part& part, const std::string& came) DC_REQUIRES(_mutex);
+    [[noreturn]] void tellMissing(size_t place) DC_REQUIRES(_mutex);
+    bool isAside(size_t place) const DC_REQUIRES(_mutex);
+
     bool isDue(size_t place) const DC_REQUIRES(_mutex);
-    bool hasPlace(size_t notification) const DC_REQUIRES(_mutex);
-    bool isQuiet() const DC_REQUIRES(_mutex);
+    size_t callBehind() const DC_REQUIRES(_mutex);
+    std::vector<size_t> group() const DC_REQUIRES(_mutex);
     int32_t look(size_t& place) const DC_REQUIRES(_mutex);
-    std::vector<size_t> takeGroup(size_t place) DC_REQUIRES(_mutex);
-    std::vector<size_t> takeBehind(const recording::Record& call) DC_REQUIRES(_mutex);
+    std::vector<size_t> takeGroup() DC_REQUIRES(_mutex);
+    std::vector<size_t> takeBehind(size_t call) DC_REQUIRES(_mutex);
+    void deliverAll(const std::vector<size_t>& places) DC_EXCLUDES(_mutex);
     void deliverOne(size_t place) DC_EXCLUDES(_mutex);
+    void deliverInside(size_t call) DC_EXCLUDES(_mutex);
+
     void run() DC_EXCLUDES(_mutex);
+    void skipCall(size_t place) DC_REQUIRES(_mutex);
+    bool hasWaitedEnough(uint64_t recorded) const DC_REQUIRES(_mutex);
+    void awaitNotifications(datacache::Lock& lock, uint64_t time) DC_REQUIRES(_mutex);
+
     void tellLocked(const std::string& what) DC_REQUIRES(_mutex);
 
     datacache::Mutex _mutex;
@@ -106,15 +139,19 @@ class Replay {
     uint64_t _generation DC_GUARDED_BY(_mutex) = 0;
     std::vector<bool> _used DC_GUARDED_BY(_mutex);  /**< steps that were made, delivered or skipped */
     std::vector<bool> _taken DC_GUARDED_BY(_mutex); /**< notifications that are delivered, or about to be */
-    size_t _first DC_GUARDED_BY(_mutex) = 0;        /**< the first that is not */
-    size_t _notification DC_GUARDED_BY(_mutex) = 0; /**< the first notification that is not */
-    uint64_t _now DC_GUARDED_BY(_mutex) = 0;        /**< the recording's time */
+    size_t _first DC_GUARDED_BY(_mutex) = 0;        /**< the first that is not used */
+    size_t _notification DC_GUARDED_BY(_mutex) =
+        0; /**< the first notification that is not, outside of calls */
     Clock::time_point _began DC_GUARDED_BY(_mutex);
     Clock::time_point _lastStep DC_GUARDED_BY(_mutex);
     std::map<uint64_t, Part> _parts DC_GUARDED_BY(_mutex); /**< by the number of the recorded thread */
-    vex_notification_cb _callback DC_GUARDED_BY(_mutex) = nullptr;
-    void* _context DC_GUARDED_BY(_mutex) = nullptr;
+    std::map<size_t, std::vector<uint32_t>> _inside DC_GUARDED_BY(_mutex); /**< a call's notifications */
+    std::map<size_t, Receiver> _receivers DC_GUARDED_BY(_mutex);           /**< by the step that registered */
+    Receiver _newest DC_GUARDED_BY(_mutex);
+    void (*_guardBegin)() DC_GUARDED_BY(_mutex) = nullptr;
+    void (*_guardEnd)() DC_GUARDED_BY(_mutex) = nullptr;
     bool _running DC_GUARDED_BY(_mutex) = false; /**< our own thread */
+    size_t _differences DC_GUARDED_BY(_mutex) = 0;
     std::set<std::string> _told DC_GUARDED_BY(_mutex);
     bool _hushed DC_GUARDED_BY(_mutex) = false;
 };

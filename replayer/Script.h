@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "recording/Reader.h"
@@ -12,49 +14,102 @@ namespace vexreplay {
 /** A call as text: the function and what it is given, less what differs from process to process. */
 std::string describeCall(const char* function, const std::vector<recording::Value>& given);
 
+/** Stands for such a text. Two texts with one number answer each other, which does no harm. */
+uint64_t numberOfCall(const std::string& call);
+
 /** What the switch said of one key. */
 struct KeyAnswer {
-    uint64_t time;
     std::string value;
     uint32_t status;
 };
 
 /**
- * A recording, made ready to be replayed.
+ * A recording, made ready to be replayed: an index of the lines, each of which is read again when it is asked
+ * for. With the file itself that is less than twice the file.
  *
  * Addresses are replaced by numbers that are each given once: an address that was used again after its object
  * was destroyed is another number. A container takes what it holds with it when it is destroyed.
  */
 class Script {
   public:
-    /** Throws recording::RecordingError. */
-    explicit Script(const std::string& path);
+    static constexpr uint32_t kNone = UINT32_MAX;
 
+    /**
+     * `locked`: callbacks wait for a lock that a thread holds while it calls, so that a notification's place
+     * is where its callback had the lock: where it ended if it waited, and where it began if it did not.
+     * Otherwise its place is where it began. Throws recording::RecordingError.
+     */
+    Script(const std::string& path, bool locked);
+
+    /** A call or a notification. */
     struct Step {
-        const recording::Record* record;
-        std::string call; /**< describeCall(); empty for a notification */
+        uint64_t begin; /**< ns since the recording began */
+        uint64_t end;
+        uint64_t call;   /**< numberOfCall(); 0 for a notification */
+        uint64_t origin; /**< the same with each object being where it came from; 0 without objects */
+        uint64_t offset;
+        uint32_t line;
+        uint32_t thread;
+        uint32_t
+            objects; /**< a call: where its objects begin; a notification: the step that registered for it */
+        uint32_t inside; /**< a notification: the call of its own thread inside which it came, or kNone */
+        bool waited;     /**< a notification: its callback waited */
+        bool connects;   /**< vex_IPConnect */
+        bool failed;     /**< a call with a status that is not 0 */
+
+        bool isNotification() const { return call == 0; }
     };
 
-    const std::string& path() const { return _recording.path; }
-    size_t tornLine() const { return _recording.tornLine; }
+    const std::string& path() const { return _reader.path(); }
+    std::vector<std::string> remarks() const { return _reader.remarks(); }
+    /** "FILE:LINE: where it was cut"; empty for a recording that was not. */
+    const std::string& cut() const { return _reader.cut(); }
+
+    /** In the order in which they are replayed: calls where they began. */
     const std::vector<Step>& steps() const { return _steps; }
-    /** Where the steps with this call are, in order; empty for none. */
-    const std::vector<size_t>& places(const std::string& call) const;
-    /** Where the steps are with such a call of objects that came from the same place. */
-    const std::vector<size_t>& similar(const char* function,
-                                       const std::vector<recording::Value>& given) const;
-    /** What was said of a key, in order of time; null for one that was never read. */
-    const std::vector<KeyAnswer>* answers(const std::string& key) const;
+    /** The step's record, with numbers in place of addresses. */
+    recording::Record record(size_t place) const;
+    /** describeCall() of a step. */
+    std::string describe(size_t place) const;
     /** "FILE:LINE" of a step. */
     std::string where(size_t place) const;
 
+    using Place = std::pair<uint64_t, uint32_t>;
+    /** Some places, in order. */
+    struct Places {
+        const Place* first;
+        const Place* last;
+        bool empty() const { return first == last; }
+        /** The first from `place` on; `last` for none. */
+        const Place* from(size_t place) const;
+    };
+    /** Where the steps with this call are. */
+    Places places(uint64_t call) const;
+    /** Where the steps are with such a call of objects that came from the same place. */
+    Places similar(const char* function, const std::vector<recording::Value>& given) const;
+
+    /** What was said of a key last before `place`, or else first behind it; none for one that was never read.
+     */
+    std::optional<KeyAnswer> answer(const std::string& key, size_t place) const;
+
   private:
-    recording::Recording _recording;
+    struct Making;
+    struct KeyPlace {
+        uint64_t key;
+        uint32_t place;
+        uint32_t entry; /**< of the batch; kNone for a text that was handed out */
+        bool operator<(const KeyPlace& other) const;
+    };
+    void addKeys(const recording::Record& record);
+    void putInOrder(bool locked);
+
+    recording::Reader _reader;
     std::vector<Step> _steps;
-    std::vector<std::string>
-        _origins; /**< of the objects, by their numbers: the call that made or showed it */
-    std::unordered_map<std::string, std::vector<size_t>> _places;
-    std::unordered_map<std::string, std::vector<KeyAnswer>> _answers;
+    std::vector<uint32_t> _objects;
+    std::vector<uint64_t> _origins; /**< of the objects, by their numbers */
+    std::vector<Place> _byCall;
+    std::vector<Place> _byOrigin;
+    std::vector<KeyPlace> _keys;
 };
 
 }  // namespace vexreplay

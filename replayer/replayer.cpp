@@ -24,18 +24,17 @@ constexpr bool kEnds = std::is_same_v<Kind, recording::Destroyed> || std::is_sam
 /** Reads each key for itself from what was said of it in other calls, as one batch or alone. */
 bool answerKeys(Parts& parts, vex_smlrequest_s* records) {
     for (int32_t i = 0; records != nullptr && i < parts.count; ++i) {
-        const KeyAnswer* const answer =
-            Replay::instance().answerKey(std::string(boundedText(records[i].key)));
-        fillField(records[i].value, answer == nullptr ? "" : answer->value);
-        records[i].status = answer == nullptr ? kUnknownKey : answer->status;
+        const auto answer = Replay::instance().answerKey(std::string(boundedText(records[i].key)));
+        fillField(records[i].value, answer ? answer->value : "");
+        records[i].status = answer ? answer->status : kUnknownKey;
     }
     return true;
 }
 
 bool answerKey(Parts& parts, const char* key, char** value, uint32_t* extra) {
     if (key == nullptr || value == nullptr || extra == nullptr) return false;
-    const KeyAnswer* const answer = Replay::instance().answerKey(key);
-    if (answer == nullptr || answer->status != 0) return false;
+    const auto answer = Replay::instance().answerKey(key);
+    if (!answer || answer->status != 0) return false;
     *value = parts.handles.text(0, answer->value);
     *extra = 0;
     return true;
@@ -60,14 +59,13 @@ struct Replayer<Row, recording::Kinds<Kind...>> {
         };
         (see(Kind{}, argument), ...);
         const std::vector<Value> given{observe(parts, Kind{}, argument)...};
-        if (callback != nullptr) replay.registered(callback, context);
         if constexpr ((std::is_same_v<Kind, recording::Memory> || ...)) {
             const bool known = (replay.handles.release(argument) && ...);
             if (!known)
                 replay.tell("a text is released that is not out; it was released before, or is none of ours");
         }
-        const recording::Record* const record = replay.answer(Row::name, given);
-        if (record == nullptr) return unknown(replay, parts, given, argument...);
+        const auto record = replay.answer(Row::name, given, callback, context);
+        if (!record) return unknown(replay, parts, given, argument...);
         size_t index = 0;
         (handBack(parts, Kind{}, argument, record->handedBack[index++]), ...);
         index = 0;
@@ -127,7 +125,7 @@ using vexreplay::Replay;
 
 int32_t vexreplay_open(const char* path, int32_t strict, double speed, char* error, size_t size) {
     try {
-        Replay::instance().open(path, {strict != 0, speed, true});
+        Replay::instance().open(path, {strict, speed, true});
         return 0;
     } catch (const std::exception& failure) {
         if (error != nullptr && size > 0) static_cast<void>(std::snprintf(error, size, "%s", failure.what()));
@@ -152,6 +150,14 @@ void vexreplay_deliver(void) {
 
 void vexreplay_skip(uint64_t place) {
     Replay::instance().skip(static_cast<size_t>(place));
+}
+
+void vexreplay_guard(void (*begin)(void), void (*end)(void)) {
+    Replay::instance().setGuard(begin, end);
+}
+
+void vexreplay_finish(void) {
+    Replay::instance().finish();
 }
 
 void vexreplay_hush(void) {
