@@ -51,7 +51,12 @@ bool ReplayedSwitch::takeTurns(const char* text, const std::function<void()>& tu
         uint64_t place = 0;
         const int32_t next = _next(&place);
         if (next != VEXREPLAY_MAIN) return next == VEXREPLAY_OVER;
+        // What came before the call is done before it, and what it found waiting waits still.
+        if (!DataCache::idle()) return false;
+        DataCache::getInstance();
+        _deliver();
         if (_mentions(place, text) != 0) turn();
+        DataCache::releaseInstance();
         _skip(place);
     }
 }
@@ -70,6 +75,7 @@ void ReplayedSwitch::step(int& quiet) const {
         quiet = 0;
         _deliver();
     } else if (next == VEXREPLAY_ASIDE || (next == VEXREPLAY_MAIN && _toItsEnd)) {
+        if (next == VEXREPLAY_MAIN) _deliver();
         _skip(place);
     } else if (next == VEXREPLAY_CALL) {
         // The cache is quiet, so the call will not come.

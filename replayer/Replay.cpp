@@ -445,6 +445,19 @@ std::vector<size_t> Replay::group() const {
     return group;
 }
 
+/** The main thread's call that came between the next notifications and what they caused, so that the main
+ * thread is to have the lock in between; size() for none. */
+size_t Replay::mainBetween(const std::vector<size_t>& group) const {
+    size_t main = size();
+    for (size_t i = group.back() + 1, looked = 0; i < size() && looked < kMostLookedAt; ++i, ++looked) {
+        if (_used[i] || step(i).inside != Script::kNone) continue;
+        if (step(i).isNotification()) break;
+        if (step(i).thread != kMainThread) return main;
+        main = std::min(main, i);
+    }
+    return size();
+}
+
 int32_t Replay::look(size_t& place) const {
     place = _first;
     if (_script == nullptr) return VEXREPLAY_CALL;
@@ -454,9 +467,11 @@ int32_t Replay::look(size_t& place) const {
         // A callback that returned late began before what it caused.
         const bool late =
             step(_notification).begin <= step(_first).begin && !(step(_notification).waited && main);
-        if ((_notification == _first || late) && isDue(group().back())) {
-            place = _notification;
-            return VEXREPLAY_NOTIFICATION;
+        const std::vector<size_t> next = _notification == _first || late ? group() : std::vector<size_t>{};
+        if (!next.empty() && isDue(next.back())) {
+            const size_t between = mainBetween(next);
+            place = between < size() ? between : _notification;
+            return between < size() ? VEXREPLAY_MAIN : VEXREPLAY_NOTIFICATION;
         }
     }
     if (main) return VEXREPLAY_MAIN;
@@ -498,7 +513,9 @@ void Replay::deliver() {
     {
         const Lock lock(_mutex);
         size_t place = 0;
-        if (look(place) == VEXREPLAY_NOTIFICATION) taken = takeGroup();
+        const int32_t next = look(place);
+        const bool before = next == VEXREPLAY_MAIN && place > _notification;  // for the main thread to have
+        if (next == VEXREPLAY_NOTIFICATION || before) taken = takeGroup();
     }
     deliverAll(taken);
 }

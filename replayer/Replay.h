@@ -118,6 +118,7 @@ class Replay {
     bool isDue(size_t place) const DC_REQUIRES(_mutex);
     size_t callBehind() const DC_REQUIRES(_mutex);
     std::vector<size_t> group() const DC_REQUIRES(_mutex);
+    size_t mainBetween(const std::vector<size_t>& group) const DC_REQUIRES(_mutex);
     int32_t look(size_t& place) const DC_REQUIRES(_mutex);
     std::vector<size_t> takeGroup() DC_REQUIRES(_mutex);
     std::vector<size_t> takeBehind(size_t call) DC_REQUIRES(_mutex);

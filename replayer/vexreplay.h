@@ -25,9 +25,11 @@ enum {
 enum {
     VEXREPLAY_CALL = 0, /**< a call that somebody is to make, or a notification whose time is not come */
     VEXREPLAY_NOTIFICATION = 1, /**< a notification that can be delivered now */
-    VEXREPLAY_MAIN = 2,         /**< a call that the process's main thread is to make */
-    VEXREPLAY_OVER = 3,         /**< nothing */
-    VEXREPLAY_ASIDE = 4,        /**< a call of the recorded host's own, that nobody is to make */
+    VEXREPLAY_MAIN = 2,  /**< a call that the process's main thread is to make, once nothing that listens
+                            is at work: with the lock that callbacks take, and behind a vexreplay_deliver(),
+                            which then delivers what came before the call */
+    VEXREPLAY_OVER = 3,  /**< nothing */
+    VEXREPLAY_ASIDE = 4, /**< a call of the recorded host's own, that nobody is to make */
 };
 
 /**
