@@ -105,6 +105,7 @@ void Replay::open(const std::string& path, Mode mode) {
     _began = _lastStep = Clock::now();
     _parts.clear();
     _inside.clear();
+    _open.clear();
     _receivers.clear();
     _newest = {};
     _told.clear();
@@ -193,6 +194,7 @@ std::optional<Record> Replay::answer(const char* function, const std::vector<rec
             if (!_mode.driven && !delivering) awaitNotifications(lock, step(*place).begin);
             if (step(*place).connects) place = lastAttempt(*place);
             consume(*place);
+            if (!_mode.driven) _open.insert(*place);
             behind = takeBehind(*place);
         }
         if (!place) place = nearest(_script->places(call));
@@ -215,6 +217,8 @@ std::optional<Record> Replay::answer(const char* function, const std::vector<rec
             lock.lock();
             if (!_mode.driven && !delivering && script == _script.get())
                 awaitNotifications(lock, step(*place).end);
+            _open.erase(*place);
+            _changed.notify_all();
         }
         if (script != _script.get()) return std::nullopt;  // another recording was opened meanwhile
         Record record = _script->record(*place);
@@ -624,6 +628,7 @@ void Replay::run() {
         }
         const size_t place = _notification;
         bool ready = isDue(place);
+        for (const size_t call : _open) ready = ready && step(call).end >= step(place).begin;
         if (ready && _first < place) {
             const Step& missing = step(_first);
             const uint64_t before = _first == 0 ? 0 : step(_first - 1).begin;

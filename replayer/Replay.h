@@ -148,6 +148,7 @@ class Replay {
     std::map<uint64_t, Part> _parts DC_GUARDED_BY(_mutex); /**< by the number of the recorded thread */
     std::map<size_t, std::vector<uint32_t>> _inside DC_GUARDED_BY(_mutex); /**< a call's notifications */
     std::map<size_t, Receiver> _receivers DC_GUARDED_BY(_mutex);           /**< by the step that registered */
+    std::set<size_t> _open DC_GUARDED_BY(_mutex);  /**< calls that have not returned; not driven */
     Receiver _newest DC_GUARDED_BY(_mutex);
     void (*_guardBegin)() DC_GUARDED_BY(_mutex) = nullptr;
     void (*_guardEnd)() DC_GUARDED_BY(_mutex) = nullptr;

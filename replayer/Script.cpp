@@ -1,5 +1,9 @@
 #include "replayer/Script.h"
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 #include <algorithm>
 #include <cstring>
 #include <string_view>
@@ -366,14 +370,19 @@ bool Script::KeyPlace::operator<(const KeyPlace& other) const {
 
 Script::Script(const std::string& path, bool locked) : _reader(path) {
     _steps.reserve(_reader.lines());
-    Making making(*this);
-    Record record;
-    while (_reader.next(record)) making.take(std::move(record));
-    making.takeRest();
+    {
+        Making making(*this);
+        Record record;
+        while (_reader.next(record)) making.take(std::move(record));
+        making.takeRest();
+    }
     putInOrder(locked);
     _objects.shrink_to_fit();
     _origins.shrink_to_fit();
     _keys.shrink_to_fit();
+#ifdef __GLIBC__
+    malloc_trim(0);  // what was needed only meanwhile, as the objects' addresses
+#endif
 }
 
 void Script::addKeys(const Record& record) {

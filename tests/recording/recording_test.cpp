@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <regex>
@@ -278,6 +279,100 @@ TEST_F(Recordings, ThatAreDamagedSayWhere) {
     }
 
     told(0, {"--hostile", path, *EMULATOR == '\0' ? "1000" : "100"}, REPLAY_CACHE);
+}
+
+/** A line of a recording; times in milliseconds. */
+std::string call(int n, int thread, int begin, int end, const std::string& rest) {
+    const auto nanoseconds = [](int time) { return std::to_string(time * 1000000LL); };
+    return "{\"n\":" + std::to_string(n) + ",\"thread\":" + std::to_string(thread) +
+           ",\"time\":" + nanoseconds(begin) + ",\"took\":" + nanoseconds(end - begin) + "," + rest + "}\n";
+}
+std::string batch(const std::string& key) {
+    return R"("call":"vex_smlGetBatch","args":{"handle":1,"records":[")" + key +
+           R"("],"count":1},"result":0,"back":{"records":[[0,")" + key + "!\"]]}";
+}
+std::string registration(int context) {
+    return R"("call":"vex_enRegisterForEventList","args":{"handle":1,"callback":9,"context":)" +
+           std::to_string(context) + R"(,"list":[1],"count":1},"result":0,"back":{"list":[0]})";
+}
+std::string notification(const std::string& text, int context, int user) {
+    return R"("event":{"code":1,"source":[0,0,0],"text":")" + text + R"("},"context":)" +
+           std::to_string(context) + ",\"user\":" + std::to_string(user) + ",\"waited\":0";
+}
+std::string connection(int n, int second, int result) {
+    return call(
+        n, 1, second * 1000, second * 1000 + 1,
+        R"("call":"vex_IPConnect","args":{"host":"localhost","client":"cim","options":""},"result":)" +
+            std::to_string(result) + R"(,"back":{"handle":)" + (result == 0 ? "1577058305" : "null") + "}");
+}
+
+TEST_F(Recordings, ReplayInAHostOfOnesOwnByPosition) {
+    const std::string head = contents(RECORDINGS_DIR "/x86.jsonl");
+    const std::string whole =
+        head.substr(0, head.find('\n') + 1) + call(1, 1, 1, 2, registration(7)) +
+        call(2, 1, 3, 4, registration(8)) + call(3, 1, 11, 12, batch("asked")) +
+        call(4, 1, 10, 13, notification("ask", 7, 5)) +  // inside k1
+        call(5, 1, 9, 20, batch("k1")) + call(6, 3, 22, 23, notification("between", 8, 0)) +
+        call(7, 1, 30, 40, batch("k2")) + call(8, 3, 41, 42, notification("late", 7, 0)) +
+        call(9, 1, 300, 301, batch("k3"));
+    const std::string path = writeFile("own.jsonl", whole);
+    const std::string other =
+        writeFile("other.jsonl", whole + call(10, 5, 400, 401, batch("k9")) +
+                                     "{\"n\":11,\"end\":\"limit\",\"limit\":5000,\"lost\":0}\n");
+    // What a call found is fixed; the host's own words right behind one are not.
+    const std::vector<std::string> all = {"ask\\+user asked! .*k1! .*k2! .*k3! ", "second:between .*k2!",
+                                          "first:late .*k3!"};
+    const struct {
+        std::string file, mode, speed, last;
+        int status;
+        std::vector<std::string> told;
+    } cases[] = {
+        {path, "strict", "max", "3", 0, all},
+        {path, "lenient", "max", "3", 0, all},
+        {path, "strict", "2", "3", 0, all},
+        {path, "Strict", "1", "3", 2, {"VEXREPLAY_MODE is neither strict nor lenient"}},
+        {path, "strict", "max", "2", 3, {"own.jsonl:10: expected of thread 1: .*k3.*; it did not come"}},
+        {path, "lenient", "max", "4", 0, {"no recorded call is left for this thread; this came: .*k4"}},
+        {other,
+         "strict",
+         "max",
+         "3",
+         3,
+         {"other.jsonl:11: expected of thread 5: .*k9.*; this thread did not come"}},
+        {other,
+         "strict",
+         "max",
+         "4",
+         3,
+         {"was cut here, at its limit of 5000 bytes\\), and this came: .*k4"}},
+    };
+    for (const auto& one : cases) {
+        setenv("VEXREPLAY_FILE", one.file.c_str(), 1);
+        setenv("VEXREPLAY_MODE", one.mode.c_str(), 1);
+        setenv("VEXREPLAY_SPEED", one.speed.c_str(), 1);
+        const std::string said = told(one.status, {"--host", one.last}, REPLAY_CACHE);
+        for (const std::string& pattern : one.told)
+            EXPECT_TRUE(std::regex_search(said, std::regex(pattern))) << pattern << '\n' << said;
+    }
+}
+
+TEST_F(Recordings, OfAHostThatWaitedAndAskedForItselfReplayInTheTool) {
+    std::string good = contents(RECORDINGS_DIR "/x86.jsonl");
+    const size_t head = good.find('\n') + 1;
+    const std::string begin = good.substr(0, head);
+    good.erase(0, good.find('\n', head) + 1);  // the connection too
+    const std::string own = R"("call":"vex_ZonesetTestName","args":{"name":"x"},"result":0)";
+    const std::string slow = writeFile(
+        "slow.jsonl", begin + connection(1, 0, 5) + connection(1, 0, 5) + connection(1, 0, 5) +
+                          connection(1, 0, 0) + call(1, 1, 0, 1, own) + call(1, 9, 0, 1, own) + good);
+    const std::string never = writeFile("never.jsonl", begin + connection(1, 0, 5) + connection(2, 10, 5));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_THAT(told(0, {"run", "--replay", slow, "--strict", "--speed", "max"}),
+                HasSubstr("DCEventUserLoginFailure"));
+    EXPECT_THAT(told(1, {"run", "--replay", never, "--speed", "max"}),
+                HasSubstr("the switch was not reached"));
+    EXPECT_THAT(told(1, {"show", "ports", "--replay", never}), HasSubstr("did not answer in this recording"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 TEST_F(Recordings, OfAZoningSessionAndARunReplayInTheTool) {

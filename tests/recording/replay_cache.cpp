@@ -2,13 +2,15 @@
  * Plays recordings to the real library, whose vexlib is the replayer.
  *
  *     replay_cache FILE                  strictly, and prints what the library tells
- *     replay_cache --hostile FILE COUNT  recordings made from FILE by damage: so many that are refused or
- *                                        played, and so many that are played; none may do harm, nor when it
+ *     replay_cache --host LAST           a host of its own, which reads keys up to LAST, asks for one more in
+ * a callback, and prints what happens in order replay_cache --hostile FILE COUNT  recordings made from FILE
+ * by damage: so many that are refused or played, and so many that are played; none may do harm, nor when it
  *                                        is captured or reported
  */
 #include <cstdio>
 #include <fstream>
 #include <iostream>
+#include <mutex>
 #include <random>
 #include <sstream>
 
@@ -114,9 +116,47 @@ int playHostile(const std::string& path, int count) {
     return played == count && files - played > count / 4 ? 0 : 1;
 }
 
+// ---- A host of its own ----
+
+std::mutex storyMutex;
+std::string story;
+
+void note(const std::string& what) {
+    const std::lock_guard<std::mutex> guard(storyMutex);
+    story += what + ' ';
+}
+
+std::string readKey(const std::string& key) {
+    vex_smlrequest_s record{};
+    key.copy(record.key, sizeof record.key - 1);
+    vex_smlGetBatch(1, &record, 1);
+    return record.value;
+}
+
+void hear(void* context, vex_event_s* event, void* user) {
+    note('(' + std::string(static_cast<const char*>(context)) + event->text +
+         (user == nullptr ? "" : "+user"));
+    if (event->text[0] == 'a') note(readKey("asked"));
+    note(")");
+}
+
+int playHost(const std::string& last) {
+    static char first[] = "first:", second[] = "second:";
+    vex_eventreg_s code{1, 0};
+    vex_enRegisterForEventList(1, hear, first, &code, 1);
+    vex_enRegisterForEventList(1, hear, second, &code, 1);
+    for (char key = '1'; key <= last[0]; ++key) {
+        const std::string value = readKey({'k', key});
+        note(value);
+    }
+    std::cout << story << std::endl;
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 3) return playHost(argv[2]);
     if (argc == 4) return playHostile(argv[2], std::atoi(argv[3]));
     char error[1024] = "";
     if (argc != 2 || vexreplay_open(argv[1], 1, 0, error, sizeof error) != 0) {
