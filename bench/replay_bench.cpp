@@ -2,8 +2,9 @@
 // call that nobody recorded.
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -13,12 +14,11 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr const char* kFile = "/tmp/replay_bench.jsonl";
 
-double secondsOf(const Clock::time_point& begin) {
-    return std::chrono::duration<double>(Clock::now() - begin).count();
+/** Of processor time. */
+double secondsSince(std::clock_t begin) {
+    return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
 }
 
 double residentBytes() {
@@ -79,10 +79,10 @@ template <typename Put>
 void measure(const char* name, int records, Put put) {
     const double bytes = write(records, put);
     const double before = residentBytes();
-    const auto begin = Clock::now();
+    const auto begin = std::clock();
     char error[200] = "";
     if (vexreplay_open(kFile, VEXREPLAY_LENIENT, 0, error, sizeof error) != 0) std::printf("%s\n", error);
-    const double seconds = secondsOf(begin);
+    const double seconds = secondsSince(begin);
     std::printf("%-14s %8d records %6.1f MB  read at %4.0f MB/s  memory %.2f of the file", name, records,
                 bytes / 1e6, bytes / 1e6 / seconds, (residentBytes() - before) / bytes);
     std::fflush(stdout);
@@ -91,17 +91,17 @@ void measure(const char* name, int records, Put put) {
     const auto count = [](void*, vex_event_s*, void*) { ++delivered; };
     vex_enRegisterForEventList(1, count, nullptr, &list, 1);
     delivered = 0;
-    const auto notified = Clock::now();
+    const auto notified = std::clock();
     while (vexreplay_next(nullptr) == VEXREPLAY_NOTIFICATION) vexreplay_deliver();
     if (delivered > 0)
-        std::printf("  %.1f us a notification (%d)", secondsOf(notified) * 1e6 / delivered, delivered);
+        std::printf("  %.1f us a notification (%d)", secondsSince(notified) * 1e6 / delivered, delivered);
     constexpr int kCalls = 2000;
-    const auto asked = Clock::now();
+    const auto asked = std::clock();
     for (int i = 0; i < kCalls; ++i) {
         vex_smlrequest_s key{"Oper.UserPort.0.1.OperState", "", 0};
         vex_smlGetBatch(2, &key, 1);
     }
-    std::printf("  %.1f us a call beyond the recorded\n", secondsOf(asked) * 1e6 / kCalls);
+    std::printf("  %.1f us a call beyond the recorded\n", secondsSince(asked) * 1e6 / kCalls);
 }
 
 }  // namespace

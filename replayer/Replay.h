@@ -17,6 +17,20 @@
 
 namespace vexreplay {
 
+/** The recorded thread that a thread of this process plays. */
+struct PlayedPart {
+    uint64_t generation = 0;
+    uint64_t thread = 0;
+};
+extern thread_local PlayedPart currentPart;
+
+/** This thread is in a callback: what it calls waits for no notification. */
+extern thread_local bool delivering;
+
+constexpr uint64_t kMainThread = 1;              /**< the recorded main thread's number */
+constexpr size_t kMostLookedAt = 1000;           /**< steps, where no more than a few are expected */
+constexpr std::chrono::milliseconds kGlance{10}; /**< between looks at what a host does */
+
 /** How a recording is replayed. */
 struct Mode {
     int32_t strict = VEXREPLAY_LENIENT;
@@ -148,7 +162,7 @@ class Replay {
     std::map<uint64_t, Part> _parts DC_GUARDED_BY(_mutex); /**< by the number of the recorded thread */
     std::map<size_t, std::vector<uint32_t>> _inside DC_GUARDED_BY(_mutex); /**< a call's notifications */
     std::map<size_t, Receiver> _receivers DC_GUARDED_BY(_mutex);           /**< by the step that registered */
-    std::set<size_t> _open DC_GUARDED_BY(_mutex);  /**< calls that have not returned; not driven */
+    std::set<size_t> _open DC_GUARDED_BY(_mutex); /**< calls that have not returned; not driven */
     Receiver _newest DC_GUARDED_BY(_mutex);
     void (*_guardBegin)() DC_GUARDED_BY(_mutex) = nullptr;
     void (*_guardEnd)() DC_GUARDED_BY(_mutex) = nullptr;

@@ -1,0 +1,287 @@
+/*
+ * When the notifications of a recording come.
+ */
+#include <dirent.h>
+#include <unistd.h>
+
+#include <sys/syscall.h>
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <thread>
+#include <utility>
+
+#include "replayer/Replay.h"
+
+namespace vexreplay {
+
+using datacache::Lock;
+using recording::Record;
+
+namespace {
+
+constexpr uint64_t kTogether = 1'000'000;  ///< ns: notifications this close came as one
+constexpr uint64_t kSoon = 1'000'000'000;  ///< ns: however busy the machine was, what was caused had begun
+constexpr std::chrono::milliseconds kPatience{500};  ///< with what a host at rest does not do
+
+/** Whether a thread of this process waits for a processor, as it does on a busy machine. */
+bool isRunnable(const char* task) {
+    const std::string path = std::string("/proc/self/task/") + task + "/stat";
+    std::FILE* const file = std::fopen(path.c_str(), "r");
+    if (file == nullptr) return false;
+    char line[200] = "";
+    const bool read = std::fgets(line, sizeof line, file) != nullptr;
+    static_cast<void>(std::fclose(file));
+    const char* const name = read ? std::strrchr(line, ')') : nullptr;  // a name may hold anything
+    return name != nullptr && name[1] == ' ' && name[2] == 'R';
+}
+
+/** Whether all other threads of the process sleep. */
+bool othersSleep() {
+    DIR* const tasks = opendir("/proc/self/task");
+    if (tasks == nullptr) return true;
+    const std::string self = std::to_string(syscall(SYS_gettid));
+    bool sleep = true;
+    while (const dirent* const task = readdir(tasks)) {
+        if (task->d_name[0] != '.' && self != task->d_name && isRunnable(task->d_name)) sleep = false;
+    }
+    closedir(tasks);
+    return sleep;
+}
+
+}  // namespace
+
+// ---- Notifications, where somebody drives ----
+
+/** Whether the recorded time of a notification has come. */
+bool Replay::isDue(size_t place) const {
+    if (!(_mode.speed > 0)) return true;
+    const std::chrono::duration<double, std::nano> after(static_cast<double>(step(place).begin) /
+                                                         _mode.speed);
+    return Clock::now() - _began >= after;
+}
+
+/** The call that is next behind the next notification, as far as that may have caused it. */
+size_t Replay::callBehind() const {
+    if (_first < _notification) return _first;
+    for (size_t i = _notification; i < size() && step(i).begin <= step(_notification).end + kSoon; ++i) {
+        if (!step(i).isNotification() && !_used[i]) return i;
+    }
+    return size();
+}
+
+/** The next notification, and those behind it that were taken up together with it: they came before the call
+ * that is next, or at nearly the same time. */
+std::vector<size_t> Replay::group() const {
+    const size_t call = callBehind();
+    std::vector<size_t> group{_notification};
+    for (size_t i = _notification + 1; i < size(); ++i) {
+        const Step& one = step(i);
+        if (_used[i] || one.inside != Script::kNone) continue;
+        if (!one.isNotification()) break;
+        const bool before = call < _notification ? one.begin <= step(call).begin : call < size();
+        if (!before && one.begin > step(group.back()).end + kTogether) break;
+        group.push_back(i);
+    }
+    return group;
+}
+
+/** The main thread's call that came between the next notifications and what they caused, so that the main
+ * thread is to have the lock in between; size() for none. */
+size_t Replay::mainBetween(const std::vector<size_t>& group) const {
+    size_t main = size();
+    for (size_t i = group.back() + 1, looked = 0; i < size() && looked < kMostLookedAt; ++i, ++looked) {
+        if (_used[i] || step(i).inside != Script::kNone) continue;
+        if (step(i).isNotification()) break;
+        if (step(i).thread != kMainThread) return main;
+        main = std::min(main, i);
+    }
+    return size();
+}
+
+int32_t Replay::look(size_t& place) const {
+    place = _first;
+    if (_script == nullptr) return VEXREPLAY_CALL;
+    if (_first == size()) return VEXREPLAY_OVER;
+    const bool main = !step(_first).isNotification() && step(_first).thread == kMainThread;
+    if (_notification < size() && !_taken[_notification]) {
+        // A callback that returned late began before what it caused.
+        const bool late =
+            step(_notification).begin <= step(_first).begin && !(step(_notification).waited && main);
+        const std::vector<size_t> next = _notification == _first || late ? group() : std::vector<size_t>{};
+        if (!next.empty() && isDue(next.back())) {
+            const size_t between = mainBetween(next);
+            place = between < size() ? between : _notification;
+            return between < size() ? VEXREPLAY_MAIN : VEXREPLAY_NOTIFICATION;
+        }
+    }
+    if (main) return VEXREPLAY_MAIN;
+    return step(_first).isNotification() || !isAside(_first) ? VEXREPLAY_CALL : VEXREPLAY_ASIDE;
+}
+
+int32_t Replay::next(size_t& place) {
+    const Lock lock(_mutex);
+    return look(place);
+}
+
+bool Replay::mentions(size_t place, const std::string& text) {
+    const Lock lock(_mutex);
+    return place < size() && _script->describe(place).find(text) != std::string::npos;
+}
+
+std::vector<size_t> Replay::takeGroup() {
+    std::vector<size_t> taken = group();
+    for (const size_t place : taken) _taken[place] = true;
+    return taken;
+}
+
+/** The notifications that are to come before a call returns that was just made: those that came right behind
+ * it while nothing held them up; and where the next call waits for nobody, all before that. */
+std::vector<size_t> Replay::takeBehind(size_t call) {
+    if (!_mode.driven || _first == size() || _first != _notification || _taken[_first]) return {};
+    const Step& made = step(call);
+    const Step& next = step(_first);
+    if (next.thread == made.thread) return {};
+    const bool soon = next.begin < made.end + kTogether && !next.waited;
+    const size_t behind = callBehind();
+    const bool goesOn = made.thread == kMainThread || _parts[made.thread].connects;
+    const bool ahead = goesOn && behind < size() && step(behind).begin < made.end + kSoon;
+    return soon || ahead ? takeGroup() : std::vector<size_t>{};
+}
+
+void Replay::deliver() {
+    std::vector<size_t> taken;
+    {
+        const Lock lock(_mutex);
+        size_t place = 0;
+        const int32_t next = look(place);
+        const bool before = next == VEXREPLAY_MAIN && place > _notification;  // for the main thread to have
+        if (next == VEXREPLAY_NOTIFICATION || before) taken = takeGroup();
+    }
+    deliverAll(taken);
+}
+
+void Replay::deliverAll(const std::vector<size_t>& places) {
+    if (places.empty()) return;
+    void (*begin)() = nullptr;
+    void (*end)() = nullptr;
+    {
+        const Lock lock(_mutex);
+        begin = _guardBegin;
+        end = _guardEnd;
+    }
+    if (begin != nullptr) begin();
+    for (const size_t place : places) deliverOne(place);
+    if (end != nullptr) end();
+}
+
+void Replay::deliverInside(size_t call) {
+    std::vector<uint32_t> places;
+    {
+        const Lock lock(_mutex);
+        places = _inside[call];
+    }
+    for (const uint32_t place : places) deliverOne(place);
+}
+
+void Replay::deliverOne(size_t place) {
+    Receiver receiver;
+    std::unique_ptr<vex_event_s> event;
+    void* user = nullptr;
+    const auto before = currentPart;
+    const bool within = std::exchange(delivering, true);
+    {
+        const Lock lock(_mutex);
+        const Record record = _script->record(place);
+        const auto registered = _receivers.find(step(place).objects);
+        receiver = registered == _receivers.end() ? _newest : registered->second;
+        if (record.event) {
+            event = std::make_unique<vex_event_s>();
+            event->code = record.event->code;
+            event->source = record.event->source;
+            std::copy(record.event->text.begin(), record.event->text.end(), event->text);
+        }
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the recorded number, which leads nowhere here
+        user = reinterpret_cast<void*>(static_cast<uintptr_t>(record.user.value));
+        currentPart = {_generation, record.thread};  // what the callback calls is that thread's
+        _lastStep = Clock::now();
+    }
+    if (receiver.callback != nullptr) receiver.callback(receiver.context, event.get(), user);
+    currentPart = before;
+    delivering = within;
+    const Lock lock(_mutex);
+    consume(place);
+}
+
+void Replay::skip(size_t place) {
+    const Lock lock(_mutex);
+    if (place != _first || _first == size() || step(_first).isNotification()) return;
+    if (_mode.strict != VEXREPLAY_LENIENT && !isAside(place)) tellMissing(place);
+    skipCall(place);
+}
+
+/** Nobody makes the call, so what came inside it does not come. */
+void Replay::skipCall(size_t place) {
+    const auto inside = _inside.find(place);
+    if (inside != _inside.end()) {
+        for (const uint32_t one : inside->second) _used[one] = true;
+    }
+    consume(place);
+}
+
+// ---- Notifications on a thread of our own ----
+
+/** Whether what has not happened for so long, in a host whose threads all sleep, will not happen. `recorded`:
+ * how long it took when it was recorded. */
+bool Replay::hasWaitedEnough(uint64_t recorded) const {
+    const double slower = _mode.speed > 0 ? std::max(1.0, 1 / _mode.speed) : 1.0;
+    const std::chrono::duration<double, std::nano> usual(static_cast<double>(recorded) * slower);
+    return Clock::now() - _lastStep >= kPatience + usual && othersSleep();
+}
+
+/** Waits for the notifications that had begun by a time of the recording to begin, and to end where they had.
+ */
+void Replay::awaitNotifications(Lock& lock, uint64_t time) {
+    const uint64_t generation = _generation;
+    while (_running && generation == _generation && _notification < size()) {
+        const Step& next = step(_notification);
+        if (next.begin > time || (_taken[_notification] && next.end > time)) return;
+        if (_taken[_notification] && hasWaitedEnough(next.end - next.begin)) {
+            tellLocked(_script->where(_notification) +
+                       ": the callback waits for what the caller has, and the call goes on without it");
+            return;
+        }
+        lock.waitUntil(_changed, Clock::now() + kGlance);
+    }
+}
+
+/** Our own thread: it delivers each notification when all calls before it were made and its time has come. */
+void Replay::run() {
+    for (;;) {
+        Lock lock(_mutex);
+        if (_notification == size()) {
+            _running = false;
+            return;
+        }
+        const size_t place = _notification;
+        bool ready = isDue(place);
+        for (const size_t call : _open) ready = ready && step(call).end >= step(place).begin;
+        if (ready && _first < place) {
+            const Step& missing = step(_first);
+            const uint64_t before = _first == 0 ? 0 : step(_first - 1).begin;
+            ready = hasWaitedEnough(missing.begin - std::min(before, missing.begin));
+            for (size_t i = _first; ready && _mode.strict == VEXREPLAY_LENIENT && i < place; ++i) {
+                if (!_used[i] && !step(i).isNotification()) skipCall(i);
+            }
+        }
+        if (ready) {
+            _taken[place] = true;
+            lock.unlock();
+            deliverOne(place);
+        } else {
+            lock.waitUntil(_changed, Clock::now() + kGlance);
+        }
+    }
+}
+
+}  // namespace vexreplay
