@@ -308,15 +308,17 @@ size_t Replay::lastAttempt(size_t place) {
 // ---- Differences ----
 
 void Replay::noteDifference(Part* part, const std::string& came) {
-    if (++_differences != 1 || _hushed) return;
+    if (++_differences != 1) return;
     const bool more = part != nullptr && part->next < part->places.size();
     const size_t place = more ? part->places[part->next] : 0;
     const std::string expected = more ? "expected of thread " + std::to_string(step(place).thread) + ": " +
                                             cut(_script->describe(place))
                                       : "no recorded call is left for this thread";
-    say((more ? _script->where(place) : _script->path()) +
+    _firstDifference =
+        (more ? _script->where(place) : _script->path()) +
         ": calls differ from here on, and are answered by the nearest of their kind: " + expected +
-        "; this came: " + cut(came));
+        "; this came: " + cut(came);
+    if (!_mode.driven) say(_firstDifference);
 }
 
 void Replay::differs(const std::string& where, const std::string& what) {
@@ -356,6 +358,7 @@ bool Replay::isAside(size_t place) const {
 void Replay::finish() {
     const Lock lock(_mutex);
     if (_script == nullptr) return;
+    if (_differences > 0 && _mode.driven) say(_firstDifference);
     if (_differences > 1) {
         say(_script->path() +
             ": calls that differed from the recorded ones: " + std::to_string(_differences));

@@ -168,6 +168,7 @@ class Replay {
     void (*_guardEnd)() DC_GUARDED_BY(_mutex) = nullptr;
     bool _running DC_GUARDED_BY(_mutex) = false; /**< our own thread */
     size_t _differences DC_GUARDED_BY(_mutex) = 0;
+    std::string _firstDifference DC_GUARDED_BY(_mutex); /**< told at once, or by a driver at the end */
     std::set<std::string> _told DC_GUARDED_BY(_mutex);
     bool _hushed DC_GUARDED_BY(_mutex) = false;
 };
