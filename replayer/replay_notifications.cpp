@@ -74,12 +74,14 @@ size_t Replay::callBehind() const {
  * that is next, or at nearly the same time. */
 std::vector<size_t> Replay::group() const {
     const size_t call = callBehind();
+    // A thread that begins is no pass's, so it was not caused by them.
+    const bool caused = call < size() && _parts.at(step(call).thread).places.front() != call;
     std::vector<size_t> group{_notification};
     for (size_t i = _notification + 1; i < size(); ++i) {
         const Step& one = step(i);
         if (_used[i] || one.inside != Script::kNone) continue;
         if (!one.isNotification()) break;
-        const bool before = call < _notification ? one.begin <= step(call).begin : call < size();
+        const bool before = call < _notification ? one.begin <= step(call).begin : caused;
         if (!before && one.begin > step(group.back()).end + kTogether) break;
         group.push_back(i);
     }
@@ -144,8 +146,12 @@ std::vector<size_t> Replay::takeBehind(size_t call) {
     if (next.thread == made.thread) return {};
     const bool soon = next.begin < made.end + kTogether && !next.waited;
     const size_t behind = callBehind();
-    const bool goesOn = made.thread == kMainThread || _parts[made.thread].connects;
-    const bool ahead = goesOn && behind < size() && step(behind).begin < made.end + kSoon;
+    bool ahead = false;  // the next call is of the same thread, or of one that begins with it
+    if (behind < size() && step(behind).begin < made.end + kSoon) {
+        const bool same = made.thread == kMainThread && step(behind).thread == kMainThread;
+        ahead =
+            same || (_parts[made.thread].connects && _parts[step(behind).thread].places.front() == behind);
+    }
     return soon || ahead ? takeGroup() : std::vector<size_t>{};
 }
 
