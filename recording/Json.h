@@ -1,6 +1,6 @@
 /*
- * One line of JSON, read in place: the line's text stays where it is, and a value costs 8 bytes beside it,
- * whatever it is. So a hostile line costs no more than a few times its length.
+ * One line of JSON, parsed by the JSON library into a few bytes a value, in memory that the next line uses
+ * again. So a hostile line costs no more than a few times its length.
  */
 #pragma once
 
@@ -12,7 +12,7 @@
 
 namespace recording {
 
-/** Where a value begins in the line, and which value follows behind it and all that it holds. */
+/** Where a value's words begin, and which value follows behind it and all that it holds. */
 struct JsonPlace {
     uint32_t begin;
     uint32_t next;
@@ -21,15 +21,15 @@ struct JsonPlace {
 /** A value of a line; good as long as its JsonLine is neither parsed anew nor gone. */
 class Json {
   public:
-    Json(std::string_view text, const std::vector<JsonPlace>& places, uint32_t index)
-        : _text(text.data()), _places(places.data()), _index(index) {}
+    Json(const std::string& words, const std::vector<JsonPlace>& places, uint32_t index)
+        : _words(words.data()), _places(places.data()), _index(index) {}
 
-    bool isObject() const { return first() == '{'; }
-    bool isList() const { return first() == '['; }
-    bool isText() const { return first() == '"'; }
-    bool isNull() const { return first() == 'n'; }
-    bool isTrue() const { return first() == 't'; }
-    bool isNumber() const { return first() == '-' || (first() >= '0' && first() <= '9'); }
+    bool isObject() const { return kind() == '{'; }
+    bool isList() const { return kind() == '['; }
+    bool isText() const { return kind() == '"'; }
+    bool isNull() const { return kind() == 'n'; }
+    bool isTrue() const { return kind() == 't'; }
+    bool isNumber() const { return kind() == '0'; }
 
     /** The entries of a list; the names and values of an object, in turns. */
     class Iterator;
@@ -37,15 +37,16 @@ class Json {
     Iterator end() const;
     size_t size() const;
 
-    /** The text as it stands in the line, without its quotes and with its escapes. */
-    std::string_view rawText() const;
-    /** The number as it stands in the line. */
-    std::string_view rawNumber() const;
+    /** A text in UTF-8, its escapes resolved. */
+    std::string_view text() const { return words(); }
+    /** A number's digits. */
+    std::string_view digits() const { return words(); }
 
   private:
-    char first() const { return _text[_places[_index].begin]; }
+    char kind() const { return _words[_places[_index].begin]; }
+    std::string_view words() const;
 
-    const char* _text;
+    const char* _words;
     const JsonPlace* _places;
     uint32_t _index;
 };
@@ -76,22 +77,12 @@ inline Json::Iterator Json::end() const {
 /** Takes lines apart, one after the other, in the same memory. */
 class JsonLine {
   public:
-    /** False for what is no JSON, or is nested deeper than any record. The text must stay. */
+    /** False for what is no JSON object, or is nested deeper than any record. */
     bool parse(std::string_view text);
-    Json root() const { return {_text, _places, 0}; }
+    Json root() const { return {_words, _places, 0}; }
 
   private:
-    bool value(unsigned depth);
-    bool list(unsigned depth, char close);
-    bool text();
-    bool number();
-    bool word(std::string_view word);
-    bool digits();
-    void space();
-    bool skip(char character);
-
-    std::string_view _text;
-    size_t _at = 0;
+    std::string _words;  ///< of each value: its kind, and of a text or a number its length and bytes
     std::vector<JsonPlace> _places;
 };
 

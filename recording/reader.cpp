@@ -177,7 +177,7 @@ Known readRecord(const Json& line, Record& record) {
     const std::optional<Json> call = findField(line, "call");
     if (call) {
         if (!call->isText()) throw BadValue("call is no text");
-        const Shape* const shape = shapeOf(call->rawText());
+        const Shape* const shape = shapeOf(call->text());
         if (shape == nullptr) return Known::Nothing;
         record.function = &shape->function;
         return shape->read(line, record) ? Known::WithMore : Known::Whole;
@@ -194,7 +194,7 @@ Known readRecord(const Json& line, Record& record) {
 
 Header headerOf(const Json& line) {
     const std::optional<Json> name = findField(line, "recording");
-    if (!name || !name->isText() || name->rawText() != "vexlib")
+    if (!name || !name->isText() || name->text() != "vexlib")
         throw BadValue("this is no recording of vexlib");
     Header header;
     header.version =

@@ -69,7 +69,7 @@ std::string valueOf(const Json& value) {
 std::optional<Json> findField(const Json& object, std::string_view name) {
     if (!object.isObject()) return std::nullopt;
     for (auto entry = object.begin(); entry != object.end(); ++entry) {
-        const bool same = entry->rawText() == name;
+        const bool same = entry->text() == name;
         ++entry;
         if (same) return *entry;
     }
@@ -84,7 +84,7 @@ Json field(const Json& object, const char* name) {
 
 int64_t numberOf(const Json& value, int64_t least, int64_t most) {
     if (!value.isNumber()) wrong("is no number");
-    const std::string_view digits = value.rawNumber();
+    const std::string_view digits = value.digits();
     int64_t number = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
     if (error == std::errc() && end != digits.data() + digits.size())
@@ -98,7 +98,7 @@ int64_t numberOf(const Json& value, int64_t least, int64_t most) {
 
 uint64_t unsignedOf(const Json& value) {
     if (value.isNumber()) {
-        const std::string_view digits = value.rawNumber();
+        const std::string_view digits = value.digits();
         uint64_t number = 0;
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
         if (error == std::errc() && end == digits.data() + digits.size()) return number;
@@ -106,47 +106,20 @@ uint64_t unsignedOf(const Json& value) {
     return static_cast<uint64_t>(numberOf(value, 0, INT64_MAX));
 }
 
-namespace {
-
-/** The character that an escape stands for; leaves `at` on its last character. */
-unsigned escaped(std::string_view text, size_t& at) {
-    static constexpr std::string_view kNames = "bfnrt";
-    static constexpr char kCharacters[] = "\b\f\n\r\t";
-    const char name = text[++at];
-    if (name == 'u') {
-        unsigned code = 0;
-        std::from_chars(&text[at + 1], &text[at + 5], code, 16);
-        at += 4;
-        return code;
-    }
-    const size_t known = kNames.find(name);
-    return static_cast<unsigned char>(known == std::string_view::npos ? name : kCharacters[known]);
-}
-
-}  // namespace
-
 std::string bytesOf(const Json& value, size_t most) {
     if (!value.isText()) wrong("is no text");
-    const std::string_view text = value.rawText();
+    const std::string_view text = value.text();
     std::string bytes;
-    // Each byte takes 6 characters at most.
-    if (text.size() > 6 * most) wrong("is longer than " + std::to_string(most) + " bytes");
-    if (text.size() <= most && text.find('\\') == std::string_view::npos &&
-        std::all_of(text.begin(), text.end(), [](char one) { return static_cast<signed char>(one) >= 0; })) {
-        bytes = text;
-        return bytes;
-    }
+    // Each byte takes 2 characters at most.
+    if (text.size() > 2 * most) wrong("is longer than " + std::to_string(most) + " bytes");
     bytes.reserve(std::min(text.size(), most));
     for (size_t i = 0; i < text.size(); ++i) {
         unsigned code = static_cast<unsigned char>(text[i]);
-        if (code == '\\') {
-            code = escaped(text, i);
-        } else if ((code & 0xfc) == 0xc0 && i + 1 < text.size()) {  // up to U+00FF
+        if ((code & 0xfc) == 0xc0 && i + 1 < text.size()) {  // U+0080 to U+00FF
             code = (code & 3) << 6 | (static_cast<unsigned char>(text[++i]) & 0x3f);
         } else if (code >= 0x80) {
-            code = 0x100;
+            wrong("has a character that stands for no byte");
         }
-        if (code > 0xff) wrong("has a character that stands for no byte");
         if (bytes.size() == most) wrong("is longer than " + std::to_string(most) + " bytes");
         bytes += static_cast<char>(code);
     }
@@ -161,7 +134,7 @@ Member memberOf(const Json& value) {
     if (!value.isObject() || !(value.begin() != value.end())) wrong("is no member");
     Member member;
     auto entry = value.begin();
-    const std::string_view kind = entry->rawText();
+    const std::string_view kind = entry->text();
     ++entry;
     if (kind == "wwn" || kind == "node") {
         member.type = kind == "wwn" ? VEX_ZMT_WWN : VEX_ZMT_NODENAME;
