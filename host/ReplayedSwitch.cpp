@@ -32,7 +32,8 @@ ReplayedSwitch::ReplayedSwitch(void* provider) {
 void ReplayedSwitch::open(const std::string& path, int32_t strict, double speed, bool toItsEnd) {
     control(_open, path.c_str(), strict, speed);
     // Keeps the cache from going to work between notifications that came together.
-    _guard([] { DataCache::getInstance(); }, [] { DataCache::releaseInstance(); });
+    _guard([]() DC_NO_THREAD_SAFETY_ANALYSIS { DataCache::getInstance(); },
+           []() DC_NO_THREAD_SAFETY_ANALYSIS { DataCache::releaseInstance(); });
     _strict = strict != VEXREPLAY_LENIENT;
     _toItsEnd = toItsEnd && strict != VEXREPLAY_STRICT;
 }
