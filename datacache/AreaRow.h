@@ -4,6 +4,12 @@
 
 /** What the pass does with an area, the flags that say how it stands, and what the log calls it. */
 struct DataCache::AreaRow {
+    /** A loader, of which some give an int and some a bool. */
+    template <auto Load>
+    static bool good(DataCache& cache) DC_REQUIRES(access_lock) {
+        return static_cast<bool>((cache.*Load)());
+    }
+
     datacache::CacheArea area;
     bool DataCache::*update;   ///< marked for the next pass
     bool DataCache::*ok;       ///< the last read was good

@@ -220,10 +220,10 @@ bool HealthMonitor::noEventWaits() {
 
 bool HealthMonitor::anyAreaStale() {
     const Lock guard(_mutex);
-    return std::any_of(kAllCacheAreas.begin(), kAllCacheAreas.end(),
-                       [this](CacheArea area) DC_NO_THREAD_SAFETY_ANALYSIS {
-                           return area != CacheArea::Accounts && !_record[area].upToDate;
-                       });
+    for (const CacheArea area : kAllCacheAreas) {
+        if (area != CacheArea::Accounts && !_record[area].upToDate) return true;
+    }
+    return false;
 }
 
 bool HealthMonitor::ready() {

@@ -67,30 +67,16 @@ std::shared_ptr<const Snapshot> SnapshotPublisher::newest() {
 }
 
 void SnapshotPublisher::touch(CacheArea area) {
-    switch (area) {
-        case CacheArea::Switch:
-            _due.set(SWITCH);
-            break;
-        case CacheArea::Chassis:
-            _due.set(CHASSIS);
-            break;
-        case CacheArea::Blades:
-            _due.set(BLADES);
-            break;
-        case CacheArea::Ports:
-            _due.set(PORTS);
-            _due.set(TRANSCEIVERS);
-            _due.set(FABRIC);  // where the scan keeps the local switch's record
-            break;
-        case CacheArea::Accounts:
-            _due.set(ACCOUNTS);
-            break;
-        case CacheArea::Fabric:
-            _due.set(FABRIC);
-            break;
-        case CacheArea::Zoning:
-            break;  // mostly only its checksums are read, so its version tells
-    }
+    static constexpr unsigned kPartsOf[kCacheAreas] = {
+        1U << SWITCH,
+        1U << CHASSIS,
+        1U << BLADES,
+        1U << PORTS | 1U << TRANSCEIVERS | 1U << FABRIC,  // the scan keeps the local switch's record
+        1U << ACCOUNTS,
+        1U << FABRIC,
+        0,  // a read of the zoning mostly asks for its checksums alone, so the version tells what was loaded
+    };
+    _due |= kPartsOf[static_cast<size_t>(area)];
 }
 
 void SnapshotPublisher::touchTransceivers() {

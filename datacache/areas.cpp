@@ -5,31 +5,28 @@
 
 using namespace datacache;
 
-const DataCache::AreaRow& DataCache::_rowOf(CacheArea area) DC_NO_THREAD_SAFETY_ANALYSIS {
-    // Each loader is called with the access lock held, as _readArea() is, which a function pointer cannot
-    // say.
+const DataCache::AreaRow& DataCache::_rowOf(CacheArea area) {
     static constexpr AreaRow kRows[kCacheAreas] = {
         {CacheArea::Switch, &DataCache::_switchUpdate, &DataCache::_switchOK,
-         [](DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS { return cache._getSwitchInfo() != 0; },
-         "DCACHE: Updating switch cache\n", nullptr, "DCACHE: _switchOK = false\n"},
+         AreaRow::good<&DataCache::_getSwitchInfo>, "DCACHE: Updating switch cache\n", nullptr,
+         "DCACHE: _switchOK = false\n"},
         {CacheArea::Chassis, &DataCache::_chassisUpdate, &DataCache::_chassisOK,
-         [](DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS { return cache._getChassisInfo() != 0; },
-         "DCACHE: Updating chassis cache\n", nullptr, "DCACHE: _chassisOK = false\n"},
+         AreaRow::good<&DataCache::_getChassisInfo>, "DCACHE: Updating chassis cache\n", nullptr,
+         "DCACHE: _chassisOK = false\n"},
         {CacheArea::Blades, &DataCache::_bladesUpdate, &DataCache::_bladesOK,
-         [](DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS { return cache._getBladeInfo(); },
-         "DCACHE: Updating blades cache\n", nullptr, "DCACHE: _bladesOK = false\n"},
+         AreaRow::good<&DataCache::_getBladeInfo>, "DCACHE: Updating blades cache\n", nullptr,
+         "DCACHE: _bladesOK = false\n"},
         {CacheArea::Ports, &DataCache::_portsUpdate, &DataCache::_portsOK,
-         [](DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS { return cache._getPortInfo(); },
-         "DCACHE: Updating ports cache\n", nullptr, "DCACHE: _portsOK = false\n"},
+         AreaRow::good<&DataCache::_getPortInfo>, "DCACHE: Updating ports cache\n", nullptr,
+         "DCACHE: _portsOK = false\n"},
         {CacheArea::Accounts, &DataCache::_accountsUpdate, &DataCache::_accountsOK, nullptr, nullptr, nullptr,
          "DCACHE: _accountsOK = false\n"},
         {CacheArea::Fabric, &DataCache::_fabricUpdate, &DataCache::_fabricOK,
-         [](DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS { return cache._getFabricInfo(); },
-         "DCACHE: Updating fabric cache\n", nullptr, "DCACHE: _fabricOK = false\n"},
+         AreaRow::good<&DataCache::_getFabricInfo>, "DCACHE: Updating fabric cache\n", nullptr,
+         "DCACHE: _fabricOK = false\n"},
         {CacheArea::Zoning, &DataCache::_zoningUpdate, &DataCache::_zoningOK,
-         [](DataCache& cache) DC_NO_THREAD_SAFETY_ANALYSIS { return cache._getZoningInfo() != 0; },
-         "DCACHE: Updating zoning cache\n", "DCACHE: Updating zoning cache (Done)\n",
-         "DCACHE: _zoningOK = false\n"},
+         AreaRow::good<&DataCache::_getZoningInfo>, "DCACHE: Updating zoning cache\n",
+         "DCACHE: Updating zoning cache (Done)\n", "DCACHE: _zoningOK = false\n"},
     };
     return kRows[static_cast<size_t>(area)];
 }

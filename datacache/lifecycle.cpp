@@ -116,13 +116,12 @@ void* DataCache::evalThread(void*) {
 bool DataCache::_prepareRetry() {
     HealthMonitor& health = HealthMonitor::instance();
     const bool registered = registerRefused(_handle);
-    const bool limits = health.limitsMissing();
-    if (limits) _readLimits();
+    if (health.limitsMissing()) _readLimits();
     const AccessGuard guard;
-    // Of what the switch did until now nobody told the cache.
+    // The events of these codes were missed until now.
     if (registered) _markAll({MarkCause::Retry});
     const bool gap = _zoningCache._wantMissingActive();
     if (gap) _markArea(CacheArea::Zoning, {MarkCause::Retry});
-    // An event waits after a dispatch that an exception left.
+    // An event still waits when its dispatch threw.
     return registered || gap || health.anyAreaStale() || !health.noEventWaits();
 }
