@@ -137,6 +137,9 @@ void datacache::copyFabric(const FabricCache& from, FabricCache& to) {
     to._operating_mode = from._operating_mode;
     const Element<SwitchCache>* element = from._switches.get_first();
     for (; element != nullptr; element = element->get_next()) {
-        addSwitch(to, element->item()->_wwn) = *element->item();
+        // With the id of its original, so that copies draw none of the 65,534 that the living share.
+        auto made = std::make_unique<Element<SwitchCache>>(int{element->id()});
+        made->item(new SwitchCache(*element->item()));
+        to._switches.add(made.release());
     }
 }

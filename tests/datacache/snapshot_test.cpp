@@ -74,6 +74,8 @@ TEST_F(Snapshots, OnlyWhatAPassTouchedIsCopied) {
         const Newest now = DataCache::snapshot();
         EXPECT_EQ(differing(before, now), c.touched);
         EXPECT_EQ(stateOf(*now), cacheState());
+        EXPECT_EQ(now->fabric()._switches.get_last()->id(), cache().getFabric(1)->_switches.get_last()->id())
+            << "copies draw no ids";
         before = now;
     }
     pass();
