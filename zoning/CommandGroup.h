@@ -13,10 +13,14 @@ namespace datacache {
 /** A group of commands to the switch, freed with the object. Without memory it sends nothing. */
 class CommandGroup {
   public:
-    /** The status of a command that the switch library did not answer. */
-    static constexpr uint32_t kUnanswered = 0xFFFFFFFF;
+    /** The status of a command that the switch library did not answer. It is a number that no switch is known
+     * to answer with, so neither 0 nor 0xFFFFFFFF. */
+    static constexpr uint32_t kUnanswered = 0xA5C35A3C;
 
-    explicit CommandGroup(int capacity) : _group(vex_smlAllocMsgGroup(capacity)) {}
+    /** Commands are sent with the status `before`, which the switch library overwrites. With kUnanswered, a
+     * command that was not answered can be told from one that was carried out. */
+    explicit CommandGroup(int capacity, uint32_t before = 0)
+        : _group(vex_smlAllocMsgGroup(capacity)), _before(before) {}
     ~CommandGroup() {
         if (_group != nullptr) vex_smlFreeMsgGroup(_group);
     }
@@ -39,7 +43,7 @@ class CommandGroup {
     /** Sends the group: true when the switch carried out every command. */
     bool send() {
         if (_group == nullptr) return false;
-        for (int i = 0; i < _group->count; ++i) _group->records[i].status = kUnanswered;
+        for (int i = 0; i < _group->count; ++i) _group->records[i].status = _before;
         const CallWatch watch("vex_smlSetBatch", _group->count == 0 ? nullptr : _group->records[0].key,
                               static_cast<uint32_t>(_group->count));
         _result = vex_smlSetBatch(hSwitch, _group->records, _group->count);
@@ -47,7 +51,7 @@ class CommandGroup {
         for (int i = 0; i < _group->count; ++i) {
             uint32_t& answer = _group->records[i].status;
             // A library that carried out the group and complains of nothing has answered well.
-            if (_result == 0 && answer == kUnanswered) answer = 0;
+            if (_result == 0 && answer == _before) answer = 0;
             good = good && answer == 0;
         }
         return good;
@@ -97,6 +101,7 @@ class CommandGroup {
 
   private:
     vex_smlmsggroup_s* _group;
+    const uint32_t _before;
     int32_t _result = 0;
 };
 

@@ -131,7 +131,7 @@ ZoningOutcome ZoningSessionState::check() noexcept {
 ZoningOutcome ZoningSessionState::commit() noexcept {
     std::vector<ZoningBrought> brought;
     return _step({"commit"}, &brought, [&]() DC_REQUIRES(access_lock) {
-        CommandGroup group(30);
+        CommandGroup group(30, CommandGroup::kUnanswered);
         ZoningReport report = _prepare(group, brought);
         if (report.done()) report = _draft->checkUnchanged();
         if (report.done()) report = _obstacle();  // that may have taken long

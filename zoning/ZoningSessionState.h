@@ -62,7 +62,8 @@ class ZoningSessionState {
     ZoningCache* const _shared;
     const std::string _client;
     void (*const _refresh)();
-    CommandGroup _lockCommands{4};  ///< made before the lock is taken, so that it can always be given back
+    /** Made before the lock is taken, so that it can always be given back. */
+    CommandGroup _lockCommands{4, CommandGroup::kUnanswered};
     std::optional<ZoningDraft> _draft DC_GUARDED_BY(access_lock);  ///< none when the session is closed
     bool _damaged DC_GUARDED_BY(access_lock) = false;
 };

@@ -92,6 +92,8 @@ TEST_F(ZoningSessions, SayWhyTheyAreNotOpened) {
 }
 
 TEST_F(ZoningSessions, OfOneProcessExcludeEachOther) {
+    fault("function = 'vex_smlSetBatch'\nstatus = 0xFFFFFFFF");
+    EXPECT_EQ(zoning().ZoningLock(Arg{client}), 0) << "any status but 0 refuses it";
     ASSERT_EQ(zoning().ZoningLock(Arg{client}), 1);
     EXPECT_EQ(zoning().replaceZoningDB(), 1);
     bool expired = false;
@@ -228,6 +230,8 @@ TEST_F(ZoningSessions, SayWhatTheSwitchHasAfterACommit) {
          refuse("Switch.RelAdmin") + "\ntimes = 2", ""},
         {S::Refused, saveRefused, refuse("Zoning.SaveConfig", 4), ""},
         {S::Refused, saveRefused, refuse("Zoning.SaveConfig", 4), noRead},
+        {S::Refused, "the switch refused Cmd.Zoning.SaveConfig with status 4294967295",
+         refuse("Zoning.SaveConfig", 0xFFFFFFFF), ""},
         {S::Unknown, unknown + "Cmd.Zoning.SaveConfig", refuse("Zoning.SaveConfig", 0), ""},
         {S::Done, "done", refuse("Zoning.SaveConfig", 5) + carriedOut, ""},
         {S::Refused, "the switch refused Cmd.Zoning.Zone.z9.Create with status 206",
