@@ -11,9 +11,9 @@
 using namespace datacache;
 
 int DataCache::_getZoningInfo() {
-    if (isTransparentSwitch()) return 1;  // has no zoning of its own
     ZoningCache& cache = _zoningCache;
     cache._refreshWanted = false;
+    if (isTransparentSwitch()) return 1;  // has no zoning of its own
     SmlBatch batch;
     if (!cache._readKeys(_handle, batch)) {
         logUpdateFailed("_getZoningInfo", 2469);

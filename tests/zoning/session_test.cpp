@@ -262,6 +262,18 @@ TEST_F(ZoningSessions, SayWhatTheSwitchHasAfterACommit) {
     }
 }
 
+TEST_F(ZoningSessions, LeaveNothingToReadOnASwitchThatTurnedTransparent) {
+    {
+        ZoningSession session = this->session();
+        EXPECT_TRUE(session.commit().done());
+    }
+    fault("function = 'vex_smlGetBatch'\nkey = '*.Switch.TransparentMode*'\nvalue = 'True'\ntimes = 0");
+    DataCache::refreshNow();
+    settle();
+    EXPECT_TRUE(cache().isTransparentSwitch());
+    EXPECT_TRUE(DataCache::health()[CacheArea::Zoning].upToDate);
+}
+
 TEST_F(ZoningSessions, SendNoEditThatWasCarriedOutInPart) {
     const std::string config = checksum();
     const std::pair<const char*, std::function<ZoningOutcome(ZoningSession&)>> cases[] = {
