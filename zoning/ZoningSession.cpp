@@ -72,6 +72,18 @@ ZoningOutcome carryOut(const std::unique_ptr<State>& state, std::string_view wor
                         DC_REQUIRES(access_lock) { return (edits.*edit)(text); });
 }
 
+/** The same for an edit of the members of a zone or alias. Captures by reference, as copies would take
+ * memory.
+ */
+ZoningOutcome carryOut(const std::unique_ptr<State>& state, Words words, std::string_view container,
+                       vex_fzs_zonemember_type_e type, std::string_view member,
+                       ZoningReport (ZoningEdits::*edit)(const char*, vex_fzs_zonemember_type_e,
+                                                         const char*)) {
+    return carryOut(state, words, container, member,
+                    [&](ZoningEdits edits, const char* name, const char* text)
+                        DC_REQUIRES(access_lock) { return (edits.*edit)(name, type, text); });
+}
+
 }  // namespace
 
 ZoningOutcome ZoningSession::createZoneAlias(std::string_view name) {
@@ -114,31 +126,26 @@ ZoningOutcome ZoningSession::removeZoneFromZoneset(std::string_view zoneset, std
 
 ZoningOutcome ZoningSession::addMemberToZone(std::string_view zone, vex_fzs_zonemember_type_e type,
                                              std::string_view member) {
-    return carryOut(_state, {"add ", member, " to zone ", zone}, zone, member,
-                    [type](ZoningEdits edits, const char* to, const char* what)
-                        DC_REQUIRES(access_lock) { return edits.addMemberToZone(to, type, what); });
+    return carryOut(_state, {"add ", member, " to zone ", zone}, zone, type, member,
+                    &ZoningEdits::addMemberToZone);
 }
 
 ZoningOutcome ZoningSession::removeMemberFromZone(std::string_view zone, vex_fzs_zonemember_type_e type,
                                                   std::string_view member) {
-    return carryOut(_state, {"remove ", member, " from zone ", zone}, zone, member,
-                    [type](ZoningEdits edits, const char* from, const char* what)
-                        DC_REQUIRES(access_lock) { return edits.removeMemberFromZone(from, type, what); });
+    return carryOut(_state, {"remove ", member, " from zone ", zone}, zone, type, member,
+                    &ZoningEdits::removeMemberFromZone);
 }
 
 ZoningOutcome ZoningSession::addMemberToZoneAlias(std::string_view alias, vex_fzs_zonemember_type_e type,
                                                   std::string_view member) {
-    return carryOut(_state, {"add ", member, " to alias ", alias}, alias, member,
-                    [type](ZoningEdits edits, const char* to, const char* what)
-                        DC_REQUIRES(access_lock) { return edits.addMemberToZoneAlias(to, type, what); });
+    return carryOut(_state, {"add ", member, " to alias ", alias}, alias, type, member,
+                    &ZoningEdits::addMemberToZoneAlias);
 }
 
 ZoningOutcome ZoningSession::removeMemberFromZoneAlias(std::string_view alias, vex_fzs_zonemember_type_e type,
                                                        std::string_view member) {
-    return carryOut(_state, {"remove ", member, " from alias ", alias}, alias, member,
-                    [type](ZoningEdits edits, const char* from, const char* what) DC_REQUIRES(access_lock) {
-                        return edits.removeMemberFromZoneAlias(from, type, what);
-                    });
+    return carryOut(_state, {"remove ", member, " from alias ", alias}, alias, type, member,
+                    &ZoningEdits::removeMemberFromZoneAlias);
 }
 
 ZoningOutcome ZoningSession::removeMember(vex_fzs_zonemember_type_e type, std::string_view member) {
