@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "common/cim_log.h"
 #include "zoning/ZoningEdits.h"
 #include "zoning/library_calls.h"
@@ -100,7 +102,7 @@ ZoningReport deleteFrom(const ContainerCalls& calls, void* container, const Memb
     return attempt(calls.deleteMember, container, member);
 }
 
-/** Deletes a member from zonesets; what fails and does not stop it is kept. */
+/** Deletes a member from zonesets, and keeps the first failure that does not stop it. */
 class Purge {
   public:
     explicit Purge(const MemberId& wanted) : _wanted(wanted) {}
@@ -110,7 +112,7 @@ class Purge {
         if (count < 0) note(failedIn(calls.count.name, count));
         for (int32_t i = 0; i < count; ++i) {
             void* container = calls.list(zoneset, i);
-            if (container == nullptr) return told(failedIn(calls.list.name));
+            if (container == nullptr) return markPartial(failedIn(calls.list.name));
             void* member = calls.findMember(container, _wanted.type, &_wanted.id);
             if (member == nullptr) continue;
             const int32_t result = calls.deleteMember(container, member);
@@ -126,14 +128,17 @@ class Purge {
     /** How the whole ended. Required: a deletion that fails leaves the code at "done". */
     ZoningReport end() {
         _failed.code = ZONING_DONE;
-        return told(std::move(_failed));
+        return markPartial(std::move(_failed));
     }
 
   private:
     void note(ZoningReport failed) {
         if (_failed.done()) _failed = std::move(failed);
     }
-    ZoningReport told(ZoningReport report) const { return _deleted ? inPart(std::move(report)) : report; }
+    /** Marks a failure as one after which the edit stays carried out in part. */
+    ZoningReport markPartial(ZoningReport report) const {
+        return _deleted ? inPart(std::move(report)) : report;
+    }
 
     const MemberId& _wanted;
     bool _deleted = false;
