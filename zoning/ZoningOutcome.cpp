@@ -1,4 +1,4 @@
-#include "zoning/ZoningReport.h"
+#include "zoning/ZoningOutcome.h"
 
 #include <iterator>
 #include <new>
