@@ -27,8 +27,8 @@ int DataCache::_getZoningInfo() {
             cim_log(CIM_LOG_TRACE,
                     "DCACHE: DCEventActiveZonesetChange: activeZoneset=%s previousActiveZoneset=%s\n",
                     cache._activeZonesetName.c_str(), cache._prevActiveZonesetName.c_str());
-            // Until the host was told the load stays due, as an exception of its callback must not leave here
-            // what the switch may no longer have when it reports its former checksum again.
+            // The load stays due until the callback has returned. Where it throws, the next pass loads again,
+            // even if the switch then reports the checksum that it had before this load.
             notify(_callback,
                    DCEventActiveZonesetChange(parseWwn(batch.text(0)), cache._prevActiveZonesetName,
                                               cache._activeZonesetName));
@@ -46,7 +46,7 @@ int DataCache::_getZoningInfo() {
     try {
         notify(_callback, DCEventZoningDBChange(getRootSwitchWorldWideName()));
     } catch (...) {
-        cache._configuredDue = true;  // as above; the database is loaded, so only now
+        cache._configuredDue = true;  // as above, but not before: the callback finds the database loaded
         throw;
     }
     cache._configuredTold();

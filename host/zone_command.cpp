@@ -163,8 +163,8 @@ Outcome ZoneStatements::wait(const std::string& seconds) {
     return {true, {{"result", "done"}}};
 }
 
-/** Waits for the switch to tell of a commit, which it does unless the commit changed nothing: so that a
- * recording of this has the notification. */
+/** Waits for the notification of a commit, so that a recording of this run has it. The wait has an end, as
+ * the switch sends none for a commit that changed nothing. */
 void awaitNotification(Session& session, uint32_t received) {
     constexpr std::chrono::seconds kMostWait(2);
     const Session::Clock::time_point begin = Session::Clock::now();
