@@ -64,8 +64,11 @@ ZoningReport ZoningDraft::readKeys() {
 
 void ZoningDraft::takeLimits(const ZoningCache& shared) {
     _zoning._limits = shared._limits;
-    if (!shared._limitsRead() && vex_fzsGetZoningLimitations(hSwitch, &_zoning._limits) != 0)
-        _zoning._limits = {};
+    if (shared._limitsRead()) return;
+    const int32_t result = ReadTrace::follow("vex_fzsGetZoningLimitations", "", [this] {
+        return vex_fzsGetZoningLimitations(hSwitch, &_zoning._limits);
+    });
+    if (result != 0) _zoning._limits = {};
 }
 
 ZoningReport ZoningDraft::checkUnchanged() const {

@@ -6,6 +6,7 @@
 
 #include "common/cim_log.h"
 #include "common/text.h"
+#include "switchlib/CallWatch.h"
 #include "switchlib/NORV_Vex_Lib.h"
 #include "zoning/library_calls.h"
 
@@ -81,6 +82,7 @@ void formatMemberId(int* type, unsigned char* id, char* out) {
 int32_t get_Active_ZoneSet(char* name) {
     name[0] = '\0';
     char field[datacache::kNameRoom] = {};
+    const datacache::CallWatch watch("vex_fzsGetActiveZonesetName");
     const int32_t result = vex_fzsGetActiveZonesetName(hSwitch, field);
     if (result == 0) {
         copyName(name, field);
