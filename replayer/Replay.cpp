@@ -10,6 +10,7 @@
 #include <thread>
 #include <utility>
 
+#include "replayer/call_text.h"
 #include "replayer/vexreplay.h"
 
 namespace vexreplay {
@@ -135,7 +136,7 @@ void Replay::consume(size_t place) {
 std::optional<Record> Replay::answer(const char* function, const std::vector<recording::Value>& given,
                                      vex_notification_cb callback, void* context) {
     const std::string text = describeCall(function, given);
-    const uint64_t call = numberOfCall(text);
+    const uint64_t call = numberOfText(text);
     std::vector<size_t> behind;
     std::optional<size_t> place;
     const Script* script = nullptr;

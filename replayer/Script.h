@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -11,12 +10,6 @@
 
 namespace vexreplay {
 
-/** A call as text: the function and what it is given, less what differs from process to process. */
-std::string describeCall(const char* function, const std::vector<recording::Value>& given);
-
-/** Stands for such a text. Two texts with one number answer each other, which does no harm. */
-uint64_t numberOfCall(const std::string& call);
-
 /** What the switch said of one key. */
 struct KeyAnswer {
     std::string value;
@@ -24,11 +17,10 @@ struct KeyAnswer {
 };
 
 /**
- * A recording, made ready to be replayed: an index of the lines, each of which is read again when it is asked
- * for. With the file itself that is less than twice the file.
+ * The index of a recording that is replayed. A line is parsed again each time its record is asked for. The
+ * file and its index together take less memory than twice the size of the file.
  *
- * Addresses are replaced by numbers that are each given once: an address that was used again after its object
- * was destroyed is another number. A container takes what it holds with it when it is destroyed.
+ * In the records, ObjectNumbers take the place of addresses.
  */
 class Script {
   public:
@@ -45,17 +37,16 @@ class Script {
     struct Step {
         uint64_t begin; /**< ns since the recording began */
         uint64_t end;
-        uint64_t call;   /**< numberOfCall(); 0 for a notification */
-        uint64_t origin; /**< the same with each object being where it came from; 0 without objects */
+        uint64_t call;   /**< numberOfText(describeCall()); 0 for a notification */
+        uint64_t origin; /**< originOf(); 0 for a call without objects */
         uint64_t offset;
         uint32_t line;
         uint32_t thread;
-        uint32_t
-            objects; /**< a call: where its objects begin; a notification: the step that registered for it */
-        uint32_t inside; /**< a notification: the call of its own thread inside which it came, or kNone */
-        bool waited;     /**< a notification: its callback waited */
-        bool connects;   /**< vex_IPConnect */
-        bool failed;     /**< a call with a status that is not 0 */
+        uint32_t objects; /**< a call: where its objects begin; a notification: the step that registered it */
+        uint32_t inside;  /**< a notification: the call of its own thread inside which it came, or kNone */
+        bool waited;      /**< a notification: its callback waited */
+        bool connects;    /**< vex_IPConnect */
+        bool failed;      /**< a call with a status that is not 0 */
 
         bool isNotification() const { return call == 0; }
     };

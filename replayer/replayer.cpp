@@ -9,6 +9,7 @@
 #include "recording/interface.h"
 #include "replayer/Replay.h"
 #include "replayer/arguments.h"
+#include "replayer/call_text.h"
 #include "replayer/vexreplay.h"
 
 namespace vexreplay {
