@@ -86,8 +86,10 @@ uint64_t ObjectNumbers::replaceAddresses(Record& record) {
     _origin = originOf(record.function->name, record.given, _origins);
     for (size_t i = 0; i < roles.arguments.size(); ++i) {
         Value& back = record.handedBack[i];
-        if (roles.arguments[i] == Role::Makes) {
-            if (auto* const address = std::get_if<Address>(&back)) address->value = make(address->value);
+        if (auto* const address = std::get_if<Address>(&back)) {
+            // An object that could not be destroyed is handed back as it was given.
+            const bool makes = roles.arguments[i] == Role::Makes;
+            address->value = makes ? make(address->value) : find(address->value);
         } else if (auto* const text = std::get_if<recording::HandedText>(&back)) {
             text->memory.value = make(text->memory.value);
         }

@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <exception>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -112,7 +113,7 @@ void Replay::openFromEnvironment() {
             static_cast<void>(std::atexit([] { Replay::instance().finish(); }));
             return;
         }
-    } catch (const recording::RecordingError& error) {
+    } catch (const std::exception& error) {  // damaged, or too large for the memory
         why = error.what();
     }
     say(why);
@@ -139,21 +140,22 @@ std::optional<Record> Replay::answer(const char* function, const std::vector<rec
     const uint64_t call = numberOfText(text);
     std::vector<size_t> behind;
     std::optional<size_t> place;
-    const Script* script = nullptr;
     {
         Lock lock(_mutex);
         if (_script == nullptr) {
             lock.unlock();
-            openFromEnvironment();
+            static std::once_flag once;  // several threads may make the first call
+            std::call_once(once, [this] { openFromEnvironment(); });
             lock.lock();
         }
-        script = _script.get();
+        const uint64_t generation = _generation;
         Part* const part = partOf(call);
         place = isStrict() ? strictStep(part, call, text) : std::nullopt;
         if (!place) place = lenientStep(part, call, text);
         const bool exact = place && !_used[*place];
         if (exact) {
             if (!_mode.driven && !delivering) awaitNotifications(lock, step(*place).begin);
+            if (generation != _generation) return std::nullopt;  // another recording was opened meanwhile
             if (step(*place).connects) place = lastAttempt(*place);
             consume(*place);
             if (!_mode.driven) _open.insert(*place);
@@ -174,18 +176,17 @@ std::optional<Record> Replay::answer(const char* function, const std::vector<rec
         if (exact) {
             const bool holds = _inside.count(*place) != 0;
             lock.unlock();
-            if (holds) deliverInside(*place);
-            deliverAll(behind);
+            if (holds) deliverInside(*place, generation);
+            deliverAll(behind, generation);
             lock.lock();
-            if (!_mode.driven && !delivering && script == _script.get())
+            if (!_mode.driven && !delivering && generation == _generation)
                 awaitNotifications(lock, step(*place).end);
+            if (generation != _generation) return std::nullopt;
             _open.erase(*place);
             _changed.notify_all();
         }
-        if (script != _script.get()) return std::nullopt;  // another recording was opened meanwhile
         Record record = _script->record(*place);
-        const bool same = record.function != nullptr && std::strcmp(record.function->name, function) == 0;
-        if (same) return record;
+        if (record.isCall(function)) return record;
     }
     return std::nullopt;
 }

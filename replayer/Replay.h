@@ -136,9 +136,9 @@ class Replay {
     int32_t look(size_t& place) const DC_REQUIRES(_mutex);
     std::vector<size_t> takeGroup() DC_REQUIRES(_mutex);
     std::vector<size_t> takeBehind(size_t call) DC_REQUIRES(_mutex);
-    void deliverAll(const std::vector<size_t>& places) DC_EXCLUDES(_mutex);
-    void deliverOne(size_t place) DC_EXCLUDES(_mutex);
-    void deliverInside(size_t call) DC_EXCLUDES(_mutex);
+    void deliverAll(const std::vector<size_t>& places, uint64_t generation) DC_EXCLUDES(_mutex);
+    void deliverOne(size_t place, uint64_t generation) DC_EXCLUDES(_mutex);
+    void deliverInside(size_t call, uint64_t generation) DC_EXCLUDES(_mutex);
 
     void run() DC_EXCLUDES(_mutex);
     void skipCall(size_t place) DC_REQUIRES(_mutex);
@@ -151,7 +151,7 @@ class Replay {
     std::condition_variable _changed;
     std::unique_ptr<const Script> _script DC_GUARDED_BY(_mutex);
     Mode _mode DC_GUARDED_BY(_mutex);
-    uint64_t _generation DC_GUARDED_BY(_mutex) = 0;
+    uint64_t _generation DC_GUARDED_BY(_mutex) = 0; /**< counts open(): places of an older one are void */
     std::vector<bool> _used DC_GUARDED_BY(_mutex);  /**< steps that were made, delivered or skipped */
     std::vector<bool> _taken DC_GUARDED_BY(_mutex); /**< notifications that are delivered, or about to be */
     size_t _first DC_GUARDED_BY(_mutex) = 0;        /**< the first that is not used */

@@ -157,17 +157,19 @@ std::vector<size_t> Replay::takeBehind(size_t call) {
 
 void Replay::deliver() {
     std::vector<size_t> taken;
+    uint64_t generation = 0;
     {
         const Lock lock(_mutex);
         size_t place = 0;
         const int32_t next = look(place);
         const bool before = next == VEXREPLAY_MAIN && place > _notification;  // for the main thread to have
         if (next == VEXREPLAY_NOTIFICATION || before) taken = takeGroup();
+        generation = _generation;
     }
-    deliverAll(taken);
+    deliverAll(taken, generation);
 }
 
-void Replay::deliverAll(const std::vector<size_t>& places) {
+void Replay::deliverAll(const std::vector<size_t>& places, uint64_t generation) {
     if (places.empty()) return;
     void (*begin)() = nullptr;
     void (*end)() = nullptr;
@@ -177,27 +179,28 @@ void Replay::deliverAll(const std::vector<size_t>& places) {
         end = _guardEnd;
     }
     if (begin != nullptr) begin();
-    for (const size_t place : places) deliverOne(place);
+    for (const size_t place : places) deliverOne(place, generation);
     if (end != nullptr) end();
 }
 
-void Replay::deliverInside(size_t call) {
+void Replay::deliverInside(size_t call, uint64_t generation) {
     std::vector<uint32_t> places;
     {
         const Lock lock(_mutex);
-        places = _inside[call];
+        if (generation == _generation) places = _inside[call];
     }
-    for (const uint32_t place : places) deliverOne(place);
+    for (const uint32_t place : places) deliverOne(place, generation);
 }
 
-void Replay::deliverOne(size_t place) {
+/** Does nothing when another recording was opened since the place was taken. */
+void Replay::deliverOne(size_t place, uint64_t generation) {
     Receiver receiver;
     std::unique_ptr<vex_event_s> event;
     void* user = nullptr;
     const auto before = currentPart;
-    const bool within = std::exchange(delivering, true);
     {
         const Lock lock(_mutex);
+        if (generation != _generation) return;
         const Record record = _script->record(place);
         const auto registered = _receivers.find(step(place).objects);
         receiver = registered == _receivers.end() ? _newest : registered->second;
@@ -212,11 +215,12 @@ void Replay::deliverOne(size_t place) {
         currentPart = {_generation, record.thread};  // what the callback calls is that thread's
         _lastStep = Clock::now();
     }
+    const bool within = std::exchange(delivering, true);
     if (receiver.callback != nullptr) receiver.callback(receiver.context, event.get(), user);
     currentPart = before;
     delivering = within;
     const Lock lock(_mutex);
-    consume(place);
+    if (generation == _generation) consume(place);
 }
 
 void Replay::skip(size_t place) {
@@ -265,7 +269,7 @@ void Replay::awaitNotifications(Lock& lock, uint64_t time) {
 void Replay::run() {
     for (;;) {
         Lock lock(_mutex);
-        if (_notification == size()) {
+        if (_mode.driven || _notification == size()) {
             _running = false;
             return;
         }
@@ -282,8 +286,9 @@ void Replay::run() {
         }
         if (ready) {
             _taken[place] = true;
+            const uint64_t generation = _generation;
             lock.unlock();
-            deliverOne(place);
+            deliverOne(place, generation);
         } else {
             lock.waitUntil(_changed, Clock::now() + kGlance);
         }

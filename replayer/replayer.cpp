@@ -142,7 +142,7 @@ int32_t vexreplay_next(uint64_t* place) {
 }
 
 int32_t vexreplay_mentions(uint64_t place, const char* text) {
-    return Replay::instance().mentions(static_cast<size_t>(place), text) ? 1 : 0;
+    return text != nullptr && Replay::instance().mentions(static_cast<size_t>(place), text) ? 1 : 0;
 }
 
 void vexreplay_deliver(void) {
