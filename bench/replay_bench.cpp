@@ -31,6 +31,7 @@ double residentBytes() {
 template <typename Put>
 double write(int records, Put put) {
     std::FILE* const file = std::fopen(kFile, "w");
+    if (file == nullptr) std::exit(2);
     std::fprintf(file,
                  "{\"recording\":\"vexlib\",\"version\":1,\"platform\":\"linux-x86\",\"wordSize\":64,"
                  "\"byteOrder\":\"little\",\"time\":\"\",\"process\":1,\"masked\":false}\n");
@@ -81,12 +82,15 @@ void measure(const char* name, int records, Put put) {
     const double before = residentBytes();
     const auto begin = std::clock();
     char error[200] = "";
-    if (vexreplay_open(kFile, VEXREPLAY_LENIENT, 0, error, sizeof error) != 0) std::printf("%s\n", error);
+    if (vexreplay_open(kFile, VEXREPLAY_LENIENT, 0, error, sizeof error) != 0) {
+        std::printf("%s\n", error);
+        return;
+    }
     const double seconds = secondsSince(begin);
     std::printf("%-14s %8d records %6.1f MB  read at %4.0f MB/s  memory %.2f of the file", name, records,
                 bytes / 1e6, bytes / 1e6 / seconds, (residentBytes() - before) / bytes);
     std::fflush(stdout);
-    vexreplay_hush();
+    vexreplay_mute();
     vex_eventreg_s list{14, 0};
     const auto count = [](void*, vex_event_s*, void*) { ++delivered; };
     vex_enRegisterForEventList(1, count, nullptr, &list, 1);

@@ -11,7 +11,7 @@ namespace host {
 namespace {
 
 constexpr std::chrono::milliseconds kStep{1};
-constexpr int kStrictPatience = 5000;  ///< steps of quiet after which a call that is expected does not come
+constexpr int kStrictPatience = 5000;  ///< steps without any activity after which a call is missing
 
 }  // namespace
 
@@ -21,10 +21,10 @@ ReplayedSwitch::ReplayedSwitch(void* provider) {
     find(_mentions, provider, "vexreplay_mentions");
     find(_deliver, provider, "vexreplay_deliver");
     find(_skip, provider, "vexreplay_skip");
-    find(_hush, provider, "vexreplay_hush");
+    find(_mute, provider, "vexreplay_mute");
     find(_guard, provider, "vexreplay_guard");
     find(_finish, provider, "vexreplay_finish");
-    if (_open && !(_next && _mentions && _deliver && _skip && _hush && _guard && _finish)) {
+    if (_open && !(_next && _mentions && _deliver && _skip && _mute && _guard && _finish)) {
         throw HostInputError("datacache-host: this replayer is of another version");
     }
 }
@@ -52,7 +52,8 @@ bool ReplayedSwitch::takeTurns(const char* text, const std::function<void()>& tu
         uint64_t place = 0;
         const int32_t next = _next(&place);
         if (next != VEXREPLAY_MAIN) return next == VEXREPLAY_OVER;
-        // What came before the call is done before it, and what it found waiting waits still.
+        // Only a cache at rest has taken up all notifications before the call; those that come now wait for
+        // it.
         if (!DataCache::idle()) return false;
         DataCache::getInstance();
         _deliver();
@@ -66,7 +67,7 @@ void ReplayedSwitch::play() const {
     for (int quiet = 0; _next(nullptr) != VEXREPLAY_OVER; std::this_thread::sleep_for(kStep)) step(quiet);
 }
 
-/** `quiet`: steps for which nothing has happened. */
+/** `quiet`: the steps since something last happened. */
 void ReplayedSwitch::step(int& quiet) const {
     uint64_t place = 0;
     const int32_t next = _next(&place);

@@ -11,7 +11,8 @@ namespace host {
 /**
  * The controls of the replayer, where the provider of vexlib has them; without them only available() may be
  * called. It plays a recording along with the cache: a thread delivers the notifications when the cache is
- * quiet and their place has come, so that the cache takes up together what it took up together.
+ * quiet and their place has come, so that each pass takes up the notifications that the recorded pass took
+ * up.
  */
 class ReplayedSwitch {
   public:
@@ -27,8 +28,8 @@ class ReplayedSwitch {
     /** Starts the thread. The object must live as long as the process. */
     void start();
 
-    /** Nothing more is told of calls that were never recorded. */
-    void hush() const { _hush(); }
+    /** Stops the lines about calls that were never recorded. */
+    void mute() const { _mute(); }
 
     /** The recording is over. */
     bool over() const { return _next(nullptr) == VEXREPLAY_OVER; }
@@ -36,8 +37,8 @@ class ReplayedSwitch {
     bool rests() const;
     /** Tells how many calls differed from the recorded ones. */
     void finish() const { _finish(); }
-    /** Does on the main thread what makes its calls that mention this text, as often as they are due. True
-     * when nothing else is left to happen. */
+    /** Runs `turn` on the calling thread, which must be the main thread, for each of its calls that is due
+     * and mentions `text`. Skips its other calls. True when the recording is over. */
     bool takeTurns(const char* text, const std::function<void()>& turn) const;
 
   private:
@@ -49,7 +50,7 @@ class ReplayedSwitch {
     decltype(&vexreplay_mentions) _mentions;
     decltype(&vexreplay_deliver) _deliver;
     decltype(&vexreplay_skip) _skip;
-    decltype(&vexreplay_hush) _hush;
+    decltype(&vexreplay_mute) _mute;
     decltype(&vexreplay_guard) _guard;
     decltype(&vexreplay_finish) _finish;
     bool _strict = false;

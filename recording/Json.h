@@ -12,7 +12,7 @@
 
 namespace recording {
 
-/** Where a value's words begin, and which value follows behind it and all that it holds. */
+/** Where the bytes of a value begin, and the index of the value that follows it and all values in it. */
 struct JsonPlace {
     uint32_t begin;
     uint32_t next;
@@ -74,7 +74,7 @@ inline Json::Iterator Json::end() const {
     return {*this, _places[_index].next};
 }
 
-/** Takes lines apart, one after the other, in the same memory. */
+/** Parses lines, one after the other, into the same memory. */
 class JsonLine {
   public:
     /** False for what is no JSON object, or is nested deeper than any record. */

@@ -146,7 +146,7 @@ class Reader {
     size_t tornLine() const { return _torn; }
     /** At the end: "FILE:LINE: where the recording was cut", for one that reached its limit. */
     const std::string& cut() const { return _cut; }
-    /** At the end: what is missing and what was skipped, a line each, to be told to whoever uses it. */
+    /** At the end: a line for each kind of thing that is missing or was skipped, for the user to read. */
     std::vector<std::string> remarks() const;
 
   private:

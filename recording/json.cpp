@@ -7,7 +7,7 @@ namespace recording {
 
 namespace {
 
-constexpr size_t kDeepest = 16;  ///< levels; records have 5
+constexpr size_t kDeepest = 16;  ///< levels of lists and objects; a record has 5
 constexpr size_t kLongest = UINT32_MAX / 8;
 
 /** Writes down the values of a line as the JSON library finds them. */

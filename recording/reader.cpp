@@ -25,7 +25,7 @@ struct Shape {
     bool (*read)(const Json& line, Record& record);
 };
 
-/** Runs `read`; what is wrong is then about `name`, which is part of `whole`. */
+/** Runs `read`, and puts `whole` and `name` in front of the text of a BadValue. */
 template <typename Read>
 auto about(const char* whole, const char* name, Read read) {
     try {
@@ -90,7 +90,7 @@ struct ShapeOf<Row, Kinds<Kind...>> {
     }
 
   private:
-    /** Whoever is told of so many names reads so many. */
+    /** A caller reads as many names as the count says. */
     static void checkNames(const Record& record) {
         int64_t count = 0;
         const Names* names = nullptr;
@@ -157,7 +157,7 @@ uint64_t counterOf(const Json& line, const char* name) {
     return about(name, [&] { return unsignedOf(value); });
 }
 
-/** What a line turns out to be, beside its record. */
+/** How much of a line this program knows. */
 enum class Known { Whole, WithMore, Nothing };
 
 /** Nothing: the record is of a call or a kind that this program does not know. */
@@ -261,7 +261,7 @@ struct Reader::Text {
     size_t number = 0;
 };
 
-/** What there is to remark at the end. */
+/** What remarks() needs. */
 struct Reader::Seen {
     uint64_t records = 0;
     uint64_t last = 0;  ///< number
@@ -274,7 +274,7 @@ struct Reader::Seen {
         }
     };
     Lines unknown;   ///< calls and records
-    Lines withMore;  ///< fields that nobody knows
+    Lines withMore;  ///< records with fields that this program does not know
 };
 
 namespace {

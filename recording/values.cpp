@@ -11,9 +11,8 @@ namespace recording {
 namespace {
 
 constexpr size_t kLongestText = 1 << 20;  // as the recorder cuts them
-constexpr size_t kLongestNumber = 40;     ///< of a number that is told
+constexpr size_t kLongestNumber = 40;     ///< of a number in a message
 
-/** Adds to what was said, what it is about. */
 [[noreturn]] void wrong(const std::string& what) {
     throw BadValue(what);
 }
@@ -194,7 +193,7 @@ Value readGiven(Registrations, const Json& value) {
 
 namespace {
 
-/** [status, value, key] for each entry that was given; what is not there is as it was. */
+/** [status, value, key] for each entry that was given; a value or key that is left out did not change. */
 Value entriesOf(const Json& value, const Value& given) {
     auto entries = std::get<SmlEntries>(given);
     if (listOf(value).size() != entries.size()) wrong("has not as many entries as were given");

@@ -111,7 +111,7 @@ uint64_t ObjectNumbers::make(uint64_t address) {
     return _numbers[address] = _last;
 }
 
-/** The number of what is at the address; an object that was there before the recording gets one. */
+/** The number of the object at an address; an object that is older than the recording gets a new one. */
 uint64_t ObjectNumbers::find(uint64_t address) {
     if (address == 0) return 0;
     const auto found = _numbers.find(address);

@@ -24,7 +24,7 @@ namespace {
 enum ExitStatus { EXIT_WRONG_RECORDING = 2, EXIT_DIFFERS = 3 };
 
 constexpr size_t kLongestMessage = 600;
-constexpr size_t kMostTold = 100;
+constexpr size_t kMostWarnings = 100;
 
 std::string cut(std::string text) {
     if (text.size() > kLongestMessage) text.replace(kLongestMessage, std::string::npos, "...");
@@ -71,7 +71,7 @@ void Replay::open(const std::string& path, Mode mode) {
     _open.clear();
     _receivers.clear();
     _newest = {};
-    _told.clear();
+    _warnings.clear();
     _differences = 0;
     for (size_t i = 0; i < size(); ++i) {
         const auto place = static_cast<uint32_t>(i);
@@ -159,7 +159,7 @@ std::optional<Record> Replay::answer(const char* function, const std::vector<rec
             if (step(*place).connects) place = lastAttempt(*place);
             consume(*place);
             if (!_mode.driven) _open.insert(*place);
-            behind = takeBehind(*place);
+            behind = takeAfter(*place);
         }
         if (!place) place = nearest(_script->places(call));
         if (!place) place = nearest(_script->similar(function, given));
@@ -211,7 +211,7 @@ uint64_t Replay::choosePart(uint64_t call) {
         if ((same && !chosenSame) || (same == chosenSame && first)) chosen = thread;
         chosenSame = chosenSame || same;
     }
-    // Who drives may connect on another thread than the one that was recorded.
+    // A driver may connect on another thread than the recorded host did.
     if (!chosenSame && _mode.driven && main != _parts.end() && nextOf(main->second, call)) return kMainThread;
     return chosenSame || _mode.strict != VEXREPLAY_LENIENT ? chosen : 0;
 }
@@ -268,17 +268,17 @@ std::optional<size_t> Replay::nearest(Script::Places places) {
 
 std::optional<size_t> Replay::strictStep(Part* part, uint64_t call, const std::string& text) {
     if (part == nullptr)
-        differs(_script->path(), "no recorded thread is left, and another one calls " + text);
+        exitDiffers(_script->path(), "no recorded thread is left, and another one calls " + text);
     std::optional<size_t> place = nextOf(*part, call);
     if (!place && _mode.strict == VEXREPLAY_STRICT_CACHE && part->connects)
         place = laterOf(*part, call, size());
-    if (!place) differsFrom(*part, text);
+    if (!place) exitUnexpected(*part, text);
     return place;
 }
 
-/** None: nobody is to make such a call now. */
+/** The step of a call; none if no unused step is near. */
 std::optional<size_t> Replay::lenientStep(Part* part, uint64_t call, const std::string& text) {
-    // The driver's own main thread does as it likes; and a driven cache does not get ahead of a notification.
+    // The driver's main thread may make any calls; a driven cache may not get ahead of a notification.
     const bool free = _mode.driven && isMainThread();
     const size_t end = _mode.driven ? _notification : size();
     if (part != nullptr) {
@@ -294,7 +294,7 @@ std::optional<size_t> Replay::lenientStep(Part* part, uint64_t call, const std::
     return unused(_script->places(call));
 }
 
-/** A connection that was tried several times is made at the last attempt, where nobody wants to wait. */
+/** Without waiting, a connection that was tried several times is answered by its last attempt. */
 size_t Replay::lastAttempt(size_t place) {
     const uint64_t call = step(place).call;
     const auto part = _parts.find(step(place).thread);
@@ -323,34 +323,35 @@ void Replay::noteDifference(Part* part, const std::string& came) {
     if (!_mode.driven) say(_firstDifference);
 }
 
-void Replay::differs(const std::string& where, const std::string& what) {
+void Replay::exitDiffers(const std::string& where, const std::string& what) {
     static_cast<void>(std::fflush(stdout));
     static_cast<void>(std::fprintf(stderr, "libvexreplay: %s: %s\n", where.c_str(), what.c_str()));
     _exit(EXIT_DIFFERS);
 }
 
-void Replay::differsFrom(Part& part, const std::string& came) {
+void Replay::exitUnexpected(Part& part, const std::string& came) {
     const bool over = part.next == part.places.size();
     const size_t place = part.places[over ? part.places.size() - 1 : part.next];
     const std::string thread = " of thread " + std::to_string(step(place).thread);
     const std::string end = _script->cut().empty() ? "" : " (" + _script->cut() + ")";
-    differs(_script->where(place),
-            over ? "expected no more call" + thread + end + ", and this came: " + cut(came)
-                 : "expected" + thread + ": " + cut(_script->describe(place)) + "; this came: " + cut(came));
+    exitDiffers(
+        _script->where(place),
+        over ? "expected no more call" + thread + end + ", and this came: " + cut(came)
+             : "expected" + thread + ": " + cut(_script->describe(place)) + "; this came: " + cut(came));
 }
 
-void Replay::tellMissing(size_t place) {
+void Replay::exitMissing(size_t place) {
     const Part& part = _parts[step(place).thread];
     const std::string thread = std::to_string(step(place).thread);
     size_t left = 0;
     for (const uint32_t one : part.places) left += _used[one] ? 0 : 1;
-    differs(_script->where(place),
-            "expected of thread " + thread + ": " + cut(_script->describe(place)) +
-                (part.played ? "; it did not come" : "; this thread did not come") +
-                (left > 1 ? ", nor its " + std::to_string(left - 1) + " calls behind" : ""));
+    exitDiffers(_script->where(place),
+                "expected of thread " + thread + ": " + cut(_script->describe(place)) +
+                    (part.played ? "; it did not come" : "; this thread did not come") +
+                    (left > 1 ? ", nor its " + std::to_string(left - 1) + " calls behind" : ""));
 }
 
-/** Whether the calls of a part are the recorded host's own and left aside. */
+/** Whether nobody has to make a call, as it is one of the recorded host and not of the cache. */
 bool Replay::isAside(size_t place) const {
     const auto part = _parts.find(step(place).thread);
     return _mode.strict == VEXREPLAY_STRICT_CACHE &&
@@ -366,7 +367,7 @@ void Replay::finish() {
             ": calls that differed from the recorded ones: " + std::to_string(_differences));
     }
     for (size_t i = _first; _mode.strict != VEXREPLAY_LENIENT && i < size(); ++i) {
-        if (!_used[i] && !step(i).isNotification() && !isAside(i)) tellMissing(i);
+        if (!_used[i] && !step(i).isNotification() && !isAside(i)) exitMissing(i);
     }
 }
 
@@ -376,31 +377,31 @@ std::optional<KeyAnswer> Replay::answerKey(const std::string& key) {
         const Lock lock(_mutex);
         answer = _script->answer(key, _notification);
     }
-    if (!answer) tellUnasked("the key " + key);
+    if (!answer) warnUnrecorded("the key " + key);
     return answer;
 }
 
-// ---- What is told ----
+// ---- Warnings ----
 
-void Replay::tell(const std::string& what) {
+void Replay::warn(const std::string& what) {
     const Lock lock(_mutex);
-    tellLocked(what);
+    warnLocked(what);
 }
 
-void Replay::tellUnasked(const std::string& what) {
+void Replay::warnUnrecorded(const std::string& what) {
     const Lock lock(_mutex);
-    if (!_hushed) tellLocked("never asked when it was recorded: " + what);
+    if (!_muted) warnLocked("never asked when it was recorded: " + what);
 }
 
-void Replay::hush() {
+void Replay::mute() {
     const Lock lock(_mutex);
-    _hushed = true;
+    _muted = true;
 }
 
-void Replay::tellLocked(const std::string& what) {
-    if (_told.size() >= kMostTold || !_told.insert(what).second) return;
+void Replay::warnLocked(const std::string& what) {
+    if (_warnings.size() >= kMostWarnings || !_warnings.insert(what).second) return;
     say(_script->path() + ": " + what);
-    if (_told.size() == kMostTold) say(_script->path() + ": and more, which is not told");
+    if (_warnings.size() == kMostWarnings) say(_script->path() + ": and more, which is not told");
 }
 
 }  // namespace vexreplay

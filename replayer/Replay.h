@@ -24,37 +24,37 @@ struct PlayedPart {
 };
 extern thread_local PlayedPart currentPart;
 
-/** This thread is in a callback: what it calls waits for no notification. */
+/** Whether this thread runs a callback; the calls that it makes then wait for no notification. */
 extern thread_local bool delivering;
 
-constexpr uint64_t kMainThread = 1;              /**< the recorded main thread's number */
-constexpr size_t kMostLookedAt = 1000;           /**< steps, where no more than a few are expected */
-constexpr std::chrono::milliseconds kGlance{10}; /**< between looks at what a host does */
+constexpr uint64_t kMainThread = 1;            /**< the recorded main thread's number */
+constexpr size_t kMostLookedAt = 1000;         /**< steps that a search for a near one looks at */
+constexpr std::chrono::milliseconds kPoll{10}; /**< between two looks at the state of the host */
 
 /** How a recording is replayed. */
 struct Mode {
     int32_t strict = VEXREPLAY_LENIENT;
     double speed = 1; /**< of the notifications; 0 for no waiting */
     bool driven =
-        false; /**< whoever opened it delivers the notifications; otherwise a thread of our own does */
+        false; /**< the program that opened it delivers the notifications; otherwise our own thread does */
 };
 
 /**
- * A recording that is being replayed: which call is answered by which step, and when the notifications come.
- * Position decides, never time.
+ * Replays a recording: finds the step that answers a call, and delivers the notifications. The order in the
+ * recording decides, never the time.
  *
- * Each thread plays a recorded thread, and its next call is as a rule the next recorded one. Strictly it must
- * be. Otherwise a call is answered by a later one of its recorded thread, by any that nobody has made before
- * the next notification, or by what was last answered before that.
+ * Each thread plays a recorded thread, and its next call must strictly be the next recorded one. Leniently, a
+ * call that is not is answered by a later call of its recorded thread, by a call before the next notification
+ * that no thread has made yet, or by the last such call before that notification, made or not.
  *
- * Driven, a notification has its place behind all calls before it, and comes when whoever drives says that
- * nothing is at work. Where the next call would come without waiting for it, it comes before the call in
- * front of it returns.
+ * Driven: the driver has a notification delivered when all calls before it were made and the cache is idle.
+ * If the next call follows without waiting for the notification, the notification is delivered before the
+ * call in front of it returns.
  *
- * Not driven, a notification comes on a thread of our own as soon as the calls before it have been made, and
- * a call waits for the notifications that had returned when it was made, and to return for those that came
- * inside it. Neither waits for what cannot come: a callback that sleeps on a lock that the caller may have,
- * or calls that a host at rest does not make.
+ * Not driven: a thread of our own delivers a notification as soon as the calls before it were made. A call
+ * waits for the notifications that had returned before it was made, and before it returns for those that came
+ * inside it. Neither waits for ever: not for a callback that sleeps on a lock that the caller may hold, and
+ * not for calls that a host does not make while all its threads sleep.
  *
  * Callbacks are called with no lock held.
  */
@@ -62,16 +62,17 @@ class Replay {
   public:
     static Replay& instance();
 
-    /** From the begin, forgetting what was. Throws recording::RecordingError, and changes nothing. */
+    /** Starts a recording from its begin and closes the one before. Throws recording::RecordingError, and
+     * changes nothing. */
     void open(const std::string& path, Mode mode) DC_EXCLUDES(_mutex);
-    /** What a driver does around notifications that are to be taken up together. */
+    /** `begin` and `end` are called around notifications that one pass is to take up; null for none. */
     void setGuard(void (*begin)(), void (*end)()) DC_EXCLUDES(_mutex);
 
-    /** The recorded call that answers; none for one that was never asked. Without a recording, opens what the
-     * environment names. `callback`: what the call registers, if it does. */
+    /** The recorded call that answers; none for a call that was never recorded. If no recording is open,
+     * opens the one that the environment names. `callback`: null for a call that registers none. */
     std::optional<recording::Record> answer(const char* function, const std::vector<recording::Value>& given,
                                             vex_notification_cb callback, void* context) DC_EXCLUDES(_mutex);
-    /** What was last said of a key; none, and told, for one that was never read. */
+    /** The last answer for a key; none, with a warning, for a key that was never read. */
     std::optional<KeyAnswer> answerKey(const std::string& key) DC_EXCLUDES(_mutex);
 
     /** See vexreplay.h. */
@@ -79,13 +80,13 @@ class Replay {
     void deliver() DC_EXCLUDES(_mutex);
     void skip(size_t place) DC_EXCLUDES(_mutex);
     bool mentions(size_t place, const std::string& text) DC_EXCLUDES(_mutex);
-    void hush() DC_EXCLUDES(_mutex);
+    void mute() DC_EXCLUDES(_mutex);
     void finish() DC_EXCLUDES(_mutex);
 
-    /** Tells of something odd on standard error, once. */
-    void tell(const std::string& what) DC_EXCLUDES(_mutex);
-    /** Tells of a call that was never recorded, unless that is not wanted. */
-    void tellUnasked(const std::string& what) DC_EXCLUDES(_mutex);
+    /** Writes a line to standard error, once. */
+    void warn(const std::string& what) DC_EXCLUDES(_mutex);
+    /** Warns of a call that was never recorded, unless mute() was called. */
+    void warnUnrecorded(const std::string& what) DC_EXCLUDES(_mutex);
 
     Handles handles;
 
@@ -97,8 +98,9 @@ class Replay {
     struct Part {
         std::vector<uint32_t> places;
         size_t next = 0;
-        bool played = false;   /**< by a thread of this process */
-        bool connects = false; /**< it starts what listens, and may do other things of the host's */
+        bool played = false; /**< by a thread of this process */
+        bool connects =
+            false; /**< it calls vex_IPConnect, and may make calls of the host as well as of the cache */
     };
 
     struct Receiver {
@@ -124,18 +126,18 @@ class Replay {
     std::optional<size_t> nearest(Script::Places places) DC_REQUIRES(_mutex);
     size_t lastAttempt(size_t place) DC_REQUIRES(_mutex);
     void noteDifference(Part* part, const std::string& came) DC_REQUIRES(_mutex);
-    [[noreturn]] void differs(const std::string& where, const std::string& what) DC_REQUIRES(_mutex);
-    [[noreturn]] void differsFrom(Part& part, const std::string& came) DC_REQUIRES(_mutex);
-    [[noreturn]] void tellMissing(size_t place) DC_REQUIRES(_mutex);
+    [[noreturn]] void exitDiffers(const std::string& where, const std::string& what) DC_REQUIRES(_mutex);
+    [[noreturn]] void exitUnexpected(Part& part, const std::string& came) DC_REQUIRES(_mutex);
+    [[noreturn]] void exitMissing(size_t place) DC_REQUIRES(_mutex);
     bool isAside(size_t place) const DC_REQUIRES(_mutex);
 
     bool isDue(size_t place) const DC_REQUIRES(_mutex);
-    size_t callBehind() const DC_REQUIRES(_mutex);
+    size_t callAfter() const DC_REQUIRES(_mutex);
     std::vector<size_t> group() const DC_REQUIRES(_mutex);
     size_t mainBetween(const std::vector<size_t>& group) const DC_REQUIRES(_mutex);
     int32_t look(size_t& place) const DC_REQUIRES(_mutex);
     std::vector<size_t> takeGroup() DC_REQUIRES(_mutex);
-    std::vector<size_t> takeBehind(size_t call) DC_REQUIRES(_mutex);
+    std::vector<size_t> takeAfter(size_t call) DC_REQUIRES(_mutex);
     void deliverAll(const std::vector<size_t>& places, uint64_t generation) DC_EXCLUDES(_mutex);
     void deliverOne(size_t place, uint64_t generation) DC_EXCLUDES(_mutex);
     void deliverInside(size_t call, uint64_t generation) DC_EXCLUDES(_mutex);
@@ -145,7 +147,7 @@ class Replay {
     bool hasWaitedEnough(uint64_t recorded) const DC_REQUIRES(_mutex);
     void awaitNotifications(datacache::Lock& lock, uint64_t time) DC_REQUIRES(_mutex);
 
-    void tellLocked(const std::string& what) DC_REQUIRES(_mutex);
+    void warnLocked(const std::string& what) DC_REQUIRES(_mutex);
 
     datacache::Mutex _mutex;
     std::condition_variable _changed;
@@ -153,10 +155,11 @@ class Replay {
     Mode _mode DC_GUARDED_BY(_mutex);
     uint64_t _generation DC_GUARDED_BY(_mutex) = 0; /**< counts open(): places of an older one are void */
     std::vector<bool> _used DC_GUARDED_BY(_mutex);  /**< steps that were made, delivered or skipped */
-    std::vector<bool> _taken DC_GUARDED_BY(_mutex); /**< notifications that are delivered, or about to be */
-    size_t _first DC_GUARDED_BY(_mutex) = 0;        /**< the first that is not used */
+    std::vector<bool> _taken
+        DC_GUARDED_BY(_mutex);               /**< notifications that a thread delivers or has delivered */
+    size_t _first DC_GUARDED_BY(_mutex) = 0; /**< the first that is not used */
     size_t _notification DC_GUARDED_BY(_mutex) =
-        0; /**< the first notification that is not, outside of calls */
+        0; /**< the first unused notification that came inside no call */
     Clock::time_point _began DC_GUARDED_BY(_mutex);
     Clock::time_point _lastStep DC_GUARDED_BY(_mutex);
     std::map<uint64_t, Part> _parts DC_GUARDED_BY(_mutex); /**< by the number of the recorded thread */
@@ -168,9 +171,9 @@ class Replay {
     void (*_guardEnd)() DC_GUARDED_BY(_mutex) = nullptr;
     bool _running DC_GUARDED_BY(_mutex) = false; /**< our own thread */
     size_t _differences DC_GUARDED_BY(_mutex) = 0;
-    std::string _firstDifference DC_GUARDED_BY(_mutex); /**< told at once, or by a driver at the end */
-    std::set<std::string> _told DC_GUARDED_BY(_mutex);
-    bool _hushed DC_GUARDED_BY(_mutex) = false;
+    std::string _firstDifference DC_GUARDED_BY(_mutex); /**< printed at once, or by finish() if driven */
+    std::set<std::string> _warnings DC_GUARDED_BY(_mutex);
+    bool _muted DC_GUARDED_BY(_mutex) = false;
 };
 
 }  // namespace vexreplay

@@ -10,7 +10,7 @@
 
 namespace vexreplay {
 
-/** What the switch said of one key. */
+/** The answer of the switch for one key. */
 struct KeyAnswer {
     std::string value;
     uint32_t status;
@@ -66,7 +66,7 @@ class Script {
     std::string where(size_t place) const;
 
     using Place = std::pair<uint64_t, uint32_t>;
-    /** Some places, in order. */
+    /** A range of places, in order. */
     struct Places {
         const Place* first;
         const Place* last;
@@ -76,11 +76,11 @@ class Script {
     };
     /** Where the steps with this call are. */
     Places places(uint64_t call) const;
-    /** Where the steps are with such a call of objects that came from the same place. */
+    /** Where the steps are that make this call of objects of the same origin. */
     Places similar(const char* function, const std::vector<recording::Value>& given) const;
 
-    /** What was said of a key last before `place`, or else first behind it; none for one that was never read.
-     */
+    /** The last answer for a key before `place`, or else the first behind it; none for a key that was never
+     * read. */
     std::optional<KeyAnswer> answer(const std::string& key, size_t place) const;
 
   private:

@@ -1,5 +1,5 @@
 /*
- * When the notifications of a recording come.
+ * When a replay delivers the notifications of a recording.
  */
 #include <dirent.h>
 #include <unistd.h>
@@ -20,9 +20,11 @@ using recording::Record;
 
 namespace {
 
-constexpr uint64_t kTogether = 1'000'000;  ///< ns: notifications this close came as one
-constexpr uint64_t kSoon = 1'000'000'000;  ///< ns: however busy the machine was, what was caused had begun
-constexpr std::chrono::milliseconds kPatience{500};  ///< with what a host at rest does not do
+constexpr uint64_t kTogether = 1'000'000;  ///< ns between notifications that one pass takes up
+constexpr uint64_t kSoon =
+    1'000'000'000;  ///< ns, the longest from a notification to the first call that it causes
+constexpr std::chrono::milliseconds kPatience{
+    500};  ///< how long a host whose threads all sleep may take to make a call
 
 /** Whether a thread of this process waits for a processor, as it does on a busy machine. */
 bool isRunnable(const char* task) {
@@ -61,8 +63,8 @@ bool Replay::isDue(size_t place) const {
     return Clock::now() - _began >= after;
 }
 
-/** The call that is next behind the next notification, as far as that may have caused it. */
-size_t Replay::callBehind() const {
+/** The next call, or the first behind the next notification if that may have caused it; size() for none. */
+size_t Replay::callAfter() const {
     if (_first < _notification) return _first;
     for (size_t i = _notification; i < size() && step(i).begin <= step(_notification).end + kSoon; ++i) {
         if (!step(i).isNotification() && !_used[i]) return i;
@@ -70,11 +72,11 @@ size_t Replay::callBehind() const {
     return size();
 }
 
-/** The next notification, and those behind it that were taken up together with it: they came before the call
- * that is next, or at nearly the same time. */
+/** The next notification, and those behind it that the same pass took up: they came before the next call, or
+ * at nearly the same time. */
 std::vector<size_t> Replay::group() const {
-    const size_t call = callBehind();
-    // A thread that begins is no pass's, so it was not caused by them.
+    const size_t call = callAfter();
+    // The first call of a thread is not made by a pass, so the notifications did not cause it.
     const bool caused = call < size() && _parts.at(step(call).thread).places.front() != call;
     std::vector<size_t> group{_notification};
     for (size_t i = _notification + 1; i < size(); ++i) {
@@ -88,8 +90,8 @@ std::vector<size_t> Replay::group() const {
     return group;
 }
 
-/** The main thread's call that came between the next notifications and what they caused, so that the main
- * thread is to have the lock in between; size() for none. */
+/** The first call of the main thread between a group of notifications and the calls that the group caused:
+ * the main thread is to get the lock in between. size() for none. */
 size_t Replay::mainBetween(const std::vector<size_t>& group) const {
     size_t main = size();
     for (size_t i = group.back() + 1, looked = 0; i < size() && looked < kMostLookedAt; ++i, ++looked) {
@@ -137,16 +139,17 @@ std::vector<size_t> Replay::takeGroup() {
     return taken;
 }
 
-/** The notifications that are to come before a call returns that was just made: those that came right behind
- * it while nothing held them up; and where the next call waits for nobody, all before that. */
-std::vector<size_t> Replay::takeBehind(size_t call) {
+/** Takes the notifications to be delivered before a call returns that was just made: those that came right
+ * after it without waiting for a lock; and all before the next call, if the next call waits for no
+ * notification. */
+std::vector<size_t> Replay::takeAfter(size_t call) {
     if (!_mode.driven || _first == size() || _first != _notification || _taken[_first]) return {};
     const Step& made = step(call);
     const Step& next = step(_first);
     if (next.thread == made.thread) return {};
     const bool soon = next.begin < made.end + kTogether && !next.waited;
-    const size_t behind = callBehind();
-    bool ahead = false;  // the next call is of the same thread, or of one that begins with it
+    const size_t behind = callAfter();
+    bool ahead = false;  // the next call is made by the same thread, or begins a thread
     if (behind < size() && step(behind).begin < made.end + kSoon) {
         const bool same = made.thread == kMainThread && step(behind).thread == kMainThread;
         ahead =
@@ -162,7 +165,9 @@ void Replay::deliver() {
         const Lock lock(_mutex);
         size_t place = 0;
         const int32_t next = look(place);
-        const bool before = next == VEXREPLAY_MAIN && place > _notification;  // for the main thread to have
+        const bool before =
+            next == VEXREPLAY_MAIN &&
+            place > _notification;  // the notifications that come before the main thread's call
         if (next == VEXREPLAY_NOTIFICATION || before) taken = takeGroup();
         generation = _generation;
     }
@@ -212,7 +217,7 @@ void Replay::deliverOne(size_t place, uint64_t generation) {
         }
         // NOLINTNEXTLINE(performance-no-int-to-ptr): the recorded number, which leads nowhere here
         user = reinterpret_cast<void*>(static_cast<uintptr_t>(record.user.value));
-        currentPart = {_generation, record.thread};  // what the callback calls is that thread's
+        currentPart = {_generation, record.thread};  // the callback makes the calls of that thread
         _lastStep = Clock::now();
     }
     const bool within = std::exchange(delivering, true);
@@ -226,11 +231,11 @@ void Replay::deliverOne(size_t place, uint64_t generation) {
 void Replay::skip(size_t place) {
     const Lock lock(_mutex);
     if (place != _first || _first == size() || step(_first).isNotification()) return;
-    if (_mode.strict != VEXREPLAY_LENIENT && !isAside(place)) tellMissing(place);
+    if (_mode.strict != VEXREPLAY_LENIENT && !isAside(place)) exitMissing(place);
     skipCall(place);
 }
 
-/** Nobody makes the call, so what came inside it does not come. */
+/** Marks a call as used that nobody makes, and with it the notifications inside it. */
 void Replay::skipCall(size_t place) {
     const auto inside = _inside.find(place);
     if (inside != _inside.end()) {
@@ -241,31 +246,31 @@ void Replay::skipCall(size_t place) {
 
 // ---- Notifications on a thread of our own ----
 
-/** Whether what has not happened for so long, in a host whose threads all sleep, will not happen. `recorded`:
- * how long it took when it was recorded. */
+/** Whether the host sleeps, and has done nothing for so long that it will not go on. `recorded`: nanoseconds
+ * that passed here when it was recorded. */
 bool Replay::hasWaitedEnough(uint64_t recorded) const {
     const double slower = _mode.speed > 0 ? std::max(1.0, 1 / _mode.speed) : 1.0;
     const std::chrono::duration<double, std::nano> usual(static_cast<double>(recorded) * slower);
     return Clock::now() - _lastStep >= kPatience + usual && othersSleep();
 }
 
-/** Waits for the notifications that had begun by a time of the recording to begin, and to end where they had.
- */
+/** Waits for each notification that began before `time` of the recording to begin, and for each that ended
+ * before `time` to end. Releases the lock meanwhile, so another recording may be open afterwards. */
 void Replay::awaitNotifications(Lock& lock, uint64_t time) {
     const uint64_t generation = _generation;
     while (_running && generation == _generation && _notification < size()) {
         const Step& next = step(_notification);
         if (next.begin > time || (_taken[_notification] && next.end > time)) return;
         if (_taken[_notification] && hasWaitedEnough(next.end - next.begin)) {
-            tellLocked(_script->where(_notification) +
+            warnLocked(_script->where(_notification) +
                        ": the callback waits for what the caller has, and the call goes on without it");
             return;
         }
-        lock.waitUntil(_changed, Clock::now() + kGlance);
+        lock.waitUntil(_changed, Clock::now() + kPoll);
     }
 }
 
-/** Our own thread: it delivers each notification when all calls before it were made and its time has come. */
+/** Our own thread: delivers each notification once all calls before it were made and its time has come. */
 void Replay::run() {
     for (;;) {
         Lock lock(_mutex);
@@ -290,7 +295,7 @@ void Replay::run() {
             lock.unlock();
             deliverOne(place, generation);
         } else {
-            lock.waitUntil(_changed, Clock::now() + kGlance);
+            lock.waitUntil(_changed, Clock::now() + kPoll);
         }
     }
 }

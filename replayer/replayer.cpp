@@ -17,12 +17,12 @@ namespace vexreplay {
 namespace {
 
 constexpr uint32_t kUnknownKey =
-    201;  ///< what nobody asked for when it was recorded: the simulated switch's status
+    201;  ///< of a key that was never recorded; the simulated switch has the same
 
 template <typename Kind>
 constexpr bool kEnds = std::is_same_v<Kind, recording::Destroyed> || std::is_same_v<Kind, recording::Removed>;
 
-/** Reads each key for itself from what was said of it in other calls, as one batch or alone. */
+/** Answers each key of a batch by itself, from other recorded calls that read the key. */
 bool answerKeys(Parts& parts, vex_smlrequest_s* records) {
     for (int32_t i = 0; records != nullptr && i < parts.count; ++i) {
         const auto answer = Replay::instance().answerKey(std::string(boundedText(records[i].key)));
@@ -63,7 +63,7 @@ struct Replayer<Row, recording::Kinds<Kind...>> {
         if constexpr ((std::is_same_v<Kind, recording::Memory> || ...)) {
             const bool known = (replay.handles.release(argument) && ...);
             if (!known)
-                replay.tell("a text is released that is not out; it was released before, or is none of ours");
+                replay.warn("a text is released that is not out; it was released before, or is none of ours");
         }
         const auto record = replay.answer(Row::name, given, callback, context);
         if (!record) return unknown(replay, parts, given, argument...);
@@ -84,7 +84,7 @@ struct Replayer<Row, recording::Kinds<Kind...>> {
         if constexpr (kEnds<One>) {
             const uint64_t number = std::get<recording::Address>(given).value;
             if (number != 0 && !replay.handles.destroy(number)) {
-                replay.tell(std::string("an object is destroyed that was destroyed before, by ") + Row::name);
+                replay.warn(std::string("an object is destroyed that was destroyed before, by ") + Row::name);
             }
         }
     }
@@ -102,14 +102,14 @@ struct Replayer<Row, recording::Kinds<Kind...>> {
             const auto key = [&](uint32_t, auto... rest) { return answerKey(parts, rest...); };
             return key(argument...) ? 0 : static_cast<Result>(kUnknownKey);
         } else if constexpr (std::is_same_v<Row, recording::row::vex_libFreeMemory>) {
-            return 0;  // how it ended matters to nobody
+            return 0;  // no caller looks at the status
         } else if constexpr (std::is_same_v<Row, recording::row::uptime>) {
             const auto now = std::chrono::steady_clock::now().time_since_epoch();
             const long seconds =
                 static_cast<long>(std::chrono::duration_cast<std::chrono::seconds>(now).count());
             ((*argument = seconds), ...);
         } else {
-            replay.tellUnasked(describeCall(Row::name, given));
+            replay.warnUnrecorded(describeCall(Row::name, given));
             if constexpr (std::is_same_v<typename Row::Result, recording::Status>) return kUnknownKey;
             return {};
         }
@@ -161,6 +161,6 @@ void vexreplay_finish(void) {
     Replay::instance().finish();
 }
 
-void vexreplay_hush(void) {
-    Replay::instance().hush();
+void vexreplay_mute(void) {
+    Replay::instance().mute();
 }

@@ -24,7 +24,7 @@ void nest(std::vector<Step>& steps, const std::vector<uint32_t>& byBegin) {
     }
 }
 
-/** Where each notification had the lock that callbacks wait for. */
+/** When the callback of a notification got the lock that callbacks take: ns since the recording began. */
 uint64_t placeWithLock(const std::vector<Step>& steps, const std::vector<uint32_t>& byBegin, size_t at) {
     const Step& step = steps[byBegin[at]];
     if (!step.waited || step.inside != Script::kNone) return step.begin;

@@ -23,13 +23,13 @@ enum {
 
 /** What the recording has next. */
 enum {
-    VEXREPLAY_CALL = 0, /**< a call that somebody is to make, or a notification whose time is not come */
+    VEXREPLAY_CALL = 0, /**< a call that the cache is to make, or a notification whose time has not come */
     VEXREPLAY_NOTIFICATION = 1, /**< a notification that can be delivered now */
-    VEXREPLAY_MAIN = 2,  /**< a call that the process's main thread is to make, once nothing that listens
-                            is at work: with the lock that callbacks take, and behind a vexreplay_deliver(),
-                            which then delivers what came before the call */
+    VEXREPLAY_MAIN = 2,  /**< a call that the process's main thread is to make once the cache is idle. It
+                            takes the lock that callbacks take, then calls vexreplay_deliver(), which
+                            delivers the notifications before the call, and then makes the call */
     VEXREPLAY_OVER = 3,  /**< nothing */
-    VEXREPLAY_ASIDE = 4, /**< a call of the recorded host's own, that nobody is to make */
+    VEXREPLAY_ASIDE = 4, /**< a call of the recorded host, which nobody has to make */
 };
 
 /**
@@ -44,23 +44,23 @@ DC_EXPORT int32_t vexreplay_open(const char* path, int32_t strict, double speed,
  * delivered when nothing that listens is at work, which the caller knows. */
 DC_EXPORT int32_t vexreplay_next(uint64_t* place);
 
-/** What is to be done around notifications that come together, so that what listens takes them up together:
- * a lock that callbacks take, which must be recursive. Null for nothing, as at first. */
+/** Calls `begin` before and `end` after a group of notifications that one pass is to take up. They take and
+ * release the lock that callbacks take, which must be recursive. Null, as at first, for no calls. */
 DC_EXPORT void vexreplay_guard(void (*begin)(void), void (*end)(void));
 
-/** Whether the call at `place` has this text among its arguments. */
+/** Whether an argument of the call at `place` contains `text`. */
 DC_EXPORT int32_t vexreplay_mentions(uint64_t place, const char* text);
 
 /** Delivers the notification that can be delivered now, and those that came right behind it, on the calling
  * thread. */
 DC_EXPORT void vexreplay_deliver(void);
 
-/** Goes past the call at `place`, if that is still the next: nobody makes it. Strictly, that is a mistake and
- * ends the process. */
+/** Skips the call at `place`, if it is still the next. Strictly, a call that the cache should have made ends
+ * the process. */
 DC_EXPORT void vexreplay_skip(uint64_t place);
 
-/** From now on nothing is told of calls that were never recorded: the caller sees to that. */
-DC_EXPORT void vexreplay_hush(void);
+/** Stops the lines on standard error about calls that were never recorded. */
+DC_EXPORT void vexreplay_mute(void);
 
 /** At the end of a process that does not run its exit handlers: tells how many calls differed. Strictly, a
  * call that is missing ends the process. */
