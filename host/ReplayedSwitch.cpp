@@ -52,8 +52,8 @@ bool ReplayedSwitch::takeTurns(const char* text, const std::function<void()>& tu
         uint64_t place = 0;
         const int32_t next = _next(&place);
         if (next != VEXREPLAY_MAIN) return next == VEXREPLAY_OVER;
-        // Only a cache at rest has taken up all notifications before the call; those that come now wait for
-        // it.
+        // An idle cache has taken up all notifications delivered so far; the lock keeps the next ones
+        // waiting.
         if (!DataCache::idle()) return false;
         DataCache::getInstance();
         _deliver();

@@ -192,7 +192,7 @@ int reportCommand(Session& session, const HostRequest& request) {
         seen.events.push_back(event);
         if (seen.events.size() > kMostHeld) seen.events.pop_front();
     });
-    if (session.replay().available()) session.replay().mute();  // the page tells
+    if (session.replay().available()) session.replay().mute();  // the page reports them
     int status = watch(session, request, seen);
     if (session.interrupted()) session.finish();
     session.setUndone("writing the report");

@@ -35,8 +35,8 @@ constexpr std::chrono::milliseconds kPoll{10}; /**< between two looks at the sta
 struct Mode {
     int32_t strict = VEXREPLAY_LENIENT;
     double speed = 1; /**< of the notifications; 0 for no waiting */
-    bool driven =
-        false; /**< the program that opened it delivers the notifications; otherwise our own thread does */
+    /** The program that opened it delivers the notifications; otherwise our own thread does. */
+    bool driven = false;
 };
 
 /**
@@ -99,8 +99,8 @@ class Replay {
         std::vector<uint32_t> places;
         size_t next = 0;
         bool played = false; /**< by a thread of this process */
-        bool connects =
-            false; /**< it calls vex_IPConnect, and may make calls of the host as well as of the cache */
+        /** It calls vex_IPConnect, and may make calls of the host as well as of the cache. */
+        bool connects = false;
     };
 
     struct Receiver {
@@ -155,11 +155,11 @@ class Replay {
     Mode _mode DC_GUARDED_BY(_mutex);
     uint64_t _generation DC_GUARDED_BY(_mutex) = 0; /**< counts open(): places of an older one are void */
     std::vector<bool> _used DC_GUARDED_BY(_mutex);  /**< steps that were made, delivered or skipped */
-    std::vector<bool> _taken
-        DC_GUARDED_BY(_mutex);               /**< notifications that a thread delivers or has delivered */
+    /** Notifications that a thread delivers or has delivered. */
+    std::vector<bool> _taken DC_GUARDED_BY(_mutex);
     size_t _first DC_GUARDED_BY(_mutex) = 0; /**< the first that is not used */
-    size_t _notification DC_GUARDED_BY(_mutex) =
-        0; /**< the first unused notification that came inside no call */
+    /** The first unused notification that came inside no call. */
+    size_t _notification DC_GUARDED_BY(_mutex) = 0;
     Clock::time_point _began DC_GUARDED_BY(_mutex);
     Clock::time_point _lastStep DC_GUARDED_BY(_mutex);
     std::map<uint64_t, Part> _parts DC_GUARDED_BY(_mutex); /**< by the number of the recorded thread */
