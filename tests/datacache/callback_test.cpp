@@ -1,5 +1,4 @@
-// What the host may call from its callback: docs/integration.md says what each call does there, and each row
-// is tried.
+// Calls that the host makes inside its callback: each row of the table in docs/integration.md is tried.
 #include <algorithm>
 #include <fstream>
 #include <functional>
@@ -12,11 +11,12 @@
 #include "datacache/CacheReader.h"
 #include "datacache/event_text.h"
 #include "tests/support/CacheTest.h"
+#include "tests/support/zoning_limits.h"
 #include "zoning/ZoningSession.h"
 
 namespace {
 
-const char* const kSwitch = R"(
+const std::string kSwitch = R"(
 switch = {wwn = "1000001122334401", domain = 3}
 ports = {count = 2}
 accounts = {users = ["admin"]}
@@ -24,10 +24,9 @@ accounts = {users = ["admin"]}
 active = "prod"
 zone = [{name = "z1", members = ["0309"]}]
 zoneset = [{name = "prod", zones = ["z1"]}]
-limits = {zonesets = 4, zones = 9, members = 99, zones_per_zoneset = 9, members_per_zone = 9, aliases = 9, members_per_alias = 9}
-)";
+)" + limitsText();
 
-/** Raises the event that is dispatched, or sent while an area is read, or sent at the end of a pass. */
+/** The step that leads to each event: one that is dispatched, two of areas, and the end of a pass. */
 const std::map<int32_t, const char*> kCauses = {
     {DCEventUserLoginFailure::TYPE, "step = [{do = 'login_failed', user = 'a'}]"},
     {DCEventPortStatusChange::TYPE, "step = [{do = 'port_offline', port = 1}]"},
@@ -35,7 +34,7 @@ const std::map<int32_t, const char*> kCauses = {
     {DCEventDataCacheUpdateComplete::TYPE, "step = [{do = 'login_failed', user = 'a'}]"},
 };
 
-/** What is called, and what it gives as a text: nothing, a number or a text. */
+/** A call with its result as a text, which is empty for void. */
 struct Call {
     Call() = default;
     template <typename Function>
@@ -57,8 +56,8 @@ struct Call {
           }) {}
     std::function<std::string(DataCache&)> run;
 };
-std::string gave;  ///< what the call gave, once it was made
-int32_t from = 0;  ///< the event in which it is to be made, 0 when it has been
+std::string gave;  ///< the result of the call
+int32_t from = 0;  ///< the event in which the call is to be made; 0 once it was made
 Call call;
 
 void onEvent(DataCacheEvent* event) {
@@ -67,9 +66,9 @@ void onEvent(DataCacheEvent* event) {
     gave = call.run(*DataCache::instance);
 }
 
-std::string told;  ///< the events of another callback
+std::string otherEvents;  ///< the events that the other callback got
 void otherCallback(DataCacheEvent* event) {
-    told += std::string(told.empty() ? "" : " ") + eventName(event->type);
+    otherEvents += std::string(otherEvents.empty() ? "" : " ") + eventName(event->type);
 }
 
 std::string zoningSession(DataCache&) {
@@ -88,14 +87,14 @@ vex_event_s* chassisEvent() {
 
 class Callback : public CacheTest {
   protected:
-    /** Makes the call in an event; gives the areas that this pass reads after it, and those of the passes
-     * that follow. */
+    /** Makes the call in an event. Returns the areas that the running pass reads after the call and, behind a
+     * bar, the areas that later passes read. */
     std::string areasRead(int32_t event) {
         start(kSwitch);
         cache().startEventMonitor(onEvent);
         from = event;
         gave = "never called";
-        told.clear();
+        otherEvents.clear();
         log();
         sim.run(kCauses.at(event));
         sim.deliverPending();
@@ -175,11 +174,11 @@ TEST_F(Callback, MayCallWhatTheTableSays) {
     constexpr int32_t kComplete = DCEventDataCacheUpdateComplete::TYPE;
     const std::string all = "switch chassis blades ports fabric zoning";
     const struct {
-        const char* names;  ///< of the table
+        const char* names;  ///< in the table's first column
         int32_t event;      ///< from which the call is made
         Call call;
         const std::string gave;
-        const std::string areas;  ///< that this pass reads after the call, and that the next ones read
+        const std::string areas;  ///< as areasRead() returns them
     } rows[] = {
         {"getInstance releaseInstance get* calc* sml*", kPorts,
          [](DataCache&) {
@@ -239,7 +238,7 @@ TEST_F(Callback, MayCallWhatTheTableSays) {
              cache.startEventMonitor(otherCallback);
              sim.run("step = [{do = 'account_add', name = 'guest'}]");
              const bool both = cache.readAccounts() && cache._getAcctInfo();
-             return (both ? "" : "not read ") + told;
+             return (both ? "" : "not read ") + otherEvents;
          },
          "DCEventUserAcctAdd", "|"},
         {"startEventMonitor", kPorts, [](DataCache& cache) { return cache.startEventMonitor(otherCallback); },

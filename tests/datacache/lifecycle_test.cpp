@@ -14,6 +14,7 @@
 #include "datacache/event_text.h"
 #include "datacache/wake_ups.h"
 #include "tests/support/CacheTest.h"
+#include "tests/support/zoning_limits.h"
 
 namespace {
 
@@ -127,9 +128,7 @@ TEST_F(Lifecycle, InstanceIsNullBeforeInit) {
 }
 
 TEST_F(Lifecycle, ConnectsUntilItSucceeds) {
-    sim.loadSwitchText(kSwitch +
-                       "zoning = {limits = {zonesets = 1, zones = 1, members = 1, zones_per_zoneset = 1, "
-                       "members_per_zone = 1, aliases = 1, members_per_alias = 1}}");
+    sim.loadSwitchText(kSwitch + "[zoning]\n" + limitsText());
     sim.run("do = 'fault'\nfunction = 'vex_IPConnect'\ntimes = 2\nresult = 7");
     sim.run("do = 'fault'\nfunction = 'vex_IPConnect'\nskip = 2\ntimes = 1\nhandle = 0");
     EXPECT_TRUE(DataCache::init());

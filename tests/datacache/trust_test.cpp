@@ -1,4 +1,5 @@
-// What the cache says of itself: changes of which nobody told it, what it waits for, misses and is refused.
+// The cache's health: silent changes, refused registrations, missing data, calls that hang, marks; and passes
+// inside the callback.
 #include <deque>
 #include <functional>
 #include <future>
@@ -6,6 +7,7 @@
 #include "switchlib/CallWatch.h"
 #include "tests/support/CacheState.h"
 #include "tests/support/CacheTest.h"
+#include "tests/support/zoning_limits.h"
 #include "zoning/ZoningSession.h"
 
 namespace {
@@ -26,8 +28,7 @@ switch = [{domain = 2, wwn = '1000001122000002', ports = 2}]
 active = 'prod'
 zone = [{name = 'z1', members = ['0103']}]
 zoneset = [{name = 'prod', zones = ['z1']}]
-limits = {zonesets = 4, zones = 9, members = 99, zones_per_zoneset = 9, members_per_zone = 9, aliases = 9, members_per_alias = 9}
-)";
+)" + limitsText();
 
 class Trust : public CacheTest {
   protected:
@@ -59,7 +60,7 @@ class Trust : public CacheTest {
 };
 
 /** Every code that marks an area or changes what is cached. */
-TEST_F(Trust, AChangeWhoseEventIsLostIsFoundByARefreshAndTold) {
+TEST_F(Trust, ARefreshFindsAChangeWhoseEventIsLost) {
     const auto raised = [](const char* key, const char* value, int code) {
         return std::string("{do = 'set', key = '") + key + "', value = '" + value +
                "'}, {do = 'raise', code = " + std::to_string(code) + '}';
@@ -111,7 +112,7 @@ TEST_F(Trust, AChangeWhoseEventIsLostIsFoundByARefreshAndTold) {
     }
 }
 
-TEST_F(Trust, RefusedRegistrationsAreToldAndOnlyTheseTriedAgain) {
+TEST_F(Trust, RefusedCodesAreAProblemAndAreRegisteredAgain) {
     const struct {
         std::string fault, problem, logged;
         size_t refused;
@@ -141,7 +142,7 @@ TEST_F(Trust, RefusedRegistrationsAreToldAndOnlyTheseTriedAgain) {
     }
 }
 
-TEST_F(Trust, WhatIsMissingIsToldUntilItIsMended) {
+TEST_F(Trust, AProblemLastsUntilItIsMended) {
     const struct {
         const char *fault, *problem;
     } cases[] = {
@@ -161,7 +162,7 @@ TEST_F(Trust, WhatIsMissingIsToldUntilItIsMended) {
     }
 }
 
-TEST_F(Trust, WhatIsUnderWayIsTold) {
+TEST_F(Trust, HealthShowsTheHangingCallAndTheHolderOfTheLock) {
     begin("{do = 'fault', function = 'vex_fzsGetAllZonesAndAliases', hang = true}");
     auto session = std::async(std::launch::async,
                               [] { return DataCache::zoningSession("client").lockOutcome().done(); });
@@ -182,7 +183,7 @@ TEST_F(Trust, WhatIsUnderWayIsTold) {
     EXPECT_STREQ(calls[8].call, "");
 }
 
-TEST_F(Trust, AMarkSaysByWhatAndSinceWhen) {
+TEST_F(Trust, AMarkHasACauseAndATime) {
     const auto marked = [] {
         const AreaHealth chassis = DataCache::health()[CacheArea::Chassis];
         EXPECT_EQ(chassis.markedSince == WallTime(), chassis.markedBy == MarkCause::None);
@@ -197,7 +198,7 @@ TEST_F(Trust, AMarkSaysByWhatAndSinceWhen) {
     fault("function = 'vex_smlGetBatch', key = '*.Fans', times = 0");
     sim.raise(33, {0, 0, 0}, "");
     settle();
-    EXPECT_EQ(marked(), "event 33") << "which the failed read did not take away";
+    EXPECT_EQ(marked(), "event 33") << "a failed read keeps the mark";
     const WallTime since = DataCache::health()[CacheArea::Chassis].markedSince;
     cache().updateChassis();
     pass();
@@ -209,7 +210,7 @@ TEST_F(Trust, AMarkSaysByWhatAndSinceWhen) {
     EXPECT_EQ(marked(), "host 0");
 }
 
-/** What the host was told, negative in its second callback; and what the first one does. */
+/** The events that the host got, negative those of its second callback; and work for the first one to do. */
 std::vector<int32_t> told;
 std::deque<std::function<void()>> doInCallback;
 

@@ -10,6 +10,7 @@
 #include "tests/support/Allocations.h"
 #include "tests/support/CacheState.h"
 #include "tests/support/lines.h"
+#include "tests/support/zoning_limits.h"
 
 /*
  * Every call of every loader, edit and plain function fails once in every way. Which calls there are the
@@ -29,7 +30,7 @@ using datacache::AreaHealth;
 using datacache::CacheArea;
 using Calls = std::vector<vexsim::Call>;
 
-constexpr const char* kSwitch = R"(
+const std::string kSwitch = R"(
 switch = {wwn = "1000001122AABBCC"}
 accounts = {users = ["admin", "guest"]}
 chassis = {power_supplies = 1, fans = 1, slots = 2, enhanced_fault_monitoring = true}
@@ -43,8 +44,7 @@ active = "alpha"
 alias = [{name = "a1", members = ["2000001122000001"]}]
 zone = [{name = "z1", members = ["2000001122000003", "a1"]}, {name = "z2", type = "HardACL", members = ["1,2"]}]
 zoneset = [{name = "alpha", zones = ["z1"]}, {name = "beta", zones = ["z1"]}]
-limits = {zonesets = 20, zones = 20, members = 400, zones_per_zoneset = 20, members_per_zone = 20, aliases = 20, members_per_alias = 20}
-)";
+)" + limitsText();
 
 /** One way for one call to fail. */
 struct Fault {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/host/Tool.h"
+#include "tests/support/zoning_limits.h"
 
 /** A switch with something to show in every area. */
 inline const std::string switchText = R"(
@@ -18,8 +19,7 @@ active = "prod"
 alias = [{name = "db", members = ["10000011223344AA"]}]
 zone = [{name = "z1", members = ["0309", "db"]}]
 zoneset = [{name = "prod", zones = ["z1"]}]
-limits = {zonesets = 4, zones = 9, members = 99, zones_per_zoneset = 9, members_per_zone = 9, aliases = 9, members_per_alias = 9}
-)";
+)" + limitsText();
 
 inline const char* const scenarioText = R"(step = [
 {do = "power_supply", index = 1, state = "NotInstalled"},

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -8,6 +7,7 @@
 #include "datacache/CacheReader.h"
 #include "host/areas.h"
 #include "tests/support/CacheTest.h"
+#include "tests/support/zoning_limits.h"
 #include "zoning/ZoningSession.h"
 
 /** A text for the zoning interface, which takes names as char*. */
@@ -27,18 +27,6 @@ zone = [{name = "z1", members = ["2000001122000003", "a1"]},
 zoneset = [{name = "alpha", zones = ["z1", "z2"]}, {name = "beta", zones = ["z1"]}]
 )";
 
-/** Limits of zonesets, zones, members, zones in a zoneset, members in a zone, aliases, members in an alias.
- */
-inline std::string limitsText(const std::array<int, 7>& most) {
-    static const char* const kNames[] = {
-        "zonesets",         "zones",   "members",          "zones_per_zoneset",
-        "members_per_zone", "aliases", "members_per_alias"};
-    std::string text;
-    for (size_t i = 0; i < most.size(); ++i)
-        text += std::string(i == 0 ? "limits = {" : ", ") + kNames[i] + " = " + std::to_string(most[i]);
-    return text + "}\n";
-}
-
 class ZoningTest : public CacheTest {
   protected:
     /** Ends the cache; nothing that it held is left. */
@@ -49,7 +37,7 @@ class ZoningTest : public CacheTest {
     }
 
     /** A new cache of a new switch, loaded; forgets events, calls and log. May be called again. */
-    void start(const std::string& toml = kSwitch + limitsText({20, 20, 400, 20, 20, 20, 20})) {
+    void start(const std::string& toml = kSwitch + limitsText()) {
         restart();
         CacheTest::start(toml);
     }

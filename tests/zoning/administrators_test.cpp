@@ -7,6 +7,7 @@
 #include "tests/support/CacheState.h"
 #include "tests/support/CacheTest.h"
 #include "tests/support/ZoningModel.h"
+#include "tests/support/zoning_limits.h"
 #include "zoning/ZoningSession.h"
 
 /*
@@ -337,9 +338,7 @@ TEST_F(TwoAdministrators, NeitherLosesWhatTheOtherDid) {
         _active.reset();
         restart();
         sim.keepTranscript(false);
-        start(
-            "switch = {wwn = '1000001122AABBCC'}\n[zoning]\nlimits = {zonesets = 20, zones = 20, members = "
-            "400, zones_per_zoneset = 20, members_per_zone = 20, aliases = 20, members_per_alias = 20}\n");
+        start("switch = {wwn = '1000001122AABBCC'}\n[zoning]\n" + limitsText());
         {
             const AccessGuard guard;
             peer().callback = [](DataCacheEvent* event) {

@@ -48,7 +48,7 @@ TEST_F(ZoningLoad, ComparesChecksumsAsHexadecimalNumbers) {
 }
 
 TEST_F(ZoningLoad, AsksAgainForAMissingActiveZonesetWhereThatIsWanted) {
-    load(kSwitch + limitsText({20, 20, 400, 20, 20, 20, 20}));
+    load(kSwitch + limitsText());
     fault("function = 'vex_fzsGetActiveZoneset'\nresult = 5\ntimes = 2");
     settle();
     const struct {
