@@ -1,5 +1,5 @@
-// What a recording costs that is replayed: time and memory of reading it, its calls, its notifications, and a
-// call that nobody recorded.
+// The cost of replaying a recording: time and memory of reading it, of its calls and notifications, and of a
+// call that was never recorded.
 #include <unistd.h>
 
 #include <cstdio>
@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* kFile = "/tmp/replay_bench.jsonl";
 
-/** Of processor time. */
+/** In processor time. */
 double secondsSince(std::clock_t begin) {
     return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
 }
@@ -27,7 +27,7 @@ double residentBytes() {
     return resident * static_cast<double>(sysconf(_SC_PAGESIZE));
 }
 
-/** Writes a recording of so many records, each as `put` says it. */
+/** Writes a recording of so many records, each of which `put` writes. */
 template <typename Put>
 double write(int records, Put put) {
     std::FILE* const file = std::fopen(kFile, "w");

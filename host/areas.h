@@ -90,8 +90,8 @@ std::vector<std::string> staleAreas(const datacache::Health& health);
 /** Why the area is not up to date, for a person: "chassis is not up to date: Oper.Chassis.0.Fans has ...". */
 std::string staleReason(const std::string& area);
 
-/** Says on standard error that the switch has more than the cache can hold, or than it can tell: when that is
- * new, or the numbers are. */
+/** Warns on standard error when the switch has more than the cache can hold or the switch can list; again
+ * only when the numbers have changed. */
 void warnOfCapacity();
 
 /** Names with commas. */

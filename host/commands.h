@@ -14,7 +14,7 @@ int runCommand(Session& session, const HostRequest& request);
 /** Prints one area, or "all". */
 int showCommand(Session& session, const HostRequest& request);
 
-/** Writes the health as OpenMetrics text. Whether all is well is in there, and not in the status. */
+/** Writes the health as OpenMetrics text. The exit status does not depend on the health. */
 int metricsCommand(Session& session, const HostRequest& request);
 
 /** Follows the switch for a while, reads everything again, and prints what had changed without a switch

@@ -64,10 +64,10 @@ void follow(Session& session, const HostRequest& request, Readiness& readiness,
             readAccounts();
             accountsRead = now;
         }
-        // Looked at once more after the end, for what the last step still caused.
+        // One more look after the end, for events that the last step caused.
         if (over && (state.quiet || !session.started())) break;
         if (replay && !state.passed) {
-            over = session.replay().over();  // a switch that never answered
+            over = session.replay().over();  // the switch never answered in this recording
         } else if (replay) {
             over = session.replay().takeTurns("FirstPotentialUser", readAccounts);
         } else if (scenarioRuns) {

@@ -103,7 +103,7 @@ bool upToDate(CacheArea area) {
 std::vector<std::string> staleAreas(const Health& health) {
     std::vector<std::string> names;
     for (const CacheArea area : kAllCacheAreas) {
-        if (area == CacheArea::Accounts) continue;  // which no pass reads
+        if (area == CacheArea::Accounts) continue;  // no pass reads them
         if (health[area].reads == 0 || health[area].failuresInARow != 0)
             names.emplace_back(cacheAreaName(area));
     }
@@ -116,7 +116,7 @@ std::string staleReason(const std::string& name) {
         const std::vector<std::string> problems = DataCache::health().problems(area);
         if (!problems.empty()) return problems.front();
     }
-    return name + " is not up to date";  // no longer, or nobody has read it
+    return name + " is not up to date";  // the failure is mended, or the area was never read
 }
 
 void warnOfCapacity() {
@@ -206,7 +206,7 @@ std::string lineOf(const Json& group) {
     return line;
 }
 
-/** What a person wants to see of an area, in one row. */
+/** One row of the table of areas, for people. */
 Json rowOf(const Json& area) {
     const auto both = [&](const char* first, const char* joint, const char* second) -> Json {
         if (area[second].is_null()) return Json();
